@@ -1,0 +1,8 @@
+// The whole public interface of the base library.
+#ifndef LTLIB_LTLIB_H
+#define LTLIB_LTLIB_H
+
+#include "ltlib/export.h"
+#include "ltlib/foundation/kqsresult.h"
+
+#endif  // LTLIB_LTLIB_H
