@@ -4,5 +4,6 @@
 
 #include "ltlib/export.h"
 #include "ltlib/foundation/kqsresult.h"
+#include "ltlib/foundation/mutex.h"
 
 #endif  // LTLIB_LTLIB_H

@@ -1,0 +1,120 @@
+#include "ltlib/platform/thread_lock.h"
+
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <limits>
+#include <new>
+#include <thread>
+
+#include "ltlib/platform/posix/posix_thread_lock.h"
+
+namespace LTLib::Platform {
+namespace {
+
+enum State : std::uint32_t { kFree, kHeld, kHeldWithWaiters };
+
+static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t) &&
+              std::atomic<std::uint32_t>::is_always_lock_free);
+
+// Its address tells threads apart: one instruction, where the system's own numbers cost a call.
+__attribute__((tls_model("initial-exec"))) thread_local const char s_thread = 0;
+
+const void* currentThread() noexcept {
+  return &s_thread;
+}
+
+void sleepWhileContended(std::atomic<std::uint32_t>& state) noexcept {
+  syscall(SYS_futex, &state, FUTEX_WAIT_PRIVATE, kHeldWithWaiters, nullptr, nullptr, 0);
+}
+
+void wakeOne(std::atomic<std::uint32_t>& state) noexcept {
+  syscall(SYS_futex, &state, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+void relax() noexcept {
+#if defined(__x86_64__) || defined(__i386__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  asm volatile("yield");
+#endif
+}
+
+bool tryTake(ThreadLock& lock) noexcept {
+  std::uint32_t expected = kFree;
+  return lock.state.compare_exchange_strong(expected, kHeld, std::memory_order_acquire,
+                                            std::memory_order_relaxed);
+}
+
+// Only reads while the lock is held, so that the waiters leave the holder its cache line.
+bool takeBySpinning(ThreadLock& lock) noexcept {
+  for (unsigned int i = 0; i < lock.spinCount; ++i) {
+    if (lock.state.load(std::memory_order_relaxed) == kFree && tryTake(lock)) {
+      return true;
+    }
+    relax();
+  }
+  return false;
+}
+
+// A thread that slept cannot know whether others still do, so it takes the lock as contended.
+void takeBySleeping(ThreadLock& lock) noexcept {
+  while (lock.state.exchange(kHeldWithWaiters, std::memory_order_acquire) != kFree) {
+    sleepWhileContended(lock.state);
+  }
+}
+
+// With one processor the holder cannot get on while another thread spins.
+bool spinningHelps() noexcept {
+  static const bool helps = std::thread::hardware_concurrency() > 1;
+  return helps;
+}
+
+}  // namespace
+
+ThreadLock* createThreadLock(unsigned int spinCount) noexcept {
+  return new (std::nothrow) ThreadLock(spinningHelps() ? spinCount : 0);
+}
+
+bool enterThreadLock(ThreadLock& lock) noexcept {
+  if (holdsThreadLock(lock)) {
+    if (lock.depth == std::numeric_limits<unsigned int>::max()) {
+      return false;
+    }
+    ++lock.depth;
+    return true;
+  }
+  if (!tryTake(lock) && !takeBySpinning(lock)) {
+    takeBySleeping(lock);
+  }
+  lock.owner.store(currentThread(), std::memory_order_relaxed);
+  lock.depth = 1;
+  return true;
+}
+
+void leaveThreadLock(ThreadLock& lock) noexcept {
+  if (--lock.depth > 0) {
+    return;
+  }
+  lock.owner.store(nullptr, std::memory_order_relaxed);
+  if (lock.state.exchange(kFree, std::memory_order_release) == kHeldWithWaiters) {
+    wakeOne(lock.state);
+  }
+}
+
+void destroyThreadLock(ThreadLock* lock) noexcept {
+  delete lock;
+}
+
+bool holdsThreadLock(const ThreadLock& lock) noexcept {
+  return lock.owner.load(std::memory_order_relaxed) == currentThread();
+}
+
+void resetThreadLock(ThreadLock& lock) noexcept {
+  lock.depth = 0;
+  lock.owner.store(nullptr, std::memory_order_relaxed);
+  lock.state.store(kFree, std::memory_order_relaxed);
+}
+
+}  // namespace LTLib::Platform
