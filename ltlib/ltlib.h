@@ -3,6 +3,7 @@
 #define LTLIB_LTLIB_H
 
 #include "ltlib/export.h"
+#include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/mutex.h"
 
