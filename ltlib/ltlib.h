@@ -6,5 +6,6 @@
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/mutex.h"
+#include "ltlib/foundation/uid.h"
 
 #endif  // LTLIB_LTLIB_H
