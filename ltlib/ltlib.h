@@ -6,6 +6,7 @@
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/mutex.h"
+#include "ltlib/foundation/named_mutex.h"
 #include "ltlib/foundation/uid.h"
 
 #endif  // LTLIB_LTLIB_H

@@ -18,6 +18,7 @@ enum class NamedLockStatus {
   kObtained,   // the lock is held
   kAbandoned,  // the lock is held; its last owner ended without giving it up
   kFailed,     // the lock is not held; the system's number says why
+  kUnknown,    // the lock is not held; the system's answer means nothing here
 };
 
 struct NamedLockWait {

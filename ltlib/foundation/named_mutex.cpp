@@ -1,0 +1,67 @@
+#include "ltlib/foundation/named_mutex.h"
+
+#include <utility>
+
+#include "ltlib/foundation/kqsresult.h"
+#include "ltlib/platform/named_lock.h"
+
+namespace LTLib {
+namespace {
+
+using Platform::NamedLockStatus;
+
+[[noreturn]] void fail(const std::string& text) {
+  throw QSException(kFailure, text.c_str());
+}
+
+}  // namespace
+
+NamedMutexImpl::NamedMutexImpl(const char* name)
+    : m_lock(nullptr), m_name(name != nullptr ? name : "") {
+  if (name != nullptr) {
+    m_lock = Platform::openNamedLock(m_name);
+  }
+  if (m_lock == nullptr) {
+    fail("cannot create named LTLib::Mutex " + m_name);
+  }
+}
+
+NamedMutexImpl::~NamedMutexImpl() {
+  Platform::closeNamedLock(m_lock);
+}
+
+void NamedMutexImpl::lock() {
+  const Platform::NamedLockWait wait = Platform::waitForNamedLock(*m_lock);
+  if (wait.status == NamedLockStatus::kObtained) {
+    return;
+  }
+  const std::string text = "cannot lock LTLib::NamedMutex " + m_name;
+  switch (wait.status) {
+    case NamedLockStatus::kAbandoned:
+      fail(text + " (abandoned)");
+    case NamedLockStatus::kFailed:
+      fail(text + ", error: " + std::to_string(wait.systemError));
+    default:
+      fail(text);
+  }
+}
+
+void NamedMutexImpl::unlock() {
+  Platform::releaseNamedLock(*m_lock);
+}
+
+NamedMutex::NamedMutex(const char* name) : m_impl(new NamedMutexImpl(name)) {}
+
+NamedMutex::~NamedMutex() {
+  delete std::exchange(m_impl, nullptr);
+}
+
+void NamedMutex::lock() {
+  m_impl->lock();
+}
+
+void NamedMutex::unlock() {
+  m_impl->unlock();
+}
+
+}  // namespace LTLib

@@ -1,0 +1,90 @@
+// A lock between processes: all that use one name on one machine share one mutex, whoever runs
+// them.
+//
+// Threads: lock and unlock may be called from any thread. A thread owns the mutex, not an object:
+// two objects of one name are one mutex, and the owner may lock it again through either. Waits
+// have no time limit.
+//
+// | event \ state          | free          | held, depth n              | abandoned            |
+// |------------------------|---------------|----------------------------|----------------------|
+// | lock by the owner      |               | depth n + 1                |                      |
+// | lock by another        | held, depth 1 | waits                      | held, depth 1; throws|
+// | unlock by the owner    |               | depth n - 1; free at 0     |                      |
+// | unlock by another      | free          | held, depth n              | abandoned            |
+// | owner's thread ends    |               | abandoned                  |                      |
+// | owner's process ends,  |               | abandoned                  |                      |
+// | killed or not          |               |                            |                      |
+// | owner's process forks  |               | held by the parent's       |                      |
+// |                        |               | thread; the child owns     |                      |
+// |                        |               | nothing and may wait       |                      |
+//
+// "Abandoned" is told once, by the exception of the lock that obtains the mutex: its thread is the
+// owner and has one unlock to do. A name left over from a crash never blocks.
+//
+// Names: any text of any length, compared byte by byte, is a name of its own on POSIX systems. On
+// Windows the system's rules hold: no backslash, less than 260 bytes.
+//
+// Other users: the name is shared with all of them, so that each can hold the mutex for as long as
+// it likes, and a hostile one can cause a report "abandoned" that is not true, or prevent one.
+// Where another user has put something else in the way of the name, construction fails.
+//
+// Failure: QSException with 0x80004005 and no file or line, with the texts told at each operation.
+#ifndef LTLIB_FOUNDATION_NAMED_MUTEX_H
+#define LTLIB_FOUNDATION_NAMED_MUTEX_H
+
+#include <string>
+
+#include "ltlib/export.h"
+
+namespace LTLib {
+
+namespace Platform {
+struct NamedLock;
+}
+
+/// One access to a named mutex.
+class LTLIB_EXPORT NamedMutexImpl {
+ public:
+  /// Opens the mutex, making it if need be, and waits for nobody. Copies the name. Throws
+  /// "cannot create named LTLib::Mutex " and the name when that fails, as with a null name.
+  explicit NamedMutexImpl(const char* name);
+
+  /// Requires: nobody holds the mutex through this object or waits for it.
+  ~NamedMutexImpl();
+
+  NamedMutexImpl(const NamedMutexImpl&) = delete;
+  NamedMutexImpl& operator=(const NamedMutexImpl&) = delete;
+
+  /// Takes the mutex. Throws "cannot lock LTLib::NamedMutex ", the name, and " (abandoned)" when
+  /// the last owner ended without giving it up: the calling thread then owns it all the same.
+  /// Throws the same text with ", error: " and the system's number, or with nothing behind the
+  /// name, when the system refuses: the calling thread then does not own it.
+  void lock();
+
+  /// Undoes one lock; does nothing on a thread that does not own the mutex.
+  void unlock();
+
+ private:
+  Platform::NamedLock* m_lock;
+  std::string m_name;
+};
+
+/// A mutex by name; every operation is that of its NamedMutexImpl.
+class LTLIB_EXPORT NamedMutex {
+ public:
+  explicit NamedMutex(const char* name);
+  ~NamedMutex();
+
+  NamedMutex(const NamedMutex&) = delete;
+  NamedMutex& operator=(const NamedMutex&) = delete;
+
+  void lock();
+  void unlock();
+
+ private:
+  NamedMutexImpl* m_impl;
+};
+
+}  // namespace LTLib
+
+#endif  // LTLIB_FOUNDATION_NAMED_MUTEX_H
