@@ -3,10 +3,12 @@
 #define LTLIB_LTLIB_H
 
 #include "ltlib/export.h"
+#include "ltlib/fileregistry/file_registry_manager.h"
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/mutex.h"
 #include "ltlib/foundation/named_mutex.h"
 #include "ltlib/foundation/uid.h"
+#include "ltlib/registry/registry_manager.h"
 
 #endif  // LTLIB_LTLIB_H

@@ -23,6 +23,12 @@ enum class FileResult {
 /// What a file's permissions are on this system; kept as it is and given to another file.
 using FilePermissions = unsigned int;
 
+/// What a pathname leads to.
+struct FileStatus {
+  bool regular = false;  // a file proper: no folder, no device
+  FilePermissions permissions = 0;
+};
+
 struct FileCalls {
   /// Opens a file for reading in the system's text mode, denying nothing to others. Null when
   /// that fails or the path names no file, as with a folder.
@@ -44,8 +50,8 @@ struct FileCalls {
   /// Closes and frees the file, whatever the result.
   FileResult (*close)(File* file);
 
-  /// Whether anything of that name is there. With `permissions`, a file's permissions go there.
-  FileResult (*status)(const char* path, FilePermissions* permissions);
+  /// Whether anything of that name is there, and what.
+  FileResult (*status)(const char* path, FileStatus* found);
 
   /// Removes a file, never a folder.
   FileResult (*remove)(const char* path);

@@ -1,0 +1,30 @@
+// Whether a name or a text has a form in a store file from which it comes back as it was.
+//
+// The format has no escapes. What has no form is refused when it is set, and a save that would
+// have to write it is refused as a whole, so that no store file is ever written that does not
+// load. The answer comes from the reader itself, on the line that the writer would write.
+#ifndef LTLIB_FILEREGISTRY_FILE_FORM_H
+#define LTLIB_FILEREGISTRY_FILE_FORM_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ltlib/fileregistry/config_tree.h"
+
+namespace LTLib::detail {
+
+/// What may become of line breaks between the items of a list: kept to the byte, or joined, as
+/// the reader joins them.
+enum class ListLines { kKept, kJoined };
+
+/// Whether the header of a section with these names, from the root's child down, names it again.
+[[nodiscard]] bool headerComesBack(const std::vector<std::string_view>& names);
+
+/// Whether the line of a field brings back its name, type code and text.
+[[nodiscard]] bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view text,
+                                  ListLines lines);
+
+}  // namespace LTLib::detail
+
+#endif  // LTLIB_FILEREGISTRY_FILE_FORM_H

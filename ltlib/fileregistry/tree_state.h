@@ -1,0 +1,63 @@
+// The five trees of the process and the locks that guard them.
+//
+// Lock order, outermost first: the tree's lock, the stores' lock, "qs_config_lock", a directory's
+// named mutex. Everything here is built at first use and never destroyed, so that a destructor
+// that runs late in the process still finds it.
+#ifndef LTLIB_FILEREGISTRY_TREE_STATE_H
+#define LTLIB_FILEREGISTRY_TREE_STATE_H
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "ltlib/fileregistry/config_tree.h"
+#include "ltlib/foundation/mutex.h"
+#include "ltlib/registry/registry_manager.h"
+
+/// An open key of the file backend: a root and a path. It points at nothing in the tree.
+struct QSFileKeyHandle {
+  void* root = nullptr;  // the root's predefined handle
+  std::string path;      // components joined by one backslash
+};
+
+/// How often the attempts to load a root have delivered each field, by folded path and name.
+using QSCfgDelivered = std::unordered_map<std::string, std::size_t>;
+
+/// One registry root.
+struct QSCfgRoot {
+  enumRegRoot root = REG_ROOT_NONE;
+  std::unique_ptr<QSCfgDataSection> section;  // null until the first touch of any root
+  std::string fileName;                       // where the last load read
+  std::uint16_t lineCount = 0;                // lines read, for syntax messages
+  bool touched = false;                       // a tree operation has asked for this root
+  bool loaded = false;                        // the store file was read to its end
+  bool loadFailed = false;                    // the last attempt to read it failed
+  QSCfgDelivered delivered;                   // by attempts that failed
+};
+
+namespace LTLib::detail {
+
+/// The root that a handle's `root` names; HKEY_LOCAL_MACHINE for anything that is no root.
+/// Requires: the tree's lock is held.
+[[nodiscard]] QSCfgRoot& cfgRootOf(const void* rootHandle);
+
+/// Whether the handle is exactly one of the five predefined ones.
+[[nodiscard]] bool isRootHandle(const void* handle);
+
+/// Makes the root sections that are missing. Requires: the tree's lock is held.
+void makeRootSections();
+
+/// Guards the trees and the root records.
+[[nodiscard]] Mutex& treeLock();
+
+/// Guards the map below and, against other threads of this process, the store files.
+[[nodiscard]] Mutex& storeLock();
+
+/// From a store file's pathname, as it was given, to the name of its directory's lock.
+[[nodiscard]] std::map<std::string, std::string>& lockNames();
+
+}  // namespace LTLib::detail
+
+#endif  // LTLIB_FILEREGISTRY_TREE_STATE_H
