@@ -10,6 +10,11 @@ namespace {
 
 constexpr unsigned int kSpinCount = 4000;
 
+// Apart from lock, which would otherwise save registers for the exception's sake.
+[[noreturn, gnu::noinline]] void reportRefusal() {
+  throw QSException(kFailure, "cannot lock LTLib::Mutex");
+}
+
 }  // namespace
 
 Mutex::Mutex() : m_lock(Platform::createThreadLock(kSpinCount)) {
@@ -24,7 +29,7 @@ Mutex::~Mutex() {
 
 void Mutex::lock() {
   if (!Platform::enterThreadLock(*m_lock)) {
-    throw QSException(kFailure, "cannot lock LTLib::Mutex");
+    reportRefusal();
   }
 }
 

@@ -15,7 +15,7 @@ struct ThreadLock {
 
   std::atomic<std::uint32_t> state{0};
   std::atomic<const void*> owner{nullptr};
-  unsigned int depth = 0;
+  unsigned int reentries = 0;
   unsigned int spinCount;
 };
 

@@ -29,7 +29,7 @@ void sleepWhileContended(std::atomic<std::uint32_t>& state) noexcept {
   syscall(SYS_futex, &state, FUTEX_WAIT_PRIVATE, kHeldWithWaiters, nullptr, nullptr, 0);
 }
 
-void wakeOne(std::atomic<std::uint32_t>& state) noexcept {
+[[gnu::noinline]] void wakeOne(std::atomic<std::uint32_t>& state) noexcept {
   syscall(SYS_futex, &state, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
@@ -65,6 +65,26 @@ void takeBySleeping(ThreadLock& lock) noexcept {
   }
 }
 
+void becomeOwner(ThreadLock& lock) noexcept {
+  lock.owner.store(currentThread(), std::memory_order_relaxed);
+}
+
+// Apart from the front, so that a lock that nobody else wants costs no saved registers.
+[[gnu::noinline]] bool enterHeldLock(ThreadLock& lock) noexcept {
+  if (holdsThreadLock(lock)) {
+    if (lock.reentries == std::numeric_limits<unsigned int>::max()) {
+      return false;
+    }
+    ++lock.reentries;
+    return true;
+  }
+  if (!takeBySpinning(lock)) {
+    takeBySleeping(lock);
+  }
+  becomeOwner(lock);
+  return true;
+}
+
 // With one processor the holder cannot get on while another thread spins.
 bool spinningHelps() noexcept {
   static const bool helps = std::thread::hardware_concurrency() > 1;
@@ -78,23 +98,16 @@ ThreadLock* createThreadLock(unsigned int spinCount) noexcept {
 }
 
 bool enterThreadLock(ThreadLock& lock) noexcept {
-  if (holdsThreadLock(lock)) {
-    if (lock.depth == std::numeric_limits<unsigned int>::max()) {
-      return false;
-    }
-    ++lock.depth;
-    return true;
+  if (!tryTake(lock)) {
+    return enterHeldLock(lock);
   }
-  if (!tryTake(lock) && !takeBySpinning(lock)) {
-    takeBySleeping(lock);
-  }
-  lock.owner.store(currentThread(), std::memory_order_relaxed);
-  lock.depth = 1;
+  becomeOwner(lock);
   return true;
 }
 
 void leaveThreadLock(ThreadLock& lock) noexcept {
-  if (--lock.depth > 0) {
+  if (lock.reentries > 0) {
+    --lock.reentries;
     return;
   }
   lock.owner.store(nullptr, std::memory_order_relaxed);
@@ -112,7 +125,7 @@ bool holdsThreadLock(const ThreadLock& lock) noexcept {
 }
 
 void resetThreadLock(ThreadLock& lock) noexcept {
-  lock.depth = 0;
+  lock.reentries = 0;
   lock.owner.store(nullptr, std::memory_order_relaxed);
   lock.state.store(kFree, std::memory_order_relaxed);
 }
