@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034
 # Shared by the scripts: the packages of each purpose, their installation, and steps with a name.
 # Sourced, never run; works from the root of the tree.
 
