@@ -57,7 +57,7 @@ case(ltlib/foundation/a.cpp "#ifdef _WIN32" "asks for the operating system")
 case(ltreg/main.cpp "#if !defined(__linux__)" "asks for the operating system")
 case(ltlib/platform/p.h "#if defined(_WIN32)" "")
 case(ltlib/platform/posix/side.h "#include \"ltlib/platform/posix/side.h\"" "in a circle")
-case(ltlib/foundation/a.h "#include \"ltlib/foundation/private.h\"" "in a circle")
+case(ltlib/foundation/a.h "#include \"ltlib/foundation/private.h\"" "a.h -> ltlib/foundation/private.h")
 
 if(failures)
   list(JOIN failures "\n  " text)
