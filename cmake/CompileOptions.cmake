@@ -6,3 +6,9 @@ if(LTLIB_SANITIZE)
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${LTLIB_SANITIZE})
 endif()
+
+# All objects report what they cover; only the fuzzers themselves bring the engine.
+if(LTLIB_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+  add_link_options(-fsanitize=fuzzer-no-link)
+endif()

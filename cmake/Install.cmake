@@ -1,0 +1,24 @@
+# What `cmake --install` lays down, and the package that find_package(ltlib) reads.
+include(CMakePackageConfigHelpers)
+
+# The umbrella header is the list of the public headers, so that the two never differ.
+set(umbrella ${PROJECT_SOURCE_DIR}/ltlib/ltlib.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${umbrella})
+file(STRINGS ${umbrella} public_headers REGEX "^#include \"")
+list(TRANSFORM public_headers REPLACE "^#include \"(.+)\".*" "${PROJECT_SOURCE_DIR}/\\1")
+target_sources(ltlib PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}
+                            FILES ${umbrella} ${public_headers})
+
+# Users never include the tracer, but the loader has to find it beside the library.
+install(TARGETS ltlib lttracer EXPORT ltlibTargets FILE_SET HEADERS)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ltlib)
+install(EXPORT ltlibTargets NAMESPACE ltlib:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/ltlibConfig.cmake.in ltlibConfig.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(ltlibConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/ltlibConfig.cmake
+              ${PROJECT_BINARY_DIR}/ltlibConfigVersion.cmake
+              ${PROJECT_SOURCE_DIR}/cmake/ltlibComponent.cmake
+        DESTINATION ${package_dir})
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -1,0 +1,68 @@
+# shellcheck shell=bash disable=SC2034
+# Shared by the scripts: the packages of each purpose, their installation, and steps with a name.
+# Sourced, never run; works from the root of the tree.
+
+build_packages=(g++ cmake ninja-build)
+tool_packages=(libcli11-dev nlohmann-json3-dev)
+test_packages=(libgtest-dev)
+check_packages=(clang-format clang-tidy)
+
+current_step=
+report_failed_step() {
+  local status=$?
+  if [ "$status" -ne 0 ] && [ -n "$current_step" ]; then
+    printf '\n%s: FAILED (status %s) in: %s\n' "${0##*/}" "$status" "$current_step" >&2
+  fi
+}
+trap report_failed_step EXIT
+
+# step NAME COMMAND...: runs the command under that name, which a failure is reported by.
+step() {
+  current_step=$1
+  shift
+  printf '\n==> %s\n' "$current_step"
+  "$@"
+}
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    echo "no right to install packages: run as root, or install sudo" >&2
+    return 1
+  fi
+}
+
+is_installed() {
+  [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# Installs those of the packages that are missing; asks nobody anything.
+install_packages() {
+  local package missing=()
+  if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+    echo "this system has no apt-get; needed are what Debian calls: $*"
+    return
+  fi
+  for package in "$@"; do
+    is_installed "$package" || missing+=("$package")
+  done
+  if [ ${#missing[@]} -eq 0 ]; then
+    echo "all there: $*"
+    return
+  fi
+  echo "missing: ${missing[*]}"
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get update -q
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -qy --no-install-recommends \
+    "${missing[@]}"
+}
+
+jobs=$(nproc 2>/dev/null || echo 2)
+
+# build PRESET: configures and builds.
+build() {
+  cmake --preset "$1"
+  cmake --build --preset "$1" --parallel "$jobs"
+}
