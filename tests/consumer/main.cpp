@@ -1,14 +1,16 @@
 #include <cstdio>
-#include <cstring>
+#include <string>
 
 #include "ltlib/ltlib.h"
 
-// An exception that the library makes arrives here with its type and its text.
+// A virtual call into the library, and an exception that the library's type information carries
+// back: both need the installed libraries to find each other.
 int main() {
+  const std::string file = GetConfigurationPathname(REG_ROOT_USERS);
   try {
-    throw QSException("main", __LINE__, LTLib::kNotFound, "thrown by a user");
+    throw QSException("main", __LINE__, LTLib::kNotFound, file.c_str());
   } catch (const QSException& error) {
     std::puts(error.what());
-    return std::strcmp(error.what(), "thrown by a user") == 0 ? 0 : 1;
+    return error.What().empty() ? 1 : 0;
   }
 }
