@@ -8,6 +8,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 using LTLib::detail::ReadResult;
 using LTLib::Testing::Reading;
 using LTLib::Testing::readText;
@@ -84,12 +86,10 @@ TEST(TextReader, TakesOrSkipsLinesByTheirFirstByte) {
       {"byte order mark", "\xEF\xBB\xBF[A]\n\"n\"=ulong:1\n", "", ""},
       {"value ahead of the first header", "\"n\"=string:\"x\\\n[B]\"\n[A]\n", "A\n", ""},
       {"carriage returns are bytes", "[A]\r\n\"n\"=ulong:1\r\n", "A|n|0|1\r\n", ""},
-      {"NUL at the front of a line", std::string("[A]\n\0\"n\"=ulong:1\n\"m\"=ulong:2\n", 31),
-       "A|m|0|2\n", ""},
+      {"NUL at the front of a line", "[A]\n\0\"n\"=ulong:1\n\"m\"=ulong:2\n"s, "A|m|0|2\n", ""},
       {"NUL in a line",
-       std::string("[A]\n\"n\"=ulong:12\0"
-                   "34\n",
-                   20),
+       "[A]\n\"n\"=ulong:12\0"
+       "34\n"s,
        "A|n|0|12\n", ""},
   });
 }

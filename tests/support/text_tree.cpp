@@ -52,13 +52,15 @@ std::string showTree(const QSCfgDataSection& root) {
 std::string writeText(const QSCfgDataSection& root) {
   const TempFolder folder;
   const std::string path = folder.path("text");
-  Platform::File* file = Platform::fileCalls().openForWriting(path.c_str(), nullptr);
-  detail::LineSink sink(*file);
-  for (std::size_t i = 0; i < root.sectionCount(); ++i) {
-    detail::cfgWriteSection(sink, root.sectionAt(i));
+  {
+    const std::unique_ptr<Platform::File, Platform::FileResult (*)(Platform::File*)> file(
+        Platform::fileCalls().openForWriting(path.c_str(), nullptr), Platform::fileCalls().close);
+    detail::LineSink sink(*file);
+    for (std::size_t i = 0; i < root.sectionCount(); ++i) {
+      detail::cfgWriteSection(sink, root.sectionAt(i));
+    }
+    sink.flush();
   }
-  sink.flush();
-  (void)Platform::fileCalls().close(file);
   return readFile(path);
 }
 
