@@ -34,6 +34,7 @@ TEST(DoOnce, NobodyGoesOnBeforeTheOneRunHasEnded) {
   static std::atomic<int> s_callers{0};
   std::barrier start(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&] {
       start.arrive_and_wait();
@@ -73,6 +74,7 @@ TEST(DoOnce, WaitersTakeOverAfterAFailure) {
   static std::atomic<int> s_callers{0};
   std::atomic<int> failed{0};
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&] {
       ++s_callers;

@@ -20,6 +20,7 @@ TEST(Mutex, ExcludesOtherThreads) {
   long counter = 0;
   std::latch start(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&] {
       start.arrive_and_wait();
@@ -66,6 +67,7 @@ TEST(Mutex, WakesEverySleeper) {
   int entered = 0;
   mutex.lock();
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&] {
       started.count_down();

@@ -11,12 +11,13 @@
 #include <vector>
 
 #include "ltlib/foundation/uid_seed.h"
+#include "tests/support/child_process.h"
 #include "tests/support/recording_tracer.h"
 
 namespace {
 
-using LTLib::Testing::TraceLine;
-using LTLib::Testing::TraceRecording;
+using namespace LTLib::Testing;
+using LTLib::detail::EntropyDraw;
 
 constexpr char kZero[] = "00000000-0000-0000-0000-000000000000";
 constexpr char kSample[] = "01234567-89ab-cdef-fedc-ba9876543210";
@@ -116,6 +117,7 @@ TEST(Uid, GeneratedValuesDiffer) {
   std::vector<std::vector<std::string>> drawn(kThreads);
   std::barrier start(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (std::vector<std::string>& mine : drawn) {
     threads.emplace_back([&] {
       start.arrive_and_wait();
@@ -134,32 +136,40 @@ TEST(Uid, GeneratedValuesDiffer) {
   EXPECT_EQ(all.size(), std::size_t{kThreads} * kEach);
 }
 
-// One process per case, since a process seeds once.
-void generateTwice(LTLib::detail::EntropySource source, const std::string& trace, int detail) {
-  LTLib::detail::entropySource() = source;
+// Generates twice, on two threads, with a device of that kind, and tells the traces.
+const Scenario s_seeder("seeder", [](const std::vector<std::string>& arguments) {
+  LTLib::detail::entropySource() = [] { return EntropyDraw{7, 31.25}; };
+  if (arguments[0] == "failing") {
+    LTLib::detail::entropySource() = []() -> EntropyDraw { throw std::runtime_error("none"); };
+  }
   TraceRecording recording;
+  UID second;
   const UID first = UID::Generate();
-  std::thread([&] { EXPECT_NE(UID::Generate().Compare(first), 0); }).join();
-  const std::vector<TraceLine> lines = recording.take();
-  ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(lines[0].text, trace);
-  EXPECT_EQ(lines[0].detail, detail);
-  EXPECT_EQ(lines[0].file, "uid");
-  EXPECT_EQ(lines[0].tag, "UID:");
-  EXPECT_EQ(lines[0].function, "operator()");
-}
+  std::thread([&] { second = UID::Generate(); }).join();
+  for (const TraceLine& line : recording.take()) {
+    tellParent(std::to_string(line.detail) + " " + line.file + " " + line.tag + " " +
+               line.function + " " + line.text);
+  }
+  return first.Compare(second) != 0 ? 0 : 1;
+});
 
-TEST(UidSeed, TracesTheEntropyOfTheDeviceOnce) {
-  generateTwice(
-      [] {
-        return LTLib::detail::EntropyDraw{7, 31.25};
-      },
-      "UID::Generate - using hardware entropy:31.250000", 4);
-}
-
-TEST(UidSeed, FallsBackToTheTimeWhenTheDeviceFails) {
-  generateTwice([]() -> LTLib::detail::EntropyDraw { throw std::runtime_error("no device"); },
-                "UID::Generate - random_device failed, using time-based seed", 0);
+// One process per case, since a process seeds once.
+TEST(UidSeed, IsTracedOnceHoweverItWent) {
+  struct Case {
+    const char *device, *trace;
+  };
+  const Case cases[] = {
+      {"working", "4 uid UID: operator() UID::Generate - using hardware entropy:31.250000"},
+      {"failing",
+       "0 uid UID: operator() UID::Generate - random_device failed, using time-based seed"},
+  };
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.device);
+    ChildProcess child("seeder", {row.device});
+    EXPECT_EQ(child.hear(), row.trace);
+    EXPECT_EQ(child.hear(), "");
+    EXPECT_EQ(child.wait(), 0);
+  }
 }
 
 }  // namespace

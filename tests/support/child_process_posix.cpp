@@ -74,6 +74,7 @@ ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::s
   std::vector<std::string> words = {"/proc/self/exe", "--scenario=" + scenario};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) {
     pointers.push_back(word.data());
   }
