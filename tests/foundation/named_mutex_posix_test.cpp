@@ -121,6 +121,18 @@ TEST(NamedMutexNames, TheEmptyTextIsAName) {
   ::unlink(lockFilePath("").c_str());
 }
 
+TEST(NamedMutexOwner, AloneCanUnlock) {
+  const MutexName name;
+  NamedMutex mutex(name.c_str());
+  mutex.lock();
+  std::thread([&] { mutex.unlock(); }).join();
+  EXPECT_TRUE(isHeld(name.text()));
+  mutex.unlock();
+  EXPECT_FALSE(isHeld(name.text()));
+  mutex.unlock();
+  expectFree(name.text());
+}
+
 TEST(NamedMutexFork, AChildOwnsNothingOfItsParents) {
   const MutexName name;
   NamedMutex mutex(name.c_str());
