@@ -10,5 +10,7 @@
 #include "ltlib/foundation/named_mutex.h"
 #include "ltlib/foundation/uid.h"
 #include "ltlib/registry/registry_manager.h"
+#include "ltlib/variables/variable_manager.h"
+#include "ltlib/variables/variable_report.h"
 
 #endif  // LTLIB_LTLIB_H
