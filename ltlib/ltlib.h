@@ -2,6 +2,11 @@
 #ifndef LTLIB_LTLIB_H
 #define LTLIB_LTLIB_H
 
+#include "ltlib/component/iqsunknown.h"
+#include "ltlib/component/shared_object.h"
+#include "ltlib/events/dispatcher.h"
+#include "ltlib/events/event_service.h"
+#include "ltlib/events/event_types.h"
 #include "ltlib/export.h"
 #include "ltlib/fileregistry/file_registry_manager.h"
 #include "ltlib/foundation/do_once.h"
