@@ -2,6 +2,11 @@
 #ifndef LTLIB_LTLIB_H
 #define LTLIB_LTLIB_H
 
+#include "ltlib/component/iqsunknown.h"
+#include "ltlib/component/shared_object.h"
+#include "ltlib/events/dispatcher.h"
+#include "ltlib/events/event_service.h"
+#include "ltlib/events/event_types.h"
 #include "ltlib/export.h"
 #include "ltlib/fileregistry/file_registry_manager.h"
 #include "ltlib/foundation/do_once.h"
@@ -10,5 +15,7 @@
 #include "ltlib/foundation/named_mutex.h"
 #include "ltlib/foundation/uid.h"
 #include "ltlib/registry/registry_manager.h"
+#include "ltlib/variables/variable_manager.h"
+#include "ltlib/variables/variable_report.h"
 
 #endif  // LTLIB_LTLIB_H

@@ -13,12 +13,14 @@ namespace {
 const char s_anchor = 0;
 
 // The loader notes each library's folder when it brings the library in, so that a later change
-// of the current directory misleads nobody. It notes none for a program's own file.
+// of the current directory misleads nobody. It notes none for a program's own
+// file, whose name is empty there, and must not be asked then.
 std::string loadedFrom() {
   Dl_info info{};
   void* map = nullptr;
   char origin[PATH_MAX] = {};
   if (::dladdr1(&s_anchor, &info, &map, RTLD_DL_LINKMAP) == 0 || map == nullptr ||
+      *static_cast<const link_map*>(map)->l_name == '\0' ||
       ::dlinfo(map, RTLD_DI_ORIGIN, origin) != 0) {
     return {};
   }

@@ -1,0 +1,63 @@
+#include "ltlib/component/iqsunknown.h"
+
+#include <cstring>
+
+bool iqsID::operator==(const iqsID& other) const {
+  if (m_text == other.m_text) {
+    return true;
+  }
+  return m_text != nullptr && other.m_text != nullptr && std::strcmp(m_text, other.m_text) == 0;
+}
+
+QSResult iqsCInnerUnknown::QueryInterface(const iqsID& id, void** out) {
+  return m_owner->InnerQueryInterface(id, out);
+}
+
+std::uint32_t iqsCInnerUnknown::AddRef() const {
+  return m_owner->InnerAddRef();
+}
+
+std::uint32_t iqsCInnerUnknown::Release() const {
+  return m_owner->InnerRelease();
+}
+
+iqsCUnknown::iqsCUnknown(iqsUnknown* outer)
+    : m_innerUnknown(*this), m_outerUnknown(outer != nullptr ? outer : &m_innerUnknown) {}
+
+iqsCUnknown::~iqsCUnknown() = default;
+
+QSResult iqsCUnknown::InnerQueryInterface(const iqsID& id, void** out) {
+  const bool isKnown = id == LTLib::kUnknownID;
+  if (out == nullptr) {
+    return isKnown ? LTLib::kNullArgument : LTLib::kNotAvailable;
+  }
+  if (!isKnown) {
+    *out = nullptr;
+    return LTLib::kNotAvailable;
+  }
+  iqsUnknown* const face = &m_innerUnknown;
+  *out = face;
+  face->AddRef();
+  return LTLib::kSuccess;
+}
+
+std::uint32_t iqsCUnknown::InnerAddRef() {
+  return ++m_refCount;
+}
+
+std::uint32_t iqsCUnknown::InnerRelease() {
+  const std::uint32_t left = --m_refCount;
+  if (left == 0 && FinalRelease()) {
+    delete this;
+  }
+  return left;
+}
+
+QSResult iqsCUnknown::Init() {
+  return LTLib::kSuccess;
+}
+
+bool iqsCUnknown::FinalRelease() {
+  m_refCount.exchange(1);
+  return true;
+}

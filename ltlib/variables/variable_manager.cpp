@@ -1,0 +1,112 @@
+#include "ltlib/variables/variable_manager.h"
+
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "ltlib/foundation/do_once.h"
+#include "ltlib/variables/variable_manager_impl.h"
+
+namespace LTLib::detail {
+
+constinit QSREGISTRYVARIABLE s_defaultVariables[] = {
+    {"CompanyName", "Tarn Quillmere"},
+    {"DesktopVersion", "RZ 7.0"},
+    {"PortalVersion", "3.0"},
+    {"MarlinVersion", "1.0"},
+    {"CompanyRoot", "Software\\%CompanyName%"},
+    {"CurrentConfig", "default"},
+    {"QSRoot", "%CompanyRoot%\\Suite %DesktopVersion%\\%CurrentConfig%"},
+    {"ClientRoot", "%QSRoot%\\Quillmere"},
+    {"PortalRoot", "%QSRoot%\\Lumenpane"},
+    {"MarlinRoot", "%QSRoot%\\Netsieve"},
+    {"SharedRoot", "%QSRoot%\\Shared"},
+    {"CLASSID", "%SharedRoot%\\CLASSID"},
+    {"PublicVariables", "%SharedRoot%\\PublicVars"},
+    {nullptr, nullptr},
+};
+
+}  // namespace LTLib::detail
+
+namespace {
+
+// Everything here is ready before any code of the library runs, so that registrars of other
+// modules may come first.
+constinit ltDoOnce_t s_once;
+constinit std::atomic<QSConfigVariableManagerImpl*> s_instance{nullptr};
+constinit std::atomic<bool> s_tornDown{false};
+constinit bool s_defaultsQueued = false;
+constinit std::mutex s_pendingGuard;
+constinit std::vector<QSREGISTRYVARIABLE*>* s_pendingTables = nullptr;
+
+void appendPending(QSREGISTRYVARIABLE* table) {
+  const std::lock_guard<std::mutex> hold(s_pendingGuard);
+  if (s_tornDown) {
+    return;
+  }
+  if (s_pendingTables == nullptr) {
+    s_pendingTables = new std::vector<QSREGISTRYVARIABLE*>;
+  }
+  s_pendingTables->push_back(table);
+}
+
+void constructManager() {
+  if (s_tornDown) {
+    return;
+  }
+  auto manager = std::make_unique<QSConfigVariableManagerImpl>();
+  if (!s_defaultsQueued) {
+    appendPending(LTLib::detail::s_defaultVariables);
+    s_defaultsQueued = true;
+  }
+  const std::lock_guard<std::mutex> hold(s_pendingGuard);
+  for (QSREGISTRYVARIABLE* table : *s_pendingTables) {
+    manager->AddVariables(table);
+  }
+  s_pendingTables->clear();
+  s_instance = manager.release();
+}
+
+// The two exit handlers. Handlers run last-in first-out: the tables go first.
+struct ManagerTeardown {
+  ~ManagerTeardown() {
+    s_tornDown = true;
+    delete s_instance.exchange(nullptr);
+  }
+};
+
+struct PendingTablesTeardown {
+  ~PendingTablesTeardown() {
+    const std::lock_guard<std::mutex> hold(s_pendingGuard);
+    delete std::exchange(s_pendingTables, nullptr);
+  }
+};
+
+const ManagerTeardown s_managerTeardown;
+const PendingTablesTeardown s_pendingTablesTeardown;
+
+}  // namespace
+
+QSConfigVariableManagerImpl* QSConfigVariableManagerImpl::instance() {
+  ltDoOnce(s_once, constructManager);
+  return s_instance;
+}
+
+QSConfigVariableManager* QSConfigVariableManager::GetInstance() {
+  return QSConfigVariableManagerImpl::instance();
+}
+
+QSConfigVariableManager::~QSConfigVariableManager() = default;
+
+QSVariableRegistrar::QSVariableRegistrar(QSREGISTRYVARIABLE* table) {
+  if (QSConfigVariableManager* const manager = QSConfigVariableManager::GetInstance()) {
+    manager->AddVariables(table);
+  }
+  appendPending(table);
+}
+
+QSResult QSExpandString(std::string& text) {
+  QSConfigVariableManager* const manager = QSConfigVariableManager::GetInstance();
+  return manager != nullptr ? manager->ExpandString(text) : LTLib::kFailure;
+}

@@ -1,0 +1,254 @@
+#include "ltlib/variables/variable_manager_impl.h"
+
+#include <algorithm>
+#include <mutex>
+#include <optional>
+#include <shared_mutex>
+
+#include "ltlib/variables/expansion.h"
+#include "ltlib/variables/first_use_load.h"
+
+namespace {
+
+using LTLib::VariableOrigin;
+using LTLib::detail::TableLock;
+
+using ReadGuard = std::shared_lock<TableLock>;
+using WriteGuard = std::unique_lock<TableLock>;
+
+constexpr char kCurrentConfig[] = "CurrentConfig";
+
+// On whose behalf this thread changes the table, where that is not the program.
+thread_local constinit std::optional<VariableOrigin> t_origin;
+
+class OriginScope {
+ public:
+  explicit OriginScope(VariableOrigin origin) : m_previous(t_origin) { t_origin = origin; }
+  ~OriginScope() { t_origin = m_previous; }
+  OriginScope(const OriginScope&) = delete;
+  OriginScope& operator=(const OriginScope&) = delete;
+
+ private:
+  std::optional<VariableOrigin> m_previous;
+};
+
+bool holdsMark(std::string_view text) {
+  return text.find('%') != std::string_view::npos;
+}
+
+}  // namespace
+
+// The table as it stands while the lock is held.
+class QSConfigVariableManagerImpl::FixedSource final : public LTLib::detail::ReplacementSource {
+ public:
+  explicit FixedSource(const Variables& variables) : m_variables(variables) {}
+
+  bool isFixed() const override { return true; }
+
+  bool find(std::string_view name, std::string_view& replacement) override {
+    const auto variable = m_variables.find(name);
+    if (variable == m_variables.end()) {
+      return false;
+    }
+    replacement = variable->second.value;
+    return true;
+  }
+
+ private:
+  const Variables& m_variables;
+};
+
+// The table and the resolvers as they stand at each replacement.
+class QSConfigVariableManagerImpl::ResolvingSource final : public LTLib::detail::ReplacementSource {
+ public:
+  explicit ResolvingSource(QSConfigVariableManagerImpl& manager) : m_manager(manager) {}
+
+  bool isFixed() const override { return false; }
+
+  bool find(std::string_view name, std::string_view& replacement) override {
+    if (!copy(name)) {
+      return false;
+    }
+    m_replacement = m_value;
+    for (QSVariableResolver* resolver : m_resolvers) {
+      if (resolver->Resolve(m_name, m_value, m_replacement) >= 0) {
+        break;
+      }
+    }
+    replacement = m_replacement;
+    return true;
+  }
+
+ private:
+  // What the resolvers see are copies, since they may change the table themselves.
+  bool copy(std::string_view name) {
+    const ReadGuard hold(m_manager.m_lock);
+    const auto variable = m_manager.m_variables.find(name);
+    if (variable == m_manager.m_variables.end()) {
+      return false;
+    }
+    m_name = variable->first;
+    m_value = variable->second.value;
+    m_resolvers = m_manager.m_resolvers;
+    return true;
+  }
+
+  QSConfigVariableManagerImpl& m_manager;
+  std::string m_name;
+  std::string m_value;
+  std::string m_replacement;
+  std::vector<QSVariableResolver*> m_resolvers;
+};
+
+QSResult QSConfigVariableManagerImpl::AddVariable(const std::string& name,
+                                                  const std::string& value) {
+  if (holdsMark(name)) {
+    return LTLib::kFailure;
+  }
+  const WriteGuard hold(m_lock);
+  return define(name, value);
+}
+
+QSResult QSConfigVariableManagerImpl::AddVariables(QSREGISTRYVARIABLE* table) {
+  if (table == nullptr) {
+    return LTLib::kSuccess;
+  }
+  const OriginScope scope(table == LTLib::detail::s_defaultVariables
+                              ? VariableOrigin::kDefault
+                              : t_origin.value_or(VariableOrigin::kRegistered));
+  const WriteGuard hold(m_lock);
+  for (const QSREGISTRYVARIABLE* row = table; row->name != nullptr; ++row) {
+    if (holdsMark(row->name)) {
+      continue;
+    }
+    if (const QSResult result = define(row->name, row->value); result < 0) {
+      return result;
+    }
+  }
+  return LTLib::kSuccess;
+}
+
+QSResult QSConfigVariableManagerImpl::define(std::string_view name, std::string_view value) {
+  const VariableOrigin origin = t_origin.value_or(VariableOrigin::kRegistered);
+  const bool isNew =
+      m_variables.try_emplace(std::string(name), Variable{std::string(value), origin}).second;
+  return isNew ? LTLib::kSuccess : LTLib::kAlreadyPresent;
+}
+
+QSResult QSConfigVariableManagerImpl::SetVariable(const std::string& name,
+                                                  const std::string& value) {
+  const VariableOrigin origin = t_origin.value_or(VariableOrigin::kChanged);
+  const WriteGuard hold(m_lock);
+  const auto variable = m_variables.find(name);
+  if (variable == m_variables.end()) {
+    return LTLib::kNotFound;
+  }
+  // A program that set the configuration while the file was being read has the last word.
+  if (origin == VariableOrigin::kConfigFile && !m_configFilePending) {
+    return LTLib::kSuccess;
+  }
+  variable->second = {value, origin};
+  if (name == kCurrentConfig) {
+    m_configFilePending = false;
+  }
+  return LTLib::kSuccess;
+}
+
+QSResult QSConfigVariableManagerImpl::RemoveVariable(const std::string& name) {
+  const WriteGuard hold(m_lock);
+  return m_variables.erase(name) != 0 ? LTLib::kSuccess : LTLib::kNotFound;
+}
+
+QSResult QSConfigVariableManagerImpl::ExpandString(std::string& text) {
+  return expand(text, nullptr);
+}
+
+QSResult QSConfigVariableManagerImpl::expand(std::string& text,
+                                             std::vector<LTLib::ExpansionStep>* steps) {
+  loadAtFirstUse();
+  if (!holdsMark(text)) {
+    return LTLib::kSuccess;
+  }
+  {
+    const ReadGuard hold(m_lock);
+    if (m_resolvers.empty()) {
+      FixedSource source(m_variables);
+      return LTLib::detail::expandReferences(text, source, steps);
+    }
+  }
+  ResolvingSource source(*this);
+  return LTLib::detail::expandReferences(text, source, steps);
+}
+
+// The thread that sets the loading flag runs the load. An exception out of the registry leaves the
+// flag set: the load is not tried again, and the expansions to come work with what there is.
+void QSConfigVariableManagerImpl::loadAtFirstUse() {
+  if (m_publicVariablesLoaded || m_publicVariablesLoading ||
+      m_publicVariablesLoading.exchange(true)) {
+    return;
+  }
+  // Another thread may have finished between the look at the one flag and at the other.
+  if (!m_publicVariablesLoaded) {
+    readConfigFile();
+    const OriginScope scope(VariableOrigin::kPublicVariable);
+    LTLib::detail::loadPublicVariables(*this);
+    m_publicVariablesLoaded = true;
+  }
+  m_publicVariablesLoading = false;
+}
+
+// Comes before the registry is looked at, whose key of public variables lies below CurrentConfig.
+// Failing here leaves the whole load to the next expansion.
+void QSConfigVariableManagerImpl::readConfigFile() {
+  if (!m_configFilePending) {
+    return;
+  }
+  try {
+    const OriginScope scope(VariableOrigin::kConfigFile);
+    QSConfigVariableManager& manager = *this;
+    if (const std::optional<std::string> word = LTLib::detail::readConfigFile()) {
+      manager.SetVariable(kCurrentConfig, *word);
+    }
+  } catch (...) {
+    m_publicVariablesLoading = false;
+    throw;
+  }
+}
+
+QSResult QSConfigVariableManagerImpl::IsVariableDefined(const std::string& name, bool& defined) {
+  const ReadGuard hold(m_lock);
+  defined = m_variables.contains(name);
+  return LTLib::kSuccess;
+}
+
+QSResult QSConfigVariableManagerImpl::AddResolver(QSVariableResolver* resolver) {
+  if (resolver == nullptr) {
+    return LTLib::kNullArgument;
+  }
+  const WriteGuard hold(m_lock);
+  if (std::find(m_resolvers.begin(), m_resolvers.end(), resolver) != m_resolvers.end()) {
+    return LTLib::kAlreadyPresent;
+  }
+  m_resolvers.push_back(resolver);
+  return LTLib::kSuccess;
+}
+
+QSResult QSConfigVariableManagerImpl::RemoveResolver(QSVariableResolver* resolver) {
+  const WriteGuard hold(m_lock);
+  const auto place = std::find(m_resolvers.begin(), m_resolvers.end(), resolver);
+  if (place == m_resolvers.end()) {
+    return LTLib::kNotFound;
+  }
+  m_resolvers.erase(place);
+  return LTLib::kSuccess;
+}
+
+std::vector<LTLib::VariableReport> QSConfigVariableManagerImpl::report() {
+  const ReadGuard hold(m_lock);
+  std::vector<LTLib::VariableReport> all;
+  all.reserve(m_variables.size());
+  for (const auto& [name, variable] : m_variables) {
+    all.push_back({name, variable.value, variable.origin});
+  }
+  return all;
+}

@@ -1,0 +1,64 @@
+// The one kind of variable manager, and how it comes and goes.
+#ifndef LTLIB_VARIABLES_VARIABLE_MANAGER_IMPL_H
+#define LTLIB_VARIABLES_VARIABLE_MANAGER_IMPL_H
+
+#include <atomic>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ltlib/variables/table_lock.h"
+#include "ltlib/variables/variable_manager.h"
+#include "ltlib/variables/variable_report.h"
+
+namespace LTLib::detail {
+/// The library's own variables.
+extern QSREGISTRYVARIABLE s_defaultVariables[];
+}  // namespace LTLib::detail
+
+class QSConfigVariableManagerImpl final : public QSConfigVariableManager {
+ public:
+  struct Variable {
+    std::string value;
+    LTLib::VariableOrigin origin;
+  };
+  using Variables = std::map<std::string, Variable, std::less<>>;
+
+  /// As GetInstance, for those who need more than the public class.
+  static QSConfigVariableManagerImpl* instance();
+
+  QSResult AddVariable(const std::string& name, const std::string& value) override;
+  QSResult AddVariables(QSREGISTRYVARIABLE* table) override;
+  QSResult SetVariable(const std::string& name, const std::string& value) override;
+  QSResult RemoveVariable(const std::string& name) override;
+  QSResult ExpandString(std::string& text) override;
+  QSResult IsVariableDefined(const std::string& name, bool& defined) override;
+  QSResult AddResolver(QSVariableResolver* resolver) override;
+  QSResult RemoveResolver(QSVariableResolver* resolver) override;
+
+  /// ExpandString that notes its replacements where `steps` is not null.
+  QSResult expand(std::string& text, std::vector<LTLib::ExpansionStep>* steps);
+
+  std::vector<LTLib::VariableReport> report();
+
+ private:
+  class FixedSource;
+  class ResolvingSource;
+
+  void loadAtFirstUse();
+  void readConfigFile();
+  QSResult define(std::string_view name, std::string_view value);
+
+  // Guards the resolvers and the variables; never held while a resolver runs or anything outside
+  // the table is read.
+  LTLib::detail::TableLock m_lock;
+  std::vector<QSVariableResolver*> m_resolvers;
+  Variables m_variables;
+
+  std::atomic<bool> m_publicVariablesLoaded{false};
+  std::atomic<bool> m_publicVariablesLoading{false};
+  std::atomic<bool> m_configFilePending{true};
+};
+
+#endif  // LTLIB_VARIABLES_VARIABLE_MANAGER_IMPL_H
