@@ -30,6 +30,8 @@ struct ltDoOnce_t {
   std::atomic<std::int32_t> entered{-1};
 };
 
+inline QSResult ltDoOnce(volatile ltDoOnce_t& once, void (*init)());
+
 /// What stands behind the inline front.
 class LTLIB_EXPORT ltDoOnceInternal {
   friend QSResult ltDoOnce(volatile ltDoOnce_t& once, void (*init)());

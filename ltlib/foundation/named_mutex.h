@@ -24,9 +24,14 @@
 // Names: any text of any length, compared byte by byte, is a name of its own on POSIX systems. On
 // Windows the system's rules hold: no backslash, less than 260 bytes.
 //
+// On POSIX systems a mutex is a file in /dev/shm, or in /tmp where the system has no such folder.
+// It stays until the system restarts, or a cleaner removes it: one who locks after that gets a new
+// mutex of the name, even while the old one is held.
+//
 // Other users: the name is shared with all of them, so that each can hold the mutex for as long as
 // it likes, and a hostile one can cause a report "abandoned" that is not true, or prevent one.
-// Where another user has put something else in the way of the name, construction fails.
+// Where another user has put something in the way of the name, or a file that cannot be opened,
+// construction fails; it neither waits nor makes do with a mutex that not everybody shares.
 //
 // Failure: QSException with 0x80004005 and no file or line, with the texts told at each operation.
 #ifndef LTLIB_FOUNDATION_NAMED_MUTEX_H
