@@ -1,20 +1,12 @@
-#include <fcntl.h>
+// The named mutex among forked processes, signals and names of every kind.
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <signal.h>
-#include <sys/file.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
 
 #include <atomic>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <cstdlib>
 #include <latch>
 #include <memory>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -22,6 +14,7 @@
 #include "ltlib/platform/posix/lock_file.h"
 #include "tests/support/child_process.h"
 #include "tests/support/forked_child.h"
+#include "tests/support/lock_probe.h"
 #include "tests/support/named_mutex_checks.h"
 #include "tests/support/named_mutex_name.h"
 
@@ -30,34 +23,6 @@ namespace {
 using namespace LTLib::Testing;
 using LTLib::NamedMutex;
 using LTLib::Platform::lockFilePath;
-
-constexpr uid_t kSecondUser = 65534;
-
-// Whether somebody holds the lock of that name, found out without waiting.
-bool isHeld(const std::string& name) {
-  const int descriptor = ::open(lockFilePath(name).c_str(), O_RDWR | O_CLOEXEC);
-  const bool taken = ::flock(descriptor, LOCK_EX | LOCK_NB) == 0;
-  const int error = errno;
-  ::close(descriptor);
-  return !taken && error == EWOULDBLOCK;
-}
-
-void expectFree(const std::string& name) {
-  EXPECT_FALSE(isHeld(name));
-  NamedMutex mutex(name.c_str());
-  EXPECT_EQ(lockText(mutex), "");
-  mutex.unlock();
-}
-
-std::string contentOf(const std::string& path) {
-  std::stringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
-void writeFile(const std::string& path, const std::string& text) {
-  std::ofstream(path) << text;
-}
 
 // Every name is a mutex of its own: another thread can take all the others while one is held.
 TEST(NamedMutexNames, AnyTextIsANameOfItsOwn) {
@@ -248,184 +213,6 @@ TEST(NamedMutexFork, ForksCrossingWithLocksLeaveNothingBehind) {
   }
   stop = true;
   locker.join();
-}
-
-void plantSocket(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-  const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  EXPECT_EQ(::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  ::close(descriptor);
-}
-
-// What a hostile user can put in the way of a name, on opening and under an object in use.
-TEST(NamedMutexHostile, NothingPlantedIsFollowedOrWaitedFor) {
-  struct Case {
-    const char* label;
-    void (*plant)(const std::string& path, const std::string& victim);
-    int error;
-  };
-  const Case cases[] = {
-      {"link to a file",
-       [](const std::string& path, const std::string& victim) {
-         std::filesystem::create_symlink(victim, path);
-       },
-       ELOOP},
-      {"link to nothing",
-       [](const std::string& path, const std::string& victim) {
-         std::filesystem::create_symlink(victim + "-absent", path);
-       },
-       ELOOP},
-      {"second name of a file",
-       [](const std::string& path, const std::string& victim) {
-         std::filesystem::create_hard_link(victim, path);
-       },
-       EPERM},
-      {"folder",
-       [](const std::string& path, const std::string&) { std::filesystem::create_directory(path); },
-       EISDIR},
-      {"pipe",
-       [](const std::string& path, const std::string&) {
-         EXPECT_EQ(::mkfifo(path.c_str(), 0666), 0);
-       },
-       EPERM},
-      {"socket", [](const std::string& path, const std::string&) { plantSocket(path); }, ENXIO},
-  };
-  for (const Case& row : cases) {
-    SCOPED_TRACE(row.label);
-    const MutexName name("p");
-    const std::string path = lockFilePath(name.text());
-    // Beside the lock, since a second name must lie in the same file system.
-    const std::string victim = path + "-victim";
-    writeFile(victim, "valuable");
-
-    NamedMutex inUse(name.c_str());
-    ::unlink(path.c_str());
-    row.plant(path, victim);
-    EXPECT_EQ(lockText(inUse), "cannot lock LTLib::NamedMutex " + name.text() +
-                                   ", error: " + std::to_string(row.error));
-    // The object in use is the process's access to the name; a new one meets what was planted.
-    EXPECT_EQ(runForked([&] {
-                const MutexName copy("q");
-                row.plant(lockFilePath(copy.text()), victim);
-                const std::string told = constructionText(copy.c_str());
-                std::filesystem::remove(lockFilePath(copy.text()));
-                return told == "cannot create named LTLib::Mutex " + copy.text() ? 0 : 1;
-              }),
-              0);
-    EXPECT_EQ(contentOf(victim), "valuable");
-    EXPECT_FALSE(std::filesystem::exists(victim + "-absent"));
-    std::filesystem::remove(path);
-    std::filesystem::remove(victim);
-    EXPECT_EQ(lockText(inUse), "") << "the name serves again";
-    inUse.unlock();
-  }
-}
-
-TEST(NamedMutexHostile, AFileLeftOverNeverBlocks) {
-  for (const char* content : {"x", "much that nobody asked for"}) {
-    const MutexName name;
-    const std::string path = lockFilePath(name.text());
-    writeFile(path, content);
-    NamedMutex mutex(name.c_str());
-    EXPECT_EQ(lockText(mutex), abandonedText(name.text()));
-    mutex.unlock();
-    EXPECT_EQ(contentOf(path), "");
-    expectFree(name.text());
-  }
-}
-
-TEST(NamedMutexHostile, TheFileServesEveryUser) {
-  const MutexName name;
-  const mode_t before = ::umask(077);
-  const NamedMutex mutex(name.c_str());
-  ::umask(before);
-  struct stat status {};
-  ASSERT_EQ(::stat(lockFilePath(name.text()).c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0666u);
-  EXPECT_EQ(status.st_nlink, 1u);
-}
-
-class NamedMutexTwoUsers : public testing::Test {
- protected:
-  void SetUp() override {
-    if (::geteuid() != 0) {
-      GTEST_SKIP() << "needs root, to become a second user";
-    }
-  }
-};
-
-int asSecondUser(int (*function)(const std::string&), const std::string& name) {
-  return runForked([&] { return ::setuid(kSecondUser) != 0 ? 9 : function(name); });
-}
-
-int takeAndEnd(const std::string& name) {
-  ::umask(077);
-  NamedMutex mutex(name.c_str());
-  return lockText(mutex).empty() ? 0 : 1;
-}
-
-TEST_F(NamedMutexTwoUsers, ShareAMutexWhoeverMadeIt) {
-  const MutexName ours;
-  NamedMutex mutex(ours.c_str());
-  EXPECT_EQ(asSecondUser(takeAndEnd, ours.text()), 0);
-  EXPECT_EQ(lockText(mutex), abandonedText(ours.text()));
-  mutex.unlock();
-
-  const MutexName theirs;
-  EXPECT_EQ(asSecondUser(takeAndEnd, theirs.text()), 0);
-  NamedMutex second(theirs.c_str());
-  EXPECT_EQ(lockText(second), abandonedText(theirs.text()));
-  EXPECT_EQ(
-      asSecondUser([](const std::string& name) { return isHeld(name) ? 0 : 1; }, theirs.text()), 0);
-  second.unlock();
-}
-
-TEST_F(NamedMutexTwoUsers, AFileThatMayNotBeOpenedFailsAndDoesNotWait) {
-  const MutexName name;
-  const std::string path = lockFilePath(name.text());
-  writeFile(path, "");
-  ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
-  EXPECT_EQ(asSecondUser(
-                [](const std::string& text) {
-                  const std::string told = constructionText(text.c_str());
-                  return told == "cannot create named LTLib::Mutex " + text ? 0 : 1;
-                },
-                name.text()),
-            0);
-}
-
-// A cleaner removes the file: whoever locks from then on meets in a new one.
-TEST(NamedMutexCleaner, ARemovedFileIsMadeAnew) {
-  const MutexName name;
-  const std::string path = lockFilePath(name.text());
-  NamedMutex mutex(name.c_str());
-  ::unlink(path.c_str());
-  EXPECT_EQ(lockText(mutex), "");
-  EXPECT_TRUE(isHeld(name.text()));
-  ::unlink(path.c_str());
-  mutex.unlock();
-  EXPECT_EQ(lockText(mutex), "");
-  EXPECT_TRUE(isHeld(name.text()));
-  mutex.unlock();
-  expectFree(name.text());
-}
-
-// Right whether the child waits already when the file goes or comes later.
-TEST(NamedMutexCleaner, AWaiterMovesOnToTheNewFile) {
-  const MutexName name;
-  NamedMutex mutex(name.c_str());
-  mutex.lock();
-  const pid_t waiter = startForked([&] {
-    const bool clean = lockText(mutex).empty();
-    return clean && isHeld(name.text()) ? 0 : 1;
-  });
-  ::unlink(lockFilePath(name.text()).c_str());
-  mutex.unlock();
-  EXPECT_EQ(waitForForked(waiter), 0);
-  EXPECT_EQ(lockText(mutex), abandonedText(name.text()));
-  mutex.unlock();
 }
 
 // Each signal interrupts the wait for the other process.
