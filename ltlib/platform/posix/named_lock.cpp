@@ -108,6 +108,17 @@ bool arm() {
   return true;
 }
 
+// Arms when the library comes in: a fork that crosses with the first use on another thread would
+// leave the child a guard that nobody is left to drop. A failure here is met again at that use.
+const bool s_armedAtLoad = [] {
+  const ThreadLockScope guard(s_guard);
+  try {
+    return arm();
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}();
+
 NamedLock* makeLock(std::string path) {
   auto* lock = new NamedLock;
   lock->file.path = std::move(path);
