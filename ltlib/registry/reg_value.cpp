@@ -1,0 +1,308 @@
+#include "ltlib/registry/reg_value.h"
+
+#include <cstring>
+#include <limits>
+#include <new>
+
+using LTLib::kFailure;
+using LTLib::kSuccess;
+using LTLib::resultFromSystemError;
+
+namespace {
+
+constexpr int kInvalidData = 13;
+
+using DataType = CQSRegValue::e_data_type;
+using Data = CQSRegValue::e_data_struct;
+
+bool ownsBuffer(DataType type) {
+  return type == CQSRegValue::DATA_STRING || type == CQSRegValue::DATA_EXPAND_STRING ||
+         type == CQSRegValue::DATA_MULTI_STRING || type == CQSRegValue::DATA_BINARY;
+}
+
+DataType dataTypeOf(unsigned int registryType) {
+  switch (registryType) {
+    case REG_SZ:
+      return CQSRegValue::DATA_STRING;
+    case REG_EXPAND_SZ:
+      return CQSRegValue::DATA_EXPAND_STRING;
+    case REG_MULTI_SZ:
+      return CQSRegValue::DATA_MULTI_STRING;
+    case REG_BINARY:
+      return CQSRegValue::DATA_BINARY;
+    case REG_DWORD:
+    case REG_QWORD:
+      return CQSRegValue::DATA_DWORD;
+    default:
+      return CQSRegValue::DATA_NONE;
+  }
+}
+
+unsigned int registryTypeOf(DataType type) {
+  switch (type) {
+    case CQSRegValue::DATA_STRING:
+      return REG_SZ;
+    case CQSRegValue::DATA_EXPAND_STRING:
+      return REG_EXPAND_SZ;
+    case CQSRegValue::DATA_MULTI_STRING:
+      return REG_MULTI_SZ;
+    case CQSRegValue::DATA_DWORD:
+      return REG_DWORD;
+    case CQSRegValue::DATA_BINARY:
+      return REG_BINARY;
+    default:
+      return REG_NONE;
+  }
+}
+
+// One open key of the registry manager and the name of one of its values.
+struct OpenValue {
+  QSRegistryManager& manager;
+  void* key;
+  char* name;
+
+  int query(unsigned int* type, void* data, unsigned int* size) const {
+    return manager.regQueryValueEx(key, name, type, static_cast<unsigned char*>(data), size);
+  }
+};
+
+// A stored number of another size would overrun the local one.
+template <class Number>
+int fetchNumber(const OpenValue& value, unsigned int type, Data& out) {
+  Number number = 0;
+  if (out.size != sizeof number) {
+    return kInvalidData;
+  }
+  const int result = value.query(&type, &number, &out.size);
+  if (number > std::numeric_limits<std::uint32_t>::max()) {
+    return kInvalidData;
+  }
+  out.dwValue = static_cast<std::uint32_t>(number);
+  return result;
+}
+
+// The extra byte ends a text whose stored form has no end, and is room for the terminator that the
+// file backend copies along.
+int fetchBuffer(const OpenValue& value, unsigned int type, Data& out) {
+  const std::size_t room = std::size_t{out.size} + 1;
+  out.pData = ::operator new(room);
+  std::memset(out.pData, 0, room);
+  return value.query(&type, out.pData, &out.size);
+}
+
+QSResult fetch(const OpenValue& value, Data& out) {
+  unsigned int type = 0;
+  if (value.query(&type, nullptr, &out.size) != 0) {
+    return kFailure;
+  }
+  const DataType dataType = dataTypeOf(type);
+  if (dataType == CQSRegValue::DATA_NONE) {
+    return kSuccess;
+  }
+  // Type and union change together, so that the record can be cleared whatever comes.
+  out.pData = nullptr;
+  out.dwValue = 0;
+  out.type = dataType;
+  int result = 0;
+  if (type == REG_DWORD) {
+    result = fetchNumber<std::uint32_t>(value, type, out);
+  } else if (type == REG_QWORD) {
+    result = fetchNumber<std::uint64_t>(value, type, out);
+  } else {
+    result = fetchBuffer(value, type, out);
+  }
+  return resultFromSystemError(result);
+}
+
+}  // namespace
+
+void CQSRegValue::e_data_struct::Clear() {
+  if (ownsBuffer(type)) {
+    ::operator delete(pData);
+  }
+  pData = nullptr;
+  type = DATA_NONE;
+  size = 0;
+}
+
+CQSRegValue::CQSRegValue(enumRegRoot root, const char* keyPath, const char* valueName)
+    : m_name(valueName != nullptr ? valueName : "") {
+  (void)m_key.SetKey(root, keyPath);
+}
+
+CQSRegValue::CQSRegValue(const CQSRegKey& key, const char* valueName)
+    : m_name(valueName != nullptr ? valueName : ""), m_key(key) {}
+
+QSResult CQSRegValue::SetKey(const CQSRegKey& key) {
+  return m_key.SetKey(key.GetRootKEY(), key.GetPath());
+}
+
+QSResult CQSRegValue::SetKey(enumRegRoot root, const char* keyPath) {
+  return m_key.SetKey(root, keyPath);
+}
+
+QSResult CQSRegValue::SetName(const char* valueName) {
+  if (valueName == nullptr) {
+    return LTLib::kNullArgument;
+  }
+  m_name = std::string(valueName);
+  return kSuccess;
+}
+
+QSResult CQSRegValue::GetKey(CQSRegKey& out) const {
+  out.m_path = m_key.m_path;
+  out.m_root = m_key.m_root;
+  return kSuccess;
+}
+
+const char* CQSRegValue::resolved(const char* valueName) const {
+  return valueName != nullptr || m_name.empty() ? valueName : m_name.c_str();
+}
+
+QSResult CQSRegValue::Read(const char* valueName, e_data_struct& out) {
+  return readData(resolved(valueName), out);
+}
+
+QSResult CQSRegValue::Read(e_data_struct& out) {
+  return readData(m_name.c_str(), out);
+}
+
+QSResult CQSRegValue::Read(const char* valueName, unsigned long& out) {
+  return readNumber(resolved(valueName), out);
+}
+
+QSResult CQSRegValue::Read(unsigned long& out) {
+  return readNumber(m_name.c_str(), out);
+}
+
+QSResult CQSRegValue::Read(const char* valueName, char*& out) {
+  return readText(resolved(valueName), out);
+}
+
+QSResult CQSRegValue::Read(char*& out) {
+  return readText(m_name.c_str(), out);
+}
+
+QSResult CQSRegValue::Read(const char* valueName, void*& out, unsigned long& size) {
+  return readBytes(resolved(valueName), out, size);
+}
+
+QSResult CQSRegValue::Read(void*& out, unsigned long& size) {
+  return readBytes(m_name.c_str(), out, size);
+}
+
+QSResult CQSRegValue::readData(const char* name, e_data_struct& out) {
+  out.Clear();
+  void* handle = nullptr;
+  if (const QSResult opened = m_key.OpenKey(&handle, false); opened < 0) {
+    return opened;
+  }
+  const CQSRegKey::Closing closing(m_key);
+  return fetch({*QSRegistryManager::GetInstance(), handle, const_cast<char*>(name)}, out);
+}
+
+QSResult CQSRegValue::readNumber(const char* name, unsigned long& out) {
+  if (const QSResult result = readData(name, m_data); result < 0) {
+    return result;
+  }
+  out = m_data.dwValue;
+  return m_data.type == DATA_DWORD ? kSuccess : kFailure;
+}
+
+QSResult CQSRegValue::readText(const char* name, char*& out) {
+  if (const QSResult result = readData(name, m_data); result < 0) {
+    return result;
+  }
+  out = static_cast<char*>(m_data.pData);
+  return m_data.type == DATA_STRING ? kSuccess : kFailure;
+}
+
+// A type that no record holds counts as bytes that are not there.
+QSResult CQSRegValue::readBytes(const char* name, void*& out, unsigned long& size) {
+  if (const QSResult result = readData(name, m_data); result < 0) {
+    return result;
+  }
+  out = m_data.pData;
+  size = m_data.size;
+  return m_data.type == DATA_BINARY || m_data.type == DATA_NONE ? kSuccess : kFailure;
+}
+
+QSResult CQSRegValue::Write(const char* valueName, const e_data_struct& in) {
+  return writeData(resolved(valueName), in);
+}
+
+QSResult CQSRegValue::Write(const e_data_struct& in) {
+  return writeData(m_name.c_str(), in);
+}
+
+QSResult CQSRegValue::Write(const char* valueName, const unsigned long& in) {
+  return writeNumber(resolved(valueName), in);
+}
+
+QSResult CQSRegValue::Write(const unsigned long& in) {
+  return writeNumber(m_name.c_str(), in);
+}
+
+QSResult CQSRegValue::Write(const char* valueName, const char* in) {
+  return writeText(resolved(valueName), in);
+}
+
+QSResult CQSRegValue::Write(const char* in) {
+  return writeText(m_name.c_str(), in);
+}
+
+QSResult CQSRegValue::Write(const char* valueName, const void* in, unsigned long size) {
+  return writeBuffer(resolved(valueName), DATA_BINARY, in, size);
+}
+
+QSResult CQSRegValue::Write(const void* in, unsigned long size) {
+  return writeBuffer(m_name.c_str(), DATA_BINARY, in, size);
+}
+
+QSResult CQSRegValue::writeData(const char* name, const e_data_struct& in) {
+  return in.type == DATA_DWORD ? writeNumber(name, in.dwValue)
+                               : writeBuffer(name, in.type, in.pData, in.size);
+}
+
+QSResult CQSRegValue::writeNumber(const char* name, unsigned long in) {
+  const auto number = static_cast<std::uint32_t>(in);
+  return writeBuffer(name, DATA_DWORD, &number, sizeof number);
+}
+
+QSResult CQSRegValue::writeText(const char* name, const char* in) {
+  const char* text = in != nullptr ? in : "";
+  return writeBuffer(name, DATA_STRING, text, std::strlen(text) + 1);
+}
+
+QSResult CQSRegValue::writeBuffer(const char* name, e_data_type type, const void* bytes,
+                                  std::size_t size) {
+  if (type == DATA_NONE || size > std::numeric_limits<std::uint32_t>::max()) {
+    return kFailure;
+  }
+  void* handle = nullptr;
+  if (m_key.OpenKey(&handle, true) < 0) {
+    if (const QSResult created = m_key.CreateKey(&handle); created < 0) {
+      return created;
+    }
+  }
+  const CQSRegKey::Closing closing(m_key);
+  const unsigned int registryType = registryTypeOf(type);
+  if (registryType == REG_NONE) {
+    return kFailure;
+  }
+  return resultFromSystemError(QSRegistryManager::GetInstance()->regSetValueEx(
+      handle, name, registryType, static_cast<const unsigned char*>(bytes),
+      static_cast<unsigned int>(size)));
+}
+
+QSResult CQSRegValue::Delete(const char* valueName) {
+  QSRegistryManager* manager = QSRegistryManager::GetInstance();
+  if (manager == nullptr) {
+    return kFailure;
+  }
+  void* handle = nullptr;
+  // A key that cannot be opened shows as the backend's answer to a null handle.
+  (void)m_key.OpenKey(&handle, true);
+  const CQSRegKey::Closing closing(m_key);
+  return resultFromSystemError(manager->regDeleteValue(handle, resolved(valueName)));
+}
