@@ -8,6 +8,7 @@
 
 #include "ltlib/platform/files.h"
 #include "ltlib/variables/variable_manager_impl.h"
+#include "tests/support/environment.h"
 
 namespace {
 
@@ -60,6 +61,11 @@ class VariableManager : public testing::Test {
     return text;
   }
 
+  // The registry is empty and reads no file, and its own expansions go through the process's
+  // manager, whose load is over.
+  LTLib::Testing::ScopedEnvironment m_noStore{"HKEY_LOCAL_MACHINE", ""};
+  std::string m_empty;
+  QSResult m_processLoad = QSExpandString(m_empty);
   ConfigFile m_config;
   QSConfigVariableManagerImpl m_manager;
   QSResult m_result = 0;
