@@ -13,6 +13,7 @@
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/mutex.h"
 #include "ltlib/foundation/named_mutex.h"
+#include "ltlib/foundation/rw_lock.h"
 #include "ltlib/foundation/uid.h"
 #include "ltlib/registry/reg_enum.h"
 #include "ltlib/registry/reg_key.h"
