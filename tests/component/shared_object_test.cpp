@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <latch>
 #include <new>
 #include <optional>
@@ -120,14 +119,13 @@ class Counted : public QSSharedObject {
 };
 
 TEST(QSSharedObject, StartsAtOneAndLeavesMinusOne) {
-  alignas(Counted) unsigned char storage[sizeof(Counted)];
+  void* const storage = ::operator new(sizeof(Counted));
   auto* const object = new (storage) Counted;
   EXPECT_EQ(object->count(), 1);
-  const auto place = reinterpret_cast<unsigned char*>(&object->count()) - storage;
+  const auto* const count = reinterpret_cast<const volatile std::int32_t*>(&object->count());
   object->~Counted();
-  std::int32_t left = 0;
-  std::memcpy(&left, storage + place, sizeof left);
-  EXPECT_EQ(left, -1);
+  EXPECT_EQ(*count, -1);
+  ::operator delete(storage);
 }
 
 }  // namespace

@@ -1,0 +1,87 @@
+// A lock for many readers or one writer, which prefers readers, and its scope guards.
+//
+// Threads: any thread may lock; any thread may unlock what another locked, since unlock goes by
+// the state and not by the caller. Waits have no time limit.
+//
+// | state   | readLock             | writeLock            | unlock                               |
+// |---------|----------------------|----------------------|--------------------------------------|
+// | free    | reading              | writing              | nothing happens                      |
+// | reading | passes               | counts itself, waits | reading while readers are left; then |
+// |         |                      |                      | writing if a writer waits, else free |
+// | writing | counts itself, waits | counts itself, waits | reading, with all readers that wait; |
+// |         |                      |                      | else writing, with one writer that   |
+// |         |                      |                      | waits; else free                     |
+//
+// A reader that arrives during reading passes even when writers wait, so that a steady flow of
+// readers keeps writers out. Writers come in no particular order. A thread may take the read lock
+// again while it reads, with one more unlock; any other lock by a thread that holds this one waits
+// for itself.
+//
+// Failure: QSException with 0x80004005 when the system refuses the inner lock or an event.
+#ifndef LTLIB_FOUNDATION_RW_LOCK_H
+#define LTLIB_FOUNDATION_RW_LOCK_H
+
+#include "ltlib/export.h"
+
+namespace LTLib {
+
+class RWLockImpl;
+
+class LTLIB_EXPORT RWLock {
+ public:
+  RWLock();
+
+  /// Requires: nobody holds the lock or waits for it.
+  ~RWLock();
+
+  RWLock(const RWLock&) = delete;
+  RWLock& operator=(const RWLock&) = delete;
+
+  void readLock();
+  void writeLock();
+
+  /// Undoes one lock of either kind.
+  void unlock();
+
+ private:
+  RWLockImpl* m_impl;
+};
+
+/// Holds the lock from construction to destruction, as a writer or as a reader. A failing release
+/// ends the process.
+class LTLIB_EXPORT ScopedRWLock {
+ public:
+  ScopedRWLock(RWLock& lock, bool write);
+  ~ScopedRWLock();
+  ScopedRWLock(const ScopedRWLock&) = delete;
+  ScopedRWLock& operator=(const ScopedRWLock&) = delete;
+
+ private:
+  RWLock& m_lock;
+};
+
+class LTLIB_EXPORT ScopedReadRWLock {
+ public:
+  explicit ScopedReadRWLock(RWLock& lock);
+  ~ScopedReadRWLock();
+  ScopedReadRWLock(const ScopedReadRWLock&) = delete;
+  ScopedReadRWLock& operator=(const ScopedReadRWLock&) = delete;
+
+ private:
+  RWLock& m_lock;
+};
+
+class LTLIB_EXPORT ScopedWriteRWLock {
+ public:
+  explicit ScopedWriteRWLock(RWLock& lock);
+  ~ScopedWriteRWLock();
+  ScopedWriteRWLock(const ScopedWriteRWLock&) = delete;
+  ScopedWriteRWLock& operator=(const ScopedWriteRWLock&) = delete;
+
+ private:
+  RWLock& m_lock;
+};
+
+}  // namespace LTLib
+
+#endif  // LTLIB_FOUNDATION_RW_LOCK_H
