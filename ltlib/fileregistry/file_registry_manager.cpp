@@ -11,6 +11,7 @@
 #include "ltlib/fileregistry/list_text.h"
 #include "ltlib/fileregistry/store_files.h"
 #include "ltlib/fileregistry/tree_operations.h"
+#include "ltlib/fileregistry/tree_state.h"
 
 using namespace LTLib::detail;
 
@@ -31,9 +32,7 @@ std::unique_ptr<QSFileKeyHandle> makeHandle(void* key, const char* subKey) {
 
 // The six system constants lie where no object ever does.
 bool isPredefined(const void* key) {
-  const auto constant =
-      static_cast<std::uint64_t>(reinterpret_cast<std::intptr_t>(key)) + std::uint64_t{0x80000000u};
-  return constant <= 5;
+  return placeOfPredefined(key) <= 5;
 }
 
 QSFileKeyHandle* openHandle(void* key) {

@@ -25,10 +25,36 @@ std::uint64_t foldEight(std::uint64_t bytes) {
   return bytes - (letters >> 2);
 }
 
-std::uint64_t loadUpToEight(const char* bytes, std::size_t count) {
-  std::uint64_t loaded = 0;
-  std::memcpy(&loaded, bytes, count);
-  return loaded;
+template <class Word>
+std::uint64_t load(const char* bytes) {
+  Word word;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// A name of fewer than eight bytes, read by its two ends, which may overlap.
+std::uint64_t loadShort(std::string_view name) {
+  const std::size_t size = name.size();
+  if (size >= 4) {
+    return load<std::uint32_t>(name.data()) << 32 | load<std::uint32_t>(name.data() + size - 4);
+  }
+  if (size >= 2) {
+    return load<std::uint16_t>(name.data()) << 16 | load<std::uint16_t>(name.data() + size - 2);
+  }
+  return size == 1 ? load<std::uint8_t>(name.data()) : 0;
+}
+
+// Gives the place of each eight bytes of a longer name to `take`, the last of which may overlap
+// those before, while `take` gives true.
+template <class Take>
+bool eachEight(std::size_t size, Take take) {
+  constexpr std::size_t kEight = sizeof(std::uint64_t);
+  for (std::size_t place = 0; place + kEight < size; place += kEight) {
+    if (!take(place)) {
+      return false;
+    }
+  }
+  return take(size - kEight);
 }
 
 std::uint64_t mix(std::uint64_t hash, std::uint64_t eight) {
@@ -36,15 +62,29 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t eight) {
   return hash ^ (hash >> 29);
 }
 
+// A product's low bits know nothing of the high ones of its factors, which hold the last bytes of a
+// name: two rounds bring them down, since tables look at the low bits.
+std::uint64_t finish(std::uint64_t hash) {
+  hash = (hash ^ (hash >> 32)) * 0xD6E8FEB86659FD93u;
+  return hash ^ (hash >> 32);
+}
+
 }  // namespace
 
 bool equalNames(std::string_view left, std::string_view right) noexcept {
+  const auto equal = [](std::uint64_t a, std::uint64_t b) {
+    return a == b || foldEight(a) == foldEight(b);
+  };
   if (left.size() != right.size()) {
     return false;
   }
-  return std::memcmp(left.data(), right.data(), left.size()) == 0 ||
-         std::equal(left.begin(), left.end(), right.begin(),
-                    [](char a, char b) { return fold(a) == fold(b); });
+  if (left.size() < sizeof(std::uint64_t)) {
+    return equal(loadShort(left), loadShort(right));
+  }
+  return eachEight(left.size(), [&](std::size_t place) {
+    return equal(load<std::uint64_t>(left.data() + place),
+                 load<std::uint64_t>(right.data() + place));
+  });
 }
 
 std::string foldedName(std::string_view name) {
@@ -55,13 +95,14 @@ std::string foldedName(std::string_view name) {
 
 std::size_t hashOfName(std::string_view name) noexcept {
   std::uint64_t hash = name.size();
-  const char* bytes = name.data();
-  std::size_t left = name.size();
-  for (; left >= sizeof(std::uint64_t); left -= sizeof(std::uint64_t)) {
-    hash = mix(hash, loadUpToEight(bytes, sizeof(std::uint64_t)));
-    bytes += sizeof(std::uint64_t);
+  if (name.size() < sizeof(std::uint64_t)) {
+    return finish(mix(hash, loadShort(name)));
   }
-  return left > 0 ? mix(hash, loadUpToEight(bytes, left)) : hash;
+  eachEight(name.size(), [&](std::size_t place) {
+    hash = mix(hash, load<std::uint64_t>(name.data() + place));
+    return true;
+  });
+  return finish(hash);
 }
 
 }  // namespace LTLib::detail

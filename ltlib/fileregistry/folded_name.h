@@ -18,16 +18,6 @@ namespace LTLib::detail {
 /// Equal for equal names.
 [[nodiscard]] std::size_t hashOfName(std::string_view name) noexcept;
 
-struct NameHash {
-  std::size_t operator()(std::string_view name) const noexcept { return hashOfName(name); }
-};
-
-struct NameEqual {
-  bool operator()(std::string_view left, std::string_view right) const noexcept {
-    return equalNames(left, right);
-  }
-};
-
 }  // namespace LTLib::detail
 
 #endif  // LTLIB_FILEREGISTRY_FOLDED_NAME_H

@@ -1,18 +1,20 @@
 // Named nodes in order of arrival, with a quick way from a name to the first node that bears it.
 //
 // Several nodes may bear one name; look-ups and removals act on the first. Positions count from 0
-// and close up behind a removal. Short lists are searched as they stand; longer ones get an index.
+// and close up behind a removal. Short lists are searched as they stand; longer ones get an index
+// at their first look-up. A look-up may thus change the list's own state: it needs the lock as
+// well.
 #ifndef LTLIB_FILEREGISTRY_NODE_LIST_H
 #define LTLIB_FILEREGISTRY_NODE_LIST_H
 
 #include <cstddef>
 #include <memory>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "ltlib/fileregistry/folded_name.h"
+#include "ltlib/fileregistry/name_index.h"
 
 namespace LTLib::detail {
 
@@ -24,9 +26,8 @@ class NodeList {
   [[nodiscard]] Node& at(std::size_t position) const { return *m_nodes[m_gone + position]; }
 
   [[nodiscard]] Node* find(std::string_view name) const {
-    if (m_index != nullptr) {
-      const auto found = m_index->find(name);
-      return found != m_index->end() ? found->second.first : nullptr;
+    if (size() > kIndexedFrom) {
+      return wholeIndex().find(name);
     }
     for (std::size_t i = m_gone; i < m_nodes.size(); ++i) {
       if (equalNames(m_nodes[i]->name(), name)) {
@@ -37,20 +38,15 @@ class NodeList {
   }
 
   Node& append(std::unique_ptr<Node> node) {
-    Node& added = *node;
     m_nodes.push_back(std::move(node));
-    if (m_index != nullptr) {
-      enter(added);
-    } else if (size() > kIndexedFrom) {
-      buildIndex();
-    }
-    return added;
+    return *m_nodes.back();
   }
 
   /// Takes out a node of this list. It must be the first of its name.
   std::unique_ptr<Node> take(Node& node) {
     if (m_index != nullptr) {
-      leave(node);
+      wholeIndex().leave(node);
+      --m_indexed;
     }
     std::size_t place = m_gone;
     while (m_nodes[place].get() != &node) {
@@ -70,6 +66,7 @@ class NodeList {
     m_nodes.erase(m_nodes.begin(), m_nodes.begin() + static_cast<std::ptrdiff_t>(m_gone));
     m_gone = 0;
     m_index.reset();
+    m_indexed = 0;
     return std::exchange(m_nodes, {});
   }
 
@@ -78,36 +75,15 @@ class NodeList {
  private:
   static constexpr std::size_t kIndexedFrom = 8;
 
-  struct Namesakes {
-    Node* first;
-    Node* last;
-  };
-  using Index = std::unordered_map<std::string_view, Namesakes, NameHash, NameEqual>;
-
-  void buildIndex() {
-    m_index = std::make_unique<Index>();
-    for (std::size_t i = m_gone; i < m_nodes.size(); ++i) {
-      enter(*m_nodes[i]);
+  // Brought up to date at each look-up, so that nodes which are only appended cost nothing here.
+  NameIndex<Node>& wholeIndex() const {
+    if (m_index == nullptr) {
+      m_index = std::make_unique<NameIndex<Node>>(size());
     }
-  }
-
-  void enter(Node& node) {
-    node.setNextNamesake(nullptr);
-    const auto [place, isNew] = m_index->try_emplace(node.name(), Namesakes{&node, &node});
-    if (!isNew) {
-      place->second.last->setNextNamesake(&node);
-      place->second.last = &node;
+    for (; m_indexed < size(); ++m_indexed) {
+      m_index->enter(at(m_indexed));
     }
-  }
-
-  // The index looks at the name of the first namesake, so that the next one takes its place.
-  void leave(Node& node) {
-    const auto place = m_index->find(node.name());
-    const Namesakes rest{static_cast<Node*>(node.nextNamesake()), place->second.last};
-    m_index->erase(place);
-    if (rest.first != nullptr) {
-      m_index->try_emplace(rest.first->name(), rest);
-    }
+    return *m_index;
   }
 
   // Deleting a whole list from its front must not move all the others each time.
@@ -121,7 +97,8 @@ class NodeList {
 
   std::vector<std::unique_ptr<Node>> m_nodes;
   std::size_t m_gone = 0;  // empty places at the front
-  std::unique_ptr<Index> m_index;
+  mutable std::unique_ptr<NameIndex<Node>> m_index;
+  mutable std::size_t m_indexed = 0;  // so many nodes from the front are in the index
 };
 
 }  // namespace LTLib::detail

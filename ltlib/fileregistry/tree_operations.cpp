@@ -21,8 +21,22 @@ QSCfgDataSection& sectionOf(const QSFileKeyHandle& key) {
   return *cfgRootOf(key.root).section;
 }
 
+// A walk that ends in a backslash, or adds a section each time, has to be made each time.
+bool leadsBack(const std::string& path) {
+  return path.back() != '\\' && !lacksFirstComponent(path);
+}
+
 QSCfgDataSection* resolve(QSFileKeyHandle& key, bool create) {
-  return cfgResolveSection(key.path, sectionOf(key), create);
+  QSCfgRoot& root = cfgRootOf(key.root);
+  if (root.lastWalk.section != nullptr && root.lastWalk.path == key.path) {
+    return root.lastWalk.section;
+  }
+  QSCfgDataSection* section = cfgResolveSection(key.path, *root.section, create);
+  if (section != nullptr && leadsBack(key.path)) {
+    root.lastWalk.path = key.path;
+    root.lastWalk.section = section;
+  }
+  return section;
 }
 
 // The names that a path leads along; empty if it leads to no section.
@@ -182,6 +196,7 @@ bool cfgDeleteKey(QSFileKeyHandle& key) {
   cfgEnsureLoaded(key);
   const ScopedLock hold(treeLock());
   dropTrailingBackslash(key.path);
+  cfgRootOf(key.root).lastWalk.section = nullptr;
   QSCfgDataSection* parent = &sectionOf(key);
   if (lacksFirstComponent(key.path)) {
     return parent->removeSection(key.path);

@@ -28,6 +28,10 @@ constexpr std::array<enumRegRoot, 5> kOrder = {REG_ROOT_CURRENT_USER, REG_ROOT_U
                                                REG_ROOT_CLASSES_ROOT, REG_ROOT_CURRENT_CONFIG,
                                                REG_ROOT_LOCAL_MACHINE};
 
+// Where the root of each of the system's six handles stands in that order; one is no root of ours.
+constexpr std::array<std::size_t, 6> kPlaces = {2, 0, 4, 1, 4, 3};
+constexpr std::uint64_t kNoRoot = 4;
+
 void makeTree() {
   auto state = std::make_unique<TreeState>();
   for (std::size_t i = 0; i < kOrder.size(); ++i) {
@@ -53,22 +57,14 @@ StoreState& store() {
 }  // namespace
 
 bool isRootHandle(const void* handle) {
-  for (const enumRegRoot root : kOrder) {
-    if (handle == predefinedRootHandle(root)) {
-      return true;
-    }
-  }
-  return false;
+  const std::uint64_t place = placeOfPredefined(handle);
+  return place < kPlaces.size() && place != kNoRoot;
 }
 
 QSCfgRoot& cfgRootOf(const void* rootHandle) {
+  const std::uint64_t place = placeOfPredefined(rootHandle);
   std::array<QSCfgRoot, 5>& roots = tree().roots;
-  for (QSCfgRoot& candidate : roots) {
-    if (predefinedRootHandle(candidate.root) == rootHandle) {
-      return candidate;
-    }
-  }
-  return roots.back();
+  return place < kPlaces.size() ? roots[kPlaces[place]] : roots.back();
 }
 
 void makeRootSections() {

@@ -25,6 +25,13 @@ struct QSFileKeyHandle {
 /// How often the attempts to load a root have delivered each field, by folded path and name.
 using QSCfgDelivered = std::unordered_map<std::string, std::size_t>;
 
+/// The last walk along a key path that led to a section, so that the next operation on the same key
+/// need not repeat it. Void once any section goes.
+struct QSCfgLastWalk {
+  std::string path;
+  QSCfgDataSection* section = nullptr;
+};
+
 /// One registry root.
 struct QSCfgRoot {
   enumRegRoot root = REG_ROOT_NONE;
@@ -35,9 +42,16 @@ struct QSCfgRoot {
   bool loaded = false;                        // the store file was read to its end
   bool loadFailed = false;                    // the last attempt to read it failed
   QSCfgDelivered delivered;                   // by attempts that failed
+  QSCfgLastWalk lastWalk;
 };
 
 namespace LTLib::detail {
+
+/// How far a handle lies above the first of the six predefined ones of the system.
+[[nodiscard]] inline std::uint64_t placeOfPredefined(const void* handle) {
+  return static_cast<std::uint64_t>(reinterpret_cast<std::intptr_t>(handle)) +
+         std::uint64_t{0x80000000u};
+}
 
 /// The root that a handle's `root` names; HKEY_LOCAL_MACHINE for anything that is no root.
 /// Requires: the tree's lock is held.

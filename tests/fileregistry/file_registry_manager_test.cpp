@@ -313,6 +313,24 @@ TEST_F(FileManager, DeletesKeysWithoutSubKeys) {
   EXPECT_EQ(showRoot(kMachine), "D\nD/E|Default|1|0\n");
 }
 
+TEST_F(FileManager, FindsAKeyAnewAfterItWasDeleted) {
+  const OpenKey key(m_manager, REG_ROOT_LOCAL_MACHINE, "A\\B");
+  const OpenKey other(m_manager, REG_ROOT_USERS, "A\\B");
+  for (int round = 0; round < 3; ++round) {
+    EXPECT_EQ(key.text("n"), "<-1>");
+    EXPECT_EQ(key.setText("n", "x"), 0);
+    EXPECT_EQ(key.text("N"), "x");
+    EXPECT_EQ(other.text("n"), "<-1>");
+    EXPECT_EQ(m_manager.regDeleteKey(predefinedRootHandle(REG_ROOT_LOCAL_MACHINE), "a\\b"), 0);
+  }
+  // Each use takes one backslash off, so that it leads to another key.
+  const OpenKey ending(m_manager, REG_ROOT_CURRENT_CONFIG, "A\\\\B\\\\\\");
+  for (int round = 0; round < 4; ++round) {
+    EXPECT_EQ(ending.text("n"), "<-1>");
+  }
+  EXPECT_EQ(showRoot(REG_ROOT_CURRENT_CONFIG), "A\nA/\\B\\\\\nA/\\B\\\nA/\\B\n");
+}
+
 TEST_F(FileManager, RefusesWhatHasNoFormInAFile) {
   const struct {
     const char* path;

@@ -14,17 +14,10 @@ using namespace LTLib::Testing;
 
 namespace {
 
-// A debug build takes about two seconds for each test; sanitizers, which are much slower, get a
-// tenth of the sizes.
-#ifdef LTLIB_TEST_SANITIZED
-constexpr int kScale = 10;
-#else
-constexpr int kScale = 1;
-#endif
-constexpr int kSections = 10'000 / kScale;
-constexpr int kMany = 100'000 / kScale;
+constexpr int kSections = 10'000;
+constexpr int kMany = 100'000;
 constexpr int kStep = 7;  // not every one needs to be asked for
-constexpr std::size_t kLongText = 50'000'000 / kScale;
+constexpr std::size_t kLongText = 50'000'000;
 constexpr int kDepth = 1000;
 
 std::string numbered(const char* front, int number) {
