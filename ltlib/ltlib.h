@@ -9,6 +9,8 @@
 #include "ltlib/events/event_types.h"
 #include "ltlib/export.h"
 #include "ltlib/fileregistry/file_registry_manager.h"
+#include "ltlib/fileregistry/store_check.h"
+#include "ltlib/fileregistry/store_guard.h"
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/lt_string.h"

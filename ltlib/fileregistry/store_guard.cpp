@@ -1,0 +1,20 @@
+#include "ltlib/fileregistry/store_guard.h"
+
+#include "ltlib/fileregistry/store_files.h"
+#include "ltlib/fileregistry/tree_state.h"
+
+namespace LTLib {
+
+// All three are re-entrant; the tree's lock comes first, as in every operation on the tree.
+struct StoreGuard::Holds {
+  explicit Holds(const std::string& pathname) : tree(detail::treeLock()), store(pathname) {}
+
+  ScopedLock tree;
+  detail::StoreHold store;
+};
+
+StoreGuard::StoreGuard(const std::string& pathname) : m_holds(std::make_unique<Holds>(pathname)) {}
+
+StoreGuard::~StoreGuard() = default;
+
+}  // namespace LTLib

@@ -1,0 +1,163 @@
+#include "ltreg/arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <set>
+#include <string_view>
+#include <vector>
+
+#include "ltreg/commands.h"
+#include "ltreg/shown_text.h"
+
+namespace ltreg {
+namespace {
+
+constexpr char kAbout[] =
+    "Looks into a registry and changes it.\n\n"
+    "KEY is a root's name, a backslash and a path, as in 'HKLM\\Software\\Demo'. The roots are\n"
+    "HKLM, HKCU, HKCC, HKU and HKCR, or by their long names HKEY_LOCAL_MACHINE and so on, in any\n"
+    "letter case. Words of your own that begin with '-' go behind '--'.";
+
+constexpr char kFooter[] =
+    "\nExit codes: 0 done, 1 absent, 2 wrong usage, 3 bad input, 4 the store or its lock failed.\n"
+    "Data goes to standard output, everything else to standard error.\n"
+    "'ltreg COMMAND --help' tells about one command.";
+
+constexpr char kPlain = '\1';  // in front of a word that CLI11 must take as it is
+constexpr std::size_t kMostShown = 400;
+
+// One command under construction.
+class CommandOptions {
+ public:
+  CommandOptions(CLI::App& app, Invocation& invocation, const char* name, const char* about,
+                 Command command)
+      : m_command(*app.add_subcommand(name, about)), m_request(invocation.request) {
+    m_command.callback([&invocation, command] { invocation.command = command; });
+    m_command.add_option("--store", m_request.store,
+                         "The store file of the root, whatever the environment says");
+  }
+
+  CommandOptions& key(const char* name = "KEY") {
+    m_command.add_option(name, m_request.key, "Where to look")->required();
+    return *this;
+  }
+  CommandOptions& root(bool required) {
+    m_command.add_option("ROOT", m_request.key, "A root, as HKLM")->required(required);
+    return *this;
+  }
+  CommandOptions& name(bool required, const char* about) {
+    m_command.add_option("NAME", m_request.name, about)->required(required);
+    return *this;
+  }
+  CommandOptions& json() {
+    m_command.add_flag("--json", m_request.json, "Write JSON");
+    return *this;
+  }
+  CommandOptions& recursive() {
+    m_command.add_flag("-r,--recursive", m_request.recursive, "Delete the sub-keys, too");
+    return *this;
+  }
+  CommandOptions& typedValues() {
+    m_command
+        .add_option("--type", m_request.type,
+                    "The type; without it that of the present value, or else string")
+        ->check(CLI::IsMember(std::set<std::string>{"string", "ulong", "binary", "list"}));
+    m_command.add_option("VALUE", m_request.values, "The value; for a list, any number of items");
+    return *this;
+  }
+
+ private:
+  CLI::App& m_command;
+  Request& m_request;
+};
+
+std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
+  std::string command = "ltreg";
+  for (const CLI::App* chosen : app.get_subcommands()) {
+    command += ' ' + chosen->get_name();
+  }
+  const bool unexpected = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+  std::string what = error.what();
+  std::erase(what, kPlain);
+  return escapeControls(std::string_view(what).substr(0, kMostShown)) + " (see '" + command +
+         " --help'" +
+         (unexpected ? "; words of your own that begin with '-' go behind '--')" : ")");
+}
+
+// Marks the words that CLI11 would read as more than plain words: those behind "--", and those
+// that begin like its own notations for several values. The last word comes first, as it wants.
+std::vector<std::string> markPlainWords(int count, const char* const* words) {
+  constexpr std::string_view kNotations("[{%\1", 4);
+  std::vector<std::string> marked;
+  bool allPlain = false;
+  for (int i = 1; i < count; ++i) {
+    const std::string word = words[i];
+    if (!allPlain && word == "--") {
+      allPlain = true;
+    } else {
+      const bool plain = allPlain || kNotations.find(word[0]) != std::string_view::npos;
+      marked.push_back(plain ? kPlain + word : word);
+    }
+  }
+  std::reverse(marked.begin(), marked.end());
+  return marked;
+}
+
+void unmark(std::string& word) {
+  if (word.starts_with(kPlain)) {
+    word.erase(0, 1);
+  }
+}
+
+void unmark(Request& request) {
+  for (std::optional<std::string>* word : {&request.key, &request.name, &request.store}) {
+    if (*word) {
+      unmark(**word);
+    }
+  }
+  for (std::string& value : request.values) {
+    unmark(value);
+  }
+}
+
+}  // namespace
+
+Invocation parseArguments(int count, const char* const* words) {
+  Invocation asked;
+  CLI::App app(kAbout, "ltreg");
+  app.allow_windows_style_options(false);
+  app.set_version_flag("--version", "ltreg " LTREG_VERSION);
+  app.require_subcommand(1);
+  app.footer(kFooter);
+
+  CommandOptions list(app, asked, "list", "Sub-keys, and values with type and text", listKey);
+  list.key().json();
+  CommandOptions tree(app, asked, "tree", "A key and all below it", showTree);
+  tree.key().json();
+  CommandOptions get(app, asked, "get", "One value", getValue);
+  get.key().name(true, "The value; 'Default' is the key's default value").json();
+  CommandOptions set(app, asked, "set", "Set a value and save", setValue);
+  set.key().name(true, "The value; 'Default' is the key's default value").typedValues();
+  CommandOptions erase(app, asked, "delete", "Delete a value, or a key, and save", deleteEntry);
+  erase.key().name(false, "The value; without it the key goes").recursive();
+  CommandOptions path(app, asked, "path", "The file that holds a root", showPath);
+  path.root(true);
+  CommandOptions check(app, asked, "check", "What is wrong with store files", checkStores);
+  check.root(false);
+
+  try {
+    app.parse(markPlainWords(count, words));
+    unmark(asked.request);
+  } catch (const CLI::CallForHelp&) {
+    asked.text = app.help();
+    asked.command = nullptr;
+  } catch (const CLI::CallForVersion& version) {
+    asked.text = version.what();
+    asked.command = nullptr;
+  } catch (const CLI::ParseError& error) {
+    throw Failure(ExitCode::kUsage, usageMessage(app, error));
+  }
+  return asked;
+}
+
+}  // namespace ltreg

@@ -1,0 +1,44 @@
+#include "ltreg/backend.h"
+
+#include "ltlib/platform/tool_process.h"
+
+namespace ltreg {
+namespace {
+
+void bindStore(const std::string& store, enumRegRoot root) {
+  if (store.empty()) {
+    throw Failure(ExitCode::kBadInput, "--store names no file; give the pathname of a store file");
+  }
+  if (!LTLib::Platform::setEnvironmentVariable(LTLib::registryRootName(root), store)) {
+    throw Failure(ExitCode::kStoreFailed, "the environment has no room for the store's name");
+  }
+}
+
+}  // namespace
+
+Backend::Backend(const Request& request, enumRegRoot root) {
+  if (request.store) {
+    static QSFileRegistryManager s_files;
+    bindStore(*request.store, root);
+    m_manager = &s_files;
+    return;
+  }
+  m_manager = QSRegistryManager::GetInstance();
+  if (m_manager == nullptr) {
+    throw Failure(ExitCode::kStoreFailed, "the registry has ended already");
+  }
+  m_onFiles = dynamic_cast<QSFileRegistryManager*>(m_manager) != nullptr;
+}
+
+std::string Backend::storeOf(enumRegRoot root) const {
+  std::string pathname = m_manager->GetConfigurationPathname(root);
+  if (m_onFiles && pathname.empty()) {
+    throw Failure(ExitCode::kStoreFailed,
+                  std::string("the environment variable ") + LTLib::registryRootName(root) +
+                      " is set to nothing, so that the root has no store file; unset it, or give"
+                      " --store FILE");
+  }
+  return pathname;
+}
+
+}  // namespace ltreg

@@ -1,0 +1,21 @@
+#include "ltreg/output.h"
+
+#include "ltreg/failure.h"
+
+namespace ltreg {
+
+void Output::line(std::string_view text) {
+  m_failed = m_failed || m_stream == nullptr ||
+             std::fwrite(text.data(), 1, text.size(), m_stream) != text.size() ||
+             std::fputc('\n', m_stream) == EOF;
+}
+
+void Output::finish() {
+  m_failed = m_failed || (m_stream != nullptr && std::fflush(m_stream) != 0);
+  if (m_failed) {
+    throw Failure(ExitCode::kStoreFailed,
+                  "standard output cannot be written (is it closed, or its disk full?)");
+  }
+}
+
+}  // namespace ltreg

@@ -1,0 +1,30 @@
+// What the command line asks for.
+#ifndef LTREG_REQUEST_H
+#define LTREG_REQUEST_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ltreg/failure.h"
+#include "ltreg/output.h"
+
+namespace ltreg {
+
+/// The arguments of all commands; each uses those that belong to it, as they were given.
+struct Request {
+  std::optional<std::string> key;    // KEY or ROOT
+  std::optional<std::string> name;   // NAME
+  std::optional<std::string> type;   // --type
+  std::vector<std::string> values;   // VALUE...
+  std::optional<std::string> store;  // --store
+  bool json = false;
+  bool recursive = false;
+};
+
+/// Carries a request out. Throws Failure, and what the library throws.
+using Command = ExitCode (*)(const Request& request, Output& output);
+
+}  // namespace ltreg
+
+#endif  // LTREG_REQUEST_H

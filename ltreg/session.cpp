@@ -1,0 +1,153 @@
+#include "ltreg/session.h"
+
+#include <algorithm>
+
+#include "ltreg/key_argument.h"
+#include "ltreg/shown_text.h"
+#include "ltreg/store_messages.h"
+
+namespace ltreg {
+namespace {
+
+constexpr std::size_t kMostComplaints = 5;
+
+// The file backend enumerates neither the children of a root nor those of a key right below one.
+bool isShallow(const std::string& path) {
+  return path.find('\\') == std::string::npos;
+}
+
+bool contains(const std::vector<std::string>& names, std::string_view name) {
+  return std::any_of(names.begin(), names.end(),
+                     [&](const std::string& one) { return sameName(one, name); });
+}
+
+std::vector<std::string> shallowSubKeys(const LTLib::StoreReport& report, const std::string& path) {
+  std::vector<std::string> names;
+  for (const LTLib::StoreTopKey& top : report.topKeys) {
+    if (path.empty()) {
+      names.push_back(top.name);
+    } else if (sameName(top.name, path)) {
+      return top.subKeys;
+    }
+  }
+  return names;
+}
+
+}  // namespace
+
+Session::Session(const Request& request, enumRegRoot root, Access access)
+    : m_backend(request, root), m_root(root) {
+  if (onFiles()) {
+    openStore(access);
+  }
+}
+
+void Session::openStore(Access access) {
+  m_pathname = m_backend.storeOf(m_root);
+  try {
+    m_guard = std::make_unique<LTLib::StoreGuard>(m_pathname);
+    m_report = LTLib::checkStoreFile(m_pathname);
+  } catch (const QSException& failure) {
+    m_report.fault = LTLib::StoreFault{LTLib::StoreFaultKind::kLockFailed, 0, failure.What()};
+  } catch (const std::length_error& failure) {
+    m_report.fault = LTLib::StoreFault{LTLib::StoreFaultKind::kLockFailed, 0, failure.what()};
+  }
+  if (!m_report.loads()) {
+    throw Failure(ExitCode::kStoreFailed, whyNotLoaded(m_pathname, m_report));
+  }
+  complainOfWarnings();
+  // Any touch of the root loads the very text that was checked.
+  (void)open("").subKeys();
+  if (access == Access::kRead) {
+    m_guard.reset();
+  }
+}
+
+// The library reports empty values itself when it loads.
+void Session::complainOfWarnings() const {
+  std::size_t told = 0;
+  for (const LTLib::StoreFault& warning : m_report.warnings) {
+    if (warning.kind != LTLib::StoreFaultKind::kEmptyValue && told++ < kMostComplaints) {
+      complain("warning: " + placeOf(m_pathname, warning));
+    }
+  }
+  if (told > kMostComplaints) {
+    complain("warning: there is more; 'ltreg check' shows all");
+  }
+}
+
+KeyHandle Session::open(const std::string& path, int access) {
+  return KeyHandle(m_backend.manager(), m_root, path, access);
+}
+
+bool Session::keyExists(const std::string& path) {
+  if (!onFiles()) {
+    return open(path).isOpen();
+  }
+  return path.empty() ? m_report.exists
+                      : contains(subKeys(std::string(parentPath(path))), lastComponent(path));
+}
+
+std::vector<std::string> Session::subKeys(const std::string& path) {
+  return onFiles() && isShallow(path) ? shallowSubKeys(m_report, path) : open(path).subKeys();
+}
+
+std::vector<NamedValue> Session::values(const std::string& path) {
+  const KeyHandle key = open(path);
+  std::vector<NamedValue> values;
+  for (std::string& name : key.valueNames()) {
+    if (std::optional<Value> value = key.value(name)) {
+      values.push_back({std::move(name), std::move(*value)});
+    }
+  }
+  return values;
+}
+
+std::optional<Value> Session::value(const std::string& path, const std::string& name) {
+  // Reading a value of an absent key would add that key to the tree.
+  return keyExists(path) ? open(path).value(name) : std::nullopt;
+}
+
+int Session::setValue(const std::string& path, const std::string& name, unsigned int type,
+                      const std::string& bytes) {
+  if (onFiles()) {
+    return open(path, KEY_ALL_ACCESS).setValue(name, type, bytes);
+  }
+  void* made = nullptr;
+  const int result = m_backend.manager().regCreateKeyEx(
+      LTLib::predefinedRootHandle(m_root), path.c_str(), nullptr, 0,
+      static_cast<unsigned int>(KEY_ALL_ACCESS), &made, nullptr);
+  m_backend.manager().regCloseKey(made);
+  return result != 0 ? result : open(path, KEY_ALL_ACCESS).setValue(name, type, bytes);
+}
+
+int Session::deleteValue(const std::string& path, const std::string& name) {
+  return open(path, KEY_ALL_ACCESS).deleteValue(name);
+}
+
+int Session::deleteKey(const std::string& path) {
+  return m_backend.manager().regDeleteKey(LTLib::predefinedRootHandle(m_root), path.c_str());
+}
+
+void Session::save() {
+  if (m_backend.manager().saveConfiguration(m_root) != 0) {
+    const bool blocked = std::any_of(
+        m_report.warnings.begin(), m_report.warnings.end(),
+        [](const auto& warning) { return warning.kind == LTLib::StoreFaultKind::kNotSavable; });
+    throw Failure(ExitCode::kStoreFailed,
+                  "the store " + inQuotes(m_pathname) +
+                      " cannot be saved and was left as it was; " +
+                      (blocked ? "correct the lines that no save can write"
+                               : "see to it that its folder can be written, the disk has room, and"
+                                 " nothing but files bears its name with '_new' or '_old' behind"));
+  }
+}
+
+void Session::throwAbsent(const std::string& what) const {
+  const bool noFile = onFiles() && !m_report.exists;
+  throw Failure(ExitCode::kAbsent,
+                what + " does not exist" +
+                    (noFile ? "; there is no store file " + inQuotes(m_pathname) : std::string()));
+}
+
+}  // namespace ltreg

@@ -1,0 +1,61 @@
+// One root of the registry, opened for one command.
+#ifndef LTREG_SESSION_H
+#define LTREG_SESSION_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ltlib/ltlib.h"
+#include "ltreg/backend.h"
+#include "ltreg/key_handle.h"
+#include "ltreg/request.h"
+#include "ltreg/value.h"
+
+namespace ltreg {
+
+enum class Access { kRead, kWrite };
+
+class Session {
+ public:
+  /// Checks the root's store file, complains about its warnings and loads it. Throws Failure if it
+  /// does not load, so that it is never overwritten. For writing, other processes stay away from
+  /// the store to the end of the session, so that no change of theirs gets lost.
+  Session(const Request& request, enumRegRoot root, Access access);
+
+  [[nodiscard]] bool onFiles() const { return m_backend.onFiles(); }
+
+  // These look without adding anything. An absent key has no sub-keys and no values.
+  [[nodiscard]] bool keyExists(const std::string& path);
+  [[nodiscard]] std::vector<std::string> subKeys(const std::string& path);
+  [[nodiscard]] std::vector<NamedValue> values(const std::string& path);
+  [[nodiscard]] std::optional<Value> value(const std::string& path, const std::string& name);
+
+  // These give the manager's numbers: 0 is done.
+  [[nodiscard]] int setValue(const std::string& path, const std::string& name, unsigned int type,
+                             const std::string& bytes);
+  [[nodiscard]] int deleteValue(const std::string& path, const std::string& name);
+  [[nodiscard]] int deleteKey(const std::string& path);
+
+  /// Throws Failure if that is impossible; the store file is then as it was.
+  void save();
+
+  /// Ends a command for a key or value that is not there.
+  [[noreturn]] void throwAbsent(const std::string& what) const;
+
+ private:
+  void openStore(Access access);
+  void complainOfWarnings() const;
+  [[nodiscard]] KeyHandle open(const std::string& path, int access = KEY_READ);
+
+  Backend m_backend;
+  enumRegRoot m_root;
+  std::string m_pathname;  // empty unless the root lies in a store file
+  std::unique_ptr<LTLib::StoreGuard> m_guard;
+  LTLib::StoreReport m_report;
+};
+
+}  // namespace ltreg
+
+#endif  // LTREG_SESSION_H
