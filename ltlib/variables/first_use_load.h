@@ -2,6 +2,7 @@
 #ifndef LTLIB_VARIABLES_FIRST_USE_LOAD_H
 #define LTLIB_VARIABLES_FIRST_USE_LOAD_H
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -16,6 +17,12 @@ namespace LTLib::detail {
 /// Adds the values of the registry key %PublicVariables%, expanding that name through `manager`.
 /// A missing key and unreadable values are no failures; exceptions of the registry pass through.
 void loadPublicVariables(QSConfigVariableManager& manager);
+
+/// The two sources, in the order in which they are asked.
+struct FirstUseSources {
+  std::function<std::optional<std::string>()> readConfigFile = detail::readConfigFile;
+  std::function<void(QSConfigVariableManager&)> loadPublicVariables = detail::loadPublicVariables;
+};
 
 }  // namespace LTLib::detail
 

@@ -4,9 +4,9 @@
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
+#include <utility>
 
 #include "ltlib/variables/expansion.h"
-#include "ltlib/variables/first_use_load.h"
 
 namespace {
 
@@ -100,6 +100,9 @@ class QSConfigVariableManagerImpl::ResolvingSource final : public LTLib::detail:
   std::vector<QSVariableResolver*> m_resolvers;
 };
 
+QSConfigVariableManagerImpl::QSConfigVariableManagerImpl(LTLib::detail::FirstUseSources sources)
+    : m_sources(std::move(sources)) {}
+
 QSResult QSConfigVariableManagerImpl::AddVariable(const std::string& name,
                                                   const std::string& value) {
   if (holdsMark(name)) {
@@ -191,7 +194,7 @@ void QSConfigVariableManagerImpl::loadAtFirstUse() {
   if (!m_publicVariablesLoaded) {
     readConfigFile();
     const OriginScope scope(VariableOrigin::kPublicVariable);
-    LTLib::detail::loadPublicVariables(*this);
+    m_sources.loadPublicVariables(*this);
     m_publicVariablesLoaded = true;
   }
   m_publicVariablesLoading = false;
@@ -206,7 +209,7 @@ void QSConfigVariableManagerImpl::readConfigFile() {
   try {
     const OriginScope scope(VariableOrigin::kConfigFile);
     QSConfigVariableManager& manager = *this;
-    if (const std::optional<std::string> word = LTLib::detail::readConfigFile()) {
+    if (const std::optional<std::string> word = m_sources.readConfigFile()) {
       manager.SetVariable(kCurrentConfig, *word);
     }
   } catch (...) {

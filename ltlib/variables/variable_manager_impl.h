@@ -3,11 +3,13 @@
 #define LTLIB_VARIABLES_VARIABLE_MANAGER_IMPL_H
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "ltlib/variables/first_use_load.h"
 #include "ltlib/variables/table_lock.h"
 #include "ltlib/variables/variable_manager.h"
 #include "ltlib/variables/variable_report.h"
@@ -24,6 +26,8 @@ class QSConfigVariableManagerImpl final : public QSConfigVariableManager {
     LTLib::VariableOrigin origin;
   };
   using Variables = std::map<std::string, Variable, std::less<>>;
+
+  explicit QSConfigVariableManagerImpl(LTLib::detail::FirstUseSources sources = {});
 
   /// As GetInstance, for those who need more than the public class.
   static QSConfigVariableManagerImpl* instance();
@@ -49,6 +53,8 @@ class QSConfigVariableManagerImpl final : public QSConfigVariableManager {
   void loadAtFirstUse();
   void readConfigFile();
   QSResult define(std::string_view name, std::string_view value);
+
+  const LTLib::detail::FirstUseSources m_sources;
 
   // Guards the resolvers and the variables; never held while a resolver runs or anything outside
   // the table is read.

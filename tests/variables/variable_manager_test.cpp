@@ -1,14 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <latch>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
 #include "ltlib/platform/files.h"
+#include "ltlib/variables/first_use_load.h"
 #include "ltlib/variables/variable_manager_impl.h"
-#include "tests/support/environment.h"
 
 namespace {
 
@@ -19,39 +21,6 @@ constexpr QSResult kFailure = LTLib::kFailure;
 constexpr QSResult kAlreadyPresent = LTLib::kAlreadyPresent;
 constexpr QSResult kNotFound = LTLib::kNotFound;
 
-// What stands for config.dat: the calls in force give `content` in pieces of three bytes.
-class ConfigFile {
- public:
-  ConfigFile() : m_calls(Platform::fileCalls()) {
-    s_content = nullptr;
-    s_opened = 0;
-    Platform::FileCalls& calls = Platform::fileCalls();
-    calls.openForReading = [](const char* path) -> Platform::File* {
-      s_path = path;
-      ++s_opened;
-      s_read = 0;
-      return s_content != nullptr ? reinterpret_cast<Platform::File*>(&s_read) : nullptr;
-    };
-    calls.read = [](Platform::File&, char* buffer, std::size_t, std::size_t* taken) {
-      *taken = s_content->copy(buffer, 3, s_read);
-      s_read += *taken;
-      return Platform::FileResult::kDone;
-    };
-    calls.close = [](Platform::File*) { return Platform::FileResult::kDone; };
-  }
-  ~ConfigFile() { Platform::fileCalls() = m_calls; }
-  ConfigFile(const ConfigFile&) = delete;
-  ConfigFile& operator=(const ConfigFile&) = delete;
-
-  static inline const std::string* s_content;
-  static inline std::size_t s_read;
-  static inline int s_opened;
-  static inline std::string s_path;
-
- private:
-  Platform::FileCalls m_calls;
-};
-
 class VariableManager : public testing::Test {
  protected:
   VariableManager() { EXPECT_EQ(m_manager.AddVariables(LTLib::detail::s_defaultVariables), 0); }
@@ -61,13 +30,24 @@ class VariableManager : public testing::Test {
     return text;
   }
 
-  // The registry is empty and reads no file, and its own expansions go through the process's
-  // manager, whose load is over.
-  LTLib::Testing::ScopedEnvironment m_noStore{"HKEY_LOCAL_MACHINE", ""};
-  std::string m_empty;
-  QSResult m_processLoad = QSExpandString(m_empty);
-  ConfigFile m_config;
-  QSConfigVariableManagerImpl m_manager;
+  // What the first expansion finds, and the order in which it asks: c for the file, p for the
+  // public variables.
+  std::optional<std::string> m_configuration;
+  std::function<void(QSConfigVariableManager&)> m_publicVariables;
+  std::string m_asked;
+
+  QSConfigVariableManagerImpl m_manager{{.readConfigFile =
+                                             [this] {
+                                               m_asked += 'c';
+                                               return m_configuration;
+                                             },
+                                         .loadPublicVariables =
+                                             [this](QSConfigVariableManager& manager) {
+                                               m_asked += 'p';
+                                               if (m_publicVariables) {
+                                                 m_publicVariables(manager);
+                                               }
+                                             }}};
   QSResult m_result = 0;
 };
 
@@ -206,63 +186,64 @@ TEST_F(VariableManager, ResolversCannotHangOrTear) {
   EXPECT_EQ(text, "a%B%%A%");
 }
 
-TEST_F(VariableManager, ConfigFileNamesTheConfiguration) {
-  using namespace std::string_literals;
-  const std::pair<std::string, const char*> cases[] = {
-      {"one", "one"},
-      {" \t\r\n\v\f two three", "two"},
-      {"", ""},
-      {" \n ", ""},
-      {"%CompanyName%\nx", "Tarn Quillmere"},
-      {"a\0b c"s, "a"},
-      {"longer than a piece", "longer"},
+TEST_F(VariableManager, TheFirstExpansionAsksBothSourcesOnce) {
+  m_configuration = "filed";
+  m_publicVariables = [this](QSConfigVariableManager& manager) {
+    std::string key = "%PublicVariables%";
+    EXPECT_EQ(manager.ExpandString(key), 0);
+    EXPECT_EQ(key, "Software\\Tarn Quillmere\\Suite RZ 7.0\\filed\\Shared\\PublicVars");
+    EXPECT_EQ(manager.AddVariable("Mine", "public"), kAlreadyPresent);
+    EXPECT_EQ(manager.AddVariable("Pub%lic", ""), kFailure);
+    EXPECT_EQ(manager.AddVariable("Public", "%Mine%"), 0);
   };
-  for (const auto& [content, expected] : cases) {
-    QSConfigVariableManagerImpl manager;
-    manager.AddVariables(LTLib::detail::s_defaultVariables);
-    ConfigFile::s_content = &content;
-    ConfigFile::s_opened = 0;
-    std::string text = "plain";
-    EXPECT_EQ(manager.ExpandString(text), 0);
-    text = "%CurrentConfig%";
-    EXPECT_EQ(manager.ExpandString(text), 0);
-    EXPECT_EQ(text, expected);
-    EXPECT_EQ(ConfigFile::s_opened, 1);
-    EXPECT_TRUE(ConfigFile::s_path.ends_with("/config.dat")) << ConfigFile::s_path;
-  }
-}
-
-TEST_F(VariableManager, OnlyAnExpansionReadsTheConfigFileAndOnlyOnce) {
-  const std::string content = "filed";
-  ConfigFile::s_content = &content;
-  bool defined = false;
-  m_manager.IsVariableDefined("CurrentConfig", defined);
-  m_manager.AddVariable("A", "%CurrentConfig%");
-  m_manager.SetVariable("A", "<%CurrentConfig%>");
-  EXPECT_EQ(ConfigFile::s_opened, 0);
+  m_manager.AddVariable("Mine", "<%CurrentConfig%>");
+  EXPECT_EQ(m_manager.SetVariable("Public", ""), kNotFound);
+  EXPECT_EQ(m_asked, "");
   EXPECT_EQ(expanded(""), "");
-  EXPECT_EQ(ConfigFile::s_opened, 1);
+  EXPECT_EQ(m_asked, "cp");
+  EXPECT_EQ(expanded("%Public%"), "<filed>");
   EXPECT_EQ(m_manager.SetVariable("CurrentConfig", "mine"), 0);
-  EXPECT_EQ(expanded("%A%"), "<mine>");
-  EXPECT_EQ(ConfigFile::s_opened, 1);
+  EXPECT_EQ(expanded("%Public%"), "<mine>");
+  EXPECT_EQ(m_manager.RemoveVariable("Public"), 0);
+  EXPECT_EQ(m_asked, "cp");
+  QSREGISTRYVARIABLE late[] = {{"L1", "1"}, {"L2", "2"}, {"Mine", "3"}, {"L4", ""}, {}};
+  EXPECT_EQ(m_manager.AddVariables(late), kAlreadyPresent);
+  EXPECT_EQ(expanded("%L1%%L2%%L4%"), "12%L4%");
 }
 
 TEST_F(VariableManager, AProgramsConfigurationComesBeforeTheFile) {
-  const std::string content = "filed";
-  ConfigFile::s_content = &content;
+  m_configuration = "filed";
   EXPECT_EQ(m_manager.SetVariable("CurrentConfig", "mine"), 0);
   EXPECT_EQ(expanded("%CurrentConfig%"), "mine");
-  EXPECT_EQ(ConfigFile::s_opened, 0);
+  EXPECT_EQ(m_asked, "p");
+}
+
+TEST_F(VariableManager, AnEmptyConfigurationIsOne) {
+  m_configuration = "";
+  EXPECT_EQ(expanded("<%CurrentConfig%>"), "<>");
+}
+
+// The load is not tried again, and what it brought stays.
+TEST_F(VariableManager, AFailedLoadReachesTheCallerOnce) {
+  m_publicVariables = [](QSConfigVariableManager& manager) {
+    manager.AddVariable("Public", "first");
+    throw std::runtime_error("registry");
+  };
+  std::string text = "%Public%";
+  EXPECT_THROW(m_manager.ExpandString(text), std::runtime_error);
+  EXPECT_EQ(text, "%Public%");
+  EXPECT_EQ(expanded("%Public%"), "first");
+  EXPECT_EQ(m_asked, "cp");
 }
 
 TEST_F(VariableManager, ReportsWhereValuesCameFrom) {
-  const std::string content = "filed";
-  ConfigFile::s_content = &content;
+  m_configuration = "filed";
+  m_publicVariables = [](QSConfigVariableManager& manager) { manager.AddVariable("Public", ""); };
   m_manager.AddVariable("Mine", "%CompanyName%");
   m_manager.SetVariable("PortalVersion", "4.0");
   expanded("");
   const auto all = m_manager.report();
-  EXPECT_EQ(all.size(), 14u);
+  EXPECT_EQ(all.size(), 15u);
   const auto find = [&all](const char* name) {
     return *std::find_if(all.begin(), all.end(),
                          [name](const auto& row) { return row.name == name; });
@@ -273,6 +254,7 @@ TEST_F(VariableManager, ReportsWhereValuesCameFrom) {
   EXPECT_EQ(find("PortalVersion").origin, VariableOrigin::kChanged);
   EXPECT_EQ(find("CurrentConfig").value, "filed");
   EXPECT_EQ(find("CurrentConfig").origin, VariableOrigin::kConfigFile);
+  EXPECT_EQ(find("Public").origin, VariableOrigin::kPublicVariable);
 }
 
 // Expansions see one state of the table each, while others define, change and remove.
@@ -313,25 +295,41 @@ TEST_F(VariableManager, ReadersAndWritersMeet) {
 
 // A thread that expands while another is inside the load goes on with what is defined so far.
 TEST_F(VariableManager, OneThreadLoadsAndNobodyWaits) {
-  static std::latch inside(1);
-  static std::latch leave(1);
-  static std::atomic<int> loads{0};
-  Platform::fileCalls().openForReading = [](const char*) -> Platform::File* {
-    ++loads;
+  std::latch inside(1);
+  std::latch leave(1);
+  m_publicVariables = [&](QSConfigVariableManager& manager) {
+    manager.AddVariable("Early", "seen");
     inside.count_down();
     leave.wait();
-    return nullptr;
+    manager.AddVariable("Late", "unseen");
   };
-  std::thread loader([this] { expanded(""); });
+  std::thread loader([this] {
+    std::string text;
+    m_manager.ExpandString(text);
+  });
   inside.wait();
-  std::string text = "%CurrentConfig%";
-  EXPECT_EQ(m_manager.ExpandString(text), 0);
-  EXPECT_EQ(text, "default");
-  EXPECT_EQ(m_manager.SetVariable("CurrentConfig", "mine"), 0);
+  EXPECT_EQ(expanded("%Early%%Late%"), "seen%Late%");
   leave.count_down();
   loader.join();
-  EXPECT_EQ(expanded("%CurrentConfig%"), "mine");
-  EXPECT_EQ(loads, 1);
+  EXPECT_EQ(expanded("%Early%%Late%"), "seenunseen");
+  EXPECT_EQ(m_asked, "cp");
+}
+
+// A program that sets the configuration while the file is being read has the last word.
+TEST_F(VariableManager, AConfigurationSetDuringTheReadingStays) {
+  QSConfigVariableManagerImpl* manager = nullptr;
+  QSConfigVariableManagerImpl racing(
+      {.readConfigFile =
+           [&manager] {
+             std::thread([&manager] { manager->SetVariable("CurrentConfig", "mine"); }).join();
+             return std::optional<std::string>("filed");
+           },
+       .loadPublicVariables = [](QSConfigVariableManager&) {}});
+  manager = &racing;
+  racing.AddVariables(LTLib::detail::s_defaultVariables);
+  std::string text = "%CurrentConfig%";
+  EXPECT_EQ(racing.ExpandString(text), 0);
+  EXPECT_EQ(text, "mine");
 }
 
 TEST(TableLock, AWriterComesBeforeLaterReaders) {
@@ -358,6 +356,51 @@ TEST(TableLock, AWriterComesBeforeLaterReaders) {
   writer.join();
   reader.join();
   EXPECT_EQ(order, "wr");
+}
+
+// What stands for config.dat: the calls in force give the content in pieces of three bytes.
+class ConfigFile {
+ public:
+  ConfigFile() : m_calls(Platform::fileCalls()) {
+    s_content = nullptr;
+    Platform::FileCalls& calls = Platform::fileCalls();
+    calls.openForReading = [](const char* path) -> Platform::File* {
+      s_path = path;
+      s_read = 0;
+      return s_content != nullptr ? reinterpret_cast<Platform::File*>(&s_read) : nullptr;
+    };
+    calls.read = [](Platform::File&, char* buffer, std::size_t, std::size_t* taken) {
+      *taken = s_content->copy(buffer, 3, s_read);
+      s_read += *taken;
+      return Platform::FileResult::kDone;
+    };
+    calls.close = [](Platform::File*) { return Platform::FileResult::kDone; };
+  }
+  ~ConfigFile() { Platform::fileCalls() = m_calls; }
+  ConfigFile(const ConfigFile&) = delete;
+  ConfigFile& operator=(const ConfigFile&) = delete;
+
+  static inline const std::string* s_content;
+  static inline std::size_t s_read;
+  static inline std::string s_path;
+
+ private:
+  Platform::FileCalls m_calls;
+};
+
+TEST(ConfigFile, GivesItsFirstWord) {
+  using namespace std::string_literals;
+  const std::pair<std::string, const char*> cases[] = {
+      {"one", "one"}, {" \t\r\n\v\f two three", "two"},  {"", ""}, {" \n ", ""}, {"a\0b c"s, "a"},
+      {"\0b"s, ""},   {"longer than a piece", "longer"},
+  };
+  const ConfigFile file;
+  EXPECT_EQ(LTLib::detail::readConfigFile(), std::nullopt);
+  EXPECT_TRUE(ConfigFile::s_path.ends_with("config.dat")) << ConfigFile::s_path;
+  for (const auto& [content, expected] : cases) {
+    ConfigFile::s_content = &content;
+    EXPECT_EQ(LTLib::detail::readConfigFile(), expected) << content;
+  }
 }
 
 }  // namespace
