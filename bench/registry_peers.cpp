@@ -204,13 +204,12 @@ void Store::forget() {
 // The size first and then the data, as the registry objects do.
 std::size_t Store::read(const Place& place) {
   const OpenKey key(place.path);
-  std::array<char, 64> name{};
-  std::memcpy(name.data(), place.name.c_str(), place.name.size() + 1);
+  char* name = const_cast<char*>(place.name.c_str());  // which the call leaves alone
   unsigned int type = 0;
   unsigned int size = 0;
-  demand(manager().regQueryValueEx(key.get(), name.data(), &type, nullptr, &size) == 0);
+  demand(manager().regQueryValueEx(key.get(), name, &type, nullptr, &size) == 0);
   std::array<unsigned char, 64> data{};
-  demand(manager().regQueryValueEx(key.get(), name.data(), &type, data.data(), &size) == 0);
+  demand(manager().regQueryValueEx(key.get(), name, &type, data.data(), &size) == 0);
   return size;
 }
 

@@ -1,5 +1,6 @@
 #include "ltlib/fileregistry/file_form.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "ltlib/fileregistry/key_path.h"
@@ -9,8 +10,47 @@
 #include "ltlib/foundation/kqsresult.h"
 
 namespace LTLib::detail {
+namespace {
+
+bool has(std::string_view text, char byte) {
+  return text.find(byte) != std::string_view::npos;
+}
+
+bool isOneLine(std::string_view text) {
+  return !has(text, '\n') && !has(text, '\0');
+}
+
+// Names without any byte that the reader of a header looks for.
+bool isPlainPath(const std::vector<std::string_view>& names) {
+  return std::all_of(names.begin(), names.end(), [](std::string_view name) {
+    return !name.empty() && isOneLine(name) && !has(name, '\\') && !has(name, ']');
+  });
+}
+
+// A name that ends at its closing quote, and a text that ends with its line. In a quoted text no
+// byte but the line's end matters, since its last quote is the writer's.
+bool isPlainField(std::string_view name, QSCfgTypeCode code, std::string_view text) {
+  if (name.empty() || has(name, '"') || !isOneLine(name) || !isOneLine(text)) {
+    return false;
+  }
+  switch (code) {
+    case kCfgString:
+    case kCfgDir:
+      return true;
+    case kCfgULong:
+    case kCfgBinary:
+    case kCfgListString:
+      return !text.ends_with('\\');
+  }
+  return false;
+}
+
+}  // namespace
 
 bool headerComesBack(const std::vector<std::string_view>& names) {
+  if (isPlainPath(names)) {
+    return true;
+  }
   std::string header = "[";
   for (const std::string_view name : names) {
     header.append(name) += '\\';
@@ -29,6 +69,9 @@ bool headerComesBack(const std::vector<std::string_view>& names) {
 
 bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view text,
                     ListLines lines) {
+  if (isPlainField(name, code, text)) {
+    return true;
+  }
   const std::string written = cfgFieldLine(name, code, text);
   TextLineSource source(written);
   std::uint16_t count = 0;

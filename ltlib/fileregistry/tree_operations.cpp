@@ -56,22 +56,17 @@ std::vector<std::string_view> namesOfPath(std::string_view path) {
   return names;
 }
 
-QSCfgDataField* findField(const QSFileKeyHandle& key, const std::string& path,
-                          std::string_view name) {
-  std::string searched = path;
-  const QSCfgDataSection* section = cfgResolveSection(searched, sectionOf(key), false);
-  return section != nullptr ? section->findField(name) : nullptr;
-}
-
-// Looks before anything is added, so that a refusal leaves no sections behind.
-bool isRefused(QSFileKeyHandle& key, std::string_view name, std::string_view text,
+// Looks before anything is added, so that a refusal leaves no sections behind; the handle's path is
+// shortened by the walk that follows.
+bool isRefused(const QSFileKeyHandle& key, std::string_view name, std::string_view text,
                QSCfgTypeCode code) {
-  dropTrailingBackslash(key.path);
-  const std::vector<std::string_view> names = namesOfPath(key.path);
+  QSFileKeyHandle searched = key;
+  const QSCfgDataSection* section = resolve(searched, false);
+  const std::vector<std::string_view> names = namesOfPath(searched.path);
   if (names.empty()) {
     return false;
   }
-  const QSCfgDataField* field = findField(key, key.path, name);
+  const QSCfgDataField* field = section != nullptr ? section->findField(name) : nullptr;
   const ListLines lines = code == kCfgListString ? ListLines::kJoined : ListLines::kKept;
   return !headerComesBack(names) ||
          !fieldComesBack(name, field != nullptr ? field->type() : code, text, lines);
@@ -82,6 +77,7 @@ bool setText(QSFileKeyHandle& key, std::string_view name, std::string text, QSCf
              bool mayAdd) {
   const ScopedLock hold(treeLock());
   if (isRefused(key, name, text, code)) {
+    dropTrailingBackslash(key.path);
     return false;
   }
   QSCfgDataSection* section = resolve(key, true);

@@ -323,7 +323,12 @@ TEST_F(FileManager, FindsAKeyAnewAfterItWasDeleted) {
     EXPECT_EQ(other.text("n"), "<-1>");
     EXPECT_EQ(m_manager.regDeleteKey(predefinedRootHandle(REG_ROOT_LOCAL_MACHINE), "a\\b"), 0);
   }
-  // Each use takes one backslash off, so that it leads to another key.
+  // Each use takes one backslash off, so that it leads to another key, or to none.
+  const OpenKey twice(m_manager, REG_ROOT_CLASSES_ROOT, "A\\B\\\\");
+  EXPECT_EQ(twice.setText("n", "1"), 0);
+  EXPECT_EQ(showRoot(REG_ROOT_CLASSES_ROOT), "A\nA/B\n");
+  EXPECT_EQ(twice.setText("n", "2"), 0);
+  EXPECT_EQ(showRoot(REG_ROOT_CLASSES_ROOT), "A\nA/B|n|1|2\n");
   const OpenKey ending(m_manager, REG_ROOT_CURRENT_CONFIG, "A\\\\B\\\\\\");
   for (int round = 0; round < 4; ++round) {
     EXPECT_EQ(ending.text("n"), "<-1>");
