@@ -71,16 +71,24 @@ class CommandOptions {
   Request& m_request;
 };
 
+std::string unmarked(const std::string& word) {
+  return word.substr(word.starts_with(kPlain) ? 1 : 0);
+}
+
 std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
   std::string command = "ltreg";
   for (const CLI::App* chosen : app.get_subcommands()) {
     command += ' ' + chosen->get_name();
   }
+  const std::string help = " (see '" + command + " --help'";
+  const std::vector<std::string> unknown = app.remaining();
+  if (app.get_subcommands().empty() && !unknown.empty()) {
+    return inQuotes(unmarked(unknown.front())) + " is no command" + help + ')';
+  }
   const bool unexpected = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
   std::string what = error.what();
   std::erase(what, kPlain);
-  return escapeControls(std::string_view(what).substr(0, kMostShown)) + " (see '" + command +
-         " --help'" +
+  return escapeControls(std::string_view(what).substr(0, kMostShown)) + help +
          (unexpected ? "; words of your own that begin with '-' go behind '--')" : ")");
 }
 
@@ -103,20 +111,14 @@ std::vector<std::string> markPlainWords(int count, const char* const* words) {
   return marked;
 }
 
-void unmark(std::string& word) {
-  if (word.starts_with(kPlain)) {
-    word.erase(0, 1);
-  }
-}
-
 void unmark(Request& request) {
   for (std::optional<std::string>* word : {&request.key, &request.name, &request.store}) {
     if (*word) {
-      unmark(**word);
+      *word = unmarked(**word);
     }
   }
   for (std::string& value : request.values) {
-    unmark(value);
+    value = unmarked(value);
   }
 }
 

@@ -1,5 +1,6 @@
 #include "ltlib/fileregistry/store_check.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <new>
@@ -72,7 +73,8 @@ class Check {
   bool takeHeader(const std::string& line);
   void takeValue(const std::string& line);
   void judgeField(const QSCfgDataFieldString& field, const std::string& line);
-  void warn(Kind kind, const std::string& line);
+  void warn(Kind kind, const std::string& line) { warn({kind, m_begin, line}); }
+  void warn(StoreFault warning);
   void stop(Kind kind, const std::string& line) {
     m_report.fault = StoreFault{kind, m_begin, line.substr(0, kStoreFaultText)};
   }
@@ -83,6 +85,7 @@ class Check {
   QSCfgDataSection m_shallow{""};  // the upper two levels of keys
   std::size_t m_begin = 0;         // the line on which the present header or value begins
   std::size_t m_depth = 0;         // of the present key; 0 ahead of the first header
+  std::optional<StoreFault> m_unsavableHeader;  // of the present key, not told yet
 };
 
 void Check::run() {
@@ -122,8 +125,9 @@ bool Check::takeHeader(const std::string& line) {
   if (names.size() > 1) {
     top.findOrAddSection(names[1]);
   }
+  m_unsavableHeader.reset();
   if (!headerComesBack(names)) {
-    warn(Kind::kNotSavable, line);
+    m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, line};
   }
   m_depth = names.size();
   return true;
@@ -157,6 +161,10 @@ void Check::takeValue(const std::string& line) {
 
 void Check::judgeField(const QSCfgDataFieldString& field, const std::string& line) {
   ++m_report.valueCount;
+  // A key without values has no header in a file that is saved.
+  if (m_unsavableHeader) {
+    warn(*std::exchange(m_unsavableHeader, std::nullopt));
+  }
   if (m_depth == 1) {
     warn(Kind::kOutOfReach, line);
   }
@@ -165,9 +173,10 @@ void Check::judgeField(const QSCfgDataFieldString& field, const std::string& lin
   }
 }
 
-void Check::warn(Kind kind, const std::string& line) {
+void Check::warn(StoreFault warning) {
   if (m_report.warningCount++ < kMostStoreWarnings) {
-    m_report.warnings.push_back({kind, m_begin, line.substr(0, kStoreFaultText)});
+    warning.text.resize(std::min(warning.text.size(), kStoreFaultText));
+    m_report.warnings.push_back(std::move(warning));
   }
 }
 
