@@ -19,17 +19,18 @@ divided by the peer's, so that a number below 1 says that the library is faster.
 TEXT
 }
 
-# The best processor time of each benchmark in a CSV report, with the ratios to its peers.
+# From the names of all benchmarks in their own order and then a CSV report: the best processor time
+# of each, with the ratios to its peers.
 ratios() {
   awk -F, '
-    !started { started = /^name,/; next }
+    /^name,/ { started = 1; next }
+    !started { order[++count] = $0; next }
     {
       name = $1
       gsub(/"/, "", name)
       if (name ~ /_(mean|median|stddev|cv)$/ || $4 == "") next
       factor = $5 == "ms" ? 1e6 : $5 == "us" ? 1e3 : $5 == "s" ? 1e9 : 1
       time = (name ~ /real_time/ ? $3 : $4) * factor
-      if (!(name in best)) order[++count] = name
       if (!(name in best) || time < best[name]) best[name] = time
     }
     END {
@@ -54,9 +55,12 @@ ratios() {
 }
 
 run_bench() {
-  "$1" --benchmark_filter="$filter" --benchmark_repetitions="${REPETITIONS:-7}" \
-    --benchmark_min_time=0.05 --benchmark_enable_random_interleaving=true \
-    --benchmark_format=csv 2>/dev/null | ratios
+  {
+    "$1" --benchmark_filter="$filter" --benchmark_list_tests
+    "$1" --benchmark_filter="$filter" --benchmark_repetitions="${REPETITIONS:-7}" \
+      --benchmark_min_time=0.05 --benchmark_enable_random_interleaving=true \
+      --benchmark_format=csv 2>/dev/null
+  } | ratios
 }
 
 filter=.
