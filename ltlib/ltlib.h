@@ -2,6 +2,9 @@
 #ifndef LTLIB_LTLIB_H
 #define LTLIB_LTLIB_H
 
+#include "ltlib/component/class_report.h"
+#include "ltlib/component/dll_loader.h"
+#include "ltlib/component/instance_creation.h"
 #include "ltlib/component/iqsunknown.h"
 #include "ltlib/component/shared_object.h"
 #include "ltlib/events/dispatcher.h"

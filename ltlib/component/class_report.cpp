@@ -1,0 +1,17 @@
+#include "ltlib/component/class_report.h"
+
+#include "ltlib/component/dll_loader_tables.h"
+
+std::optional<LTLib::ClassReport> LTLib::reportClass(const iqsID& id) {
+  detail::DllLoaderTables* const tables = detail::dllLoaderTables();
+  if (tables == nullptr || id.text() == nullptr) {
+    return std::nullopt;
+  }
+  const iqsDllLoader::FactoryDll* const record = tables->factories.find(id.text());
+  if (record == nullptr) {
+    return std::nullopt;
+  }
+  const ScopedLock hold(tables->loadLock);
+  return ClassReport{record->dllPath, record->loadCount, record->module != nullptr,
+                     record->create != nullptr, record->loadFailure};
+}

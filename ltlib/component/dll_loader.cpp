@@ -1,0 +1,210 @@
+#include "ltlib/component/dll_loader.h"
+
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <utility>
+
+#include "ltlib/component/dll_loader_tables.h"
+#include "ltlib/platform/shared_library.h"
+#include "ltlib/registry/reg_value.h"
+
+namespace {
+
+using FactoryDll = iqsDllLoader::FactoryDll;
+using LTLib::ScopedLock;
+using LTLib::detail::DllLoaderTables;
+using LTLib::detail::dllLoaderTables;
+
+constexpr char kValueName[] = "InprocServer";
+constexpr std::size_t kTextSize = 1024;
+constexpr std::uint32_t kPinned = std::numeric_limits<std::uint32_t>::max();
+
+// A record keeps factories of both forms in one field. The type in between is the one that every
+// function may be cast to.
+iqsDllLoader::CreatePlain toPlain(iqsDllLoader::CreateUnknown create) {
+  return reinterpret_cast<iqsDllLoader::CreatePlain>(reinterpret_cast<void (*)()>(create));
+}
+
+iqsDllLoader::CreateUnknown fromPlain(iqsDllLoader::CreatePlain create) {
+  return reinterpret_cast<iqsDllLoader::CreateUnknown>(reinterpret_cast<void (*)()>(create));
+}
+
+char* copyOf(const char* text) {
+  const std::size_t size = std::strlen(text) + 1;
+  return static_cast<char*>(std::memcpy(new char[size], text, size));
+}
+
+void reportNoEntry(const char* id, char** error) {
+  if (error != nullptr) {
+    char text[kTextSize];
+    std::snprintf(text, sizeof text, "No DLL registered for CLSID %s", id);
+    *error = copyOf(text);
+  }
+}
+
+// A text that is there already is the one of an earlier failure, which tells more.
+void reportNoLoad(const FactoryDll& record, char** error) {
+  if (error != nullptr && *error == nullptr) {
+    char text[kTextSize];
+    std::snprintf(text, sizeof text, "DllLoader cannot load %s for CLSID %s",
+                  record.dllPath.c_str(), record.classId.c_str());
+    *error = copyOf(text);
+  }
+}
+
+// The class's record, made from its entry in the registry if need be; null without an entry.
+FactoryDll* findOrAddFactory(DllLoaderTables& tables, const char* id, char** error) {
+  if (FactoryDll* const known = tables.factories.find(id); known != nullptr) {
+    return known;
+  }
+  const ScopedLock hold(tables.tableLock);
+  if (FactoryDll* const known = tables.factories.find(id); known != nullptr) {
+    return known;
+  }
+  CQSRegValue entry(REG_ROOT_LOCAL_MACHINE, (std::string("%CLASSID%\\") + id).c_str(), kValueName);
+  char* path = nullptr;
+  if (entry.Read(kValueName, path) < 0) {
+    reportNoEntry(id, error);
+    return nullptr;
+  }
+  auto* const record = new FactoryDll(id, path);
+  tables.factories.add(*record);
+  return record;
+}
+
+// Whether the library is loaded, one more load being counted then. Since only a count of 0 leads to
+// a load or an unload, this needs no lock. A count at its top stays there.
+bool countIfLoaded(FactoryDll& record) {
+  std::uint32_t count = record.loadCount.load(std::memory_order_acquire);
+  while (count != 0 && count != kPinned &&
+         !record.loadCount.compare_exchange_weak(count, count + 1, std::memory_order_acq_rel,
+                                                 std::memory_order_acquire)) {
+  }
+  return count != 0;
+}
+
+// Whether this undoes the last load.
+bool countLastUnload(FactoryDll& record) {
+  std::uint32_t count = record.loadCount.load(std::memory_order_relaxed);
+  while (count != 0 && count != kPinned &&
+         !record.loadCount.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel,
+                                                 std::memory_order_relaxed)) {
+  }
+  return count == 1;
+}
+
+// False when the library does not load. Requires: the load lock.
+bool loadModule(FactoryDll& record) {
+  if (record.module == nullptr) {
+    record.loadFailure.clear();
+    record.module = LTLib::Platform::loadSharedLibrary(record.dllPath.c_str(), record.loadFailure);
+  }
+  return record.module != nullptr;
+}
+
+}  // namespace
+
+FactoryDll* iqsDllLoader::Load(const iqsID& id, char** error) {
+  DllLoaderTables* const tables = dllLoaderTables();
+  if (tables == nullptr || id.text() == nullptr) {
+    return nullptr;
+  }
+  FactoryDll* const record = findOrAddFactory(*tables, id.text(), error);
+  if (record == nullptr || countIfLoaded(*record)) {
+    return record;
+  }
+  const ScopedLock hold(tables->loadLock);
+  if (!loadModule(*record)) {
+    reportNoLoad(*record, error);
+    return nullptr;
+  }
+  if (!countIfLoaded(*record)) {
+    record->loadCount.store(1, std::memory_order_release);
+  }
+  return record;
+}
+
+void iqsDllLoader::Unload(FactoryDll* factory) {
+  DllLoaderTables* const tables = dllLoaderTables();
+  if (tables == nullptr || factory == nullptr) {
+    return;
+  }
+  const ScopedLock hold(tables->loadLock);
+  void* const module = factory->module;
+  if (module != nullptr && countLastUnload(*factory)) {
+    LTLib::Platform::unloadSharedLibrary(module);
+    factory->module = nullptr;
+  }
+}
+
+void* iqsDllLoader::CreateInstance(FactoryDll* factory) {
+  DllLoaderTables* const tables = dllLoaderTables();
+  if (tables == nullptr || factory == nullptr) {
+    return nullptr;
+  }
+  const ScopedLock holdLoads(tables->loadLock);
+  const ScopedLock hold(tables->factoryLock);
+  const CreatePlain create = factory->create;
+  return create != nullptr ? create() : nullptr;
+}
+
+void iqsDllLoader::ReleaseInstance(FactoryDll* factory, void* instance) {
+  DllLoaderTables* const tables = dllLoaderTables();
+  if (tables == nullptr || factory == nullptr || instance == nullptr) {
+    return;
+  }
+  const ScopedLock holdLoads(tables->loadLock);
+  const ScopedLock hold(tables->factoryLock);
+  const ReleasePlain release = factory->release;
+  if (release != nullptr) {
+    release(instance);
+  }
+}
+
+iqsDllLoader::CreateUnknown iqsDllLoader::iqsGetCreateInstance(const iqsID& id, char** error) {
+  const FactoryDll* const record = Load(id, error);
+  return record != nullptr ? fromPlain(record->create) : nullptr;
+}
+
+iqsDllLoader::Registrar::Registrar(const iqsID& id, CreateUnknown create) {
+  Register(id, toPlain(create), nullptr);
+}
+
+iqsDllLoader::Registrar::Registrar(const iqsID& id, CreatePlain create, ReleasePlain release) {
+  Register(id, create, release);
+}
+
+// An exception out of a static object would end the process.
+void iqsDllLoader::Registrar::Register(const iqsID& id, CreatePlain create, ReleasePlain release) {
+  DllLoaderTables* const tables = dllLoaderTables();
+  if (create == nullptr || id.text() == nullptr || tables == nullptr) {
+    return;
+  }
+  try {
+    FactoryDll* const record = findOrAddFactory(*tables, id.text(), nullptr);
+    if (record != nullptr) {
+      const ScopedLock hold(tables->factoryLock);
+      m_factory = record;
+      record->create = create;
+      record->release = release;
+    }
+  } catch (...) {
+    return;
+  }
+}
+
+iqsDllLoader::Registrar::~Registrar() {
+  DllLoaderTables* const tables = dllLoaderTables();
+  if (tables == nullptr) {
+    return;
+  }
+  const ScopedLock hold(tables->factoryLock);
+  if (FactoryDll* const record = std::exchange(m_factory, nullptr); record != nullptr) {
+    record->loadCount = 0;
+    record->module = nullptr;
+    record->create = nullptr;
+    record->release = nullptr;
+  }
+}

@@ -1,0 +1,26 @@
+// The loader's state, one for the process.
+#ifndef LTLIB_COMPONENT_DLL_LOADER_TABLES_H
+#define LTLIB_COMPONENT_DLL_LOADER_TABLES_H
+
+#include "ltlib/component/factory_dll.h"
+#include "ltlib/foundation/mutex.h"
+
+namespace LTLib::detail {
+
+/// The locks are taken in the order loadLock, factoryLock, tableLock. A thread that creates or
+/// releases an object takes loadLock, too: a factory may load a class, and a library that loads may
+/// register factories, so that without it two threads could wait for each other.
+struct DllLoaderTables {
+  FactoryIndex factories;
+  Mutex tableLock;    // additions to `factories`; held across the look-up in the registry
+  Mutex loadLock;     // modules and their counts; held while a library loads or goes
+  Mutex factoryLock;  // factories and release functions; held while one runs
+};
+
+/// Null when they could not be made. Never freed: the registrars of a library that goes at the end
+/// of the process still need them.
+[[nodiscard]] DllLoaderTables* dllLoaderTables();
+
+}  // namespace LTLib::detail
+
+#endif  // LTLIB_COMPONENT_DLL_LOADER_TABLES_H

@@ -1,0 +1,84 @@
+#include "ltlib/component/instance_creation.h"
+
+#include <memory>
+#include <sstream>
+
+#include "ltlib/component/dll_loader.h"
+#include "lttracer/tracer.h"
+
+namespace {
+
+// The site by which readers of traces know a failed creation.
+constexpr char kSource[] = "iqsunknown";
+constexpr long kLine = 163;
+constexpr char kTag[] = "TRACE_MODULE_NAME:";
+
+void traceFailure(const iqsID& id) {
+  std::stringstream text;
+  Tracer::_internal_::Warning(text << "QSLT: Failed to create an instance"
+                                   << " : " << (id.text() != nullptr ? id.text() : ""),
+                              kSource, kLine, kTag, "iqs_CoCreateInstance");
+}
+
+iqsDllLoader::CreateUnknown factoryOf(const iqsID& id, std::string& error) {
+  char* text = nullptr;
+  const iqsDllLoader::CreateUnknown factory = iqsDllLoader::iqsGetCreateInstance(id, &text);
+  const std::unique_ptr<char[]> owner(text);
+  if (text != nullptr) {
+    error = text;
+  }
+  return factory;
+}
+
+// The new object; null when there is none, and then a negative `result` of the factory is kept.
+iqsCUnknown* make(iqsDllLoader::CreateUnknown factory, iqsUnknown* outer, QSResult& result,
+                  std::string& error) {
+  iqsCUnknown* object = nullptr;
+  QSResult made = LTLib::kSuccess;
+  try {
+    made = factory(outer, &object);
+  } catch (const QSException& failure) {
+    error = failure.What();
+    return nullptr;
+  } catch (const std::exception& failure) {
+    error = failure.what();
+    return nullptr;
+  }
+  if (made < 0) {
+    result = made;
+    return nullptr;
+  }
+  return object;
+}
+
+// Completes the object and hands out its public face. The factory's reference is given back either
+// way, which ends an object that did not succeed.
+QSResult handOut(iqsCUnknown& object, void** out) {
+  QSResult result = object.Init();
+  if (result >= 0) {
+    result = object.InnerQueryInterface(LTLib::kUnknownID, out);
+  }
+  object.InnerRelease();
+  return result;
+}
+
+}  // namespace
+
+QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, void** out, std::string& error) {
+  if (outer != nullptr && !(id == LTLib::kUnknownID)) {
+    return LTLib::kNotAvailable;
+  }
+  const iqsDllLoader::CreateUnknown factory = factoryOf(id, error);
+  QSResult result = LTLib::kNotAvailable;
+  iqsCUnknown* const object = factory != nullptr ? make(factory, outer, result, error) : nullptr;
+  if (object == nullptr) {
+    traceFailure(id);
+    return result;
+  }
+  return handOut(*object, out);
+}
+
+QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, void** out) {
+  std::string error;
+  return iqs_CoCreateInstance(outer, id, out, error);
+}
