@@ -85,7 +85,7 @@ void replaceStore(const QSCfgDataSection& section, const std::string& pathname) 
 }
 
 // Whether the root's tree is what has to be written. The file of a root that was never touched is
-// its state as it stands.
+// its state as it stands; what was not read yet is read first, so that no save loses it.
 bool readyToSave(QSCfgRoot& root, const std::string& pathname) {
   if (!root.touched) {
     const std::string own = cfgDefaultPathname(root.root);
@@ -94,8 +94,8 @@ bool readyToSave(QSCfgRoot& root, const std::string& pathname) {
     }
     root.touched = true;
     makeRootSections();
-    loadStep(root);
-  } else if (root.loadFailed) {
+  }
+  if (!root.loaded) {
     loadStep(root);
   }
   if (root.loadFailed) {
