@@ -1,6 +1,7 @@
 #include "ltreg/session.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "ltreg/key_argument.h"
 #include "ltreg/shown_text.h"

@@ -33,8 +33,10 @@ std::string placeOf(const std::string& pathname, const LTLib::StoreFault& fault)
 }
 
 std::string whyNotLoaded(const std::string& pathname, const LTLib::StoreReport& report) {
-  return "the store does not load and was left alone: " + placeOf(pathname, *report.fault) + " (" +
-         adviceOn(report.fault->kind) + ')';
+  const bool locked = report.fault->kind == LTLib::StoreFaultKind::kLockFailed;
+  return (locked ? "the store was not looked at: "
+                 : "the store does not load and was left alone: ") +
+         placeOf(pathname, *report.fault) + " (" + adviceOn(report.fault->kind) + ')';
 }
 
 }  // namespace ltreg
