@@ -2,11 +2,47 @@
 
 #include <utility>
 
+#include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/rw_lock_impl.h"
 
 namespace LTLib {
 
 using Platform::EventReset;
+
+namespace {
+
+using State = RWLockImpl::State;
+
+constexpr std::uint64_t kStateBits = 3;
+constexpr std::uint64_t kReadEventOpen = 4;  // since readers were let in that had waited
+constexpr std::uint64_t kOneReader = 8;
+constexpr std::uint64_t kOneWriter = std::uint64_t{1} << 33;
+
+State stateOf(std::uint64_t word) {
+  return static_cast<State>(word & kStateBits);
+}
+
+std::uint64_t withState(std::uint64_t word, State state) {
+  return (word & ~kStateBits) | static_cast<std::uint64_t>(state);
+}
+
+std::uint32_t readersOf(std::uint64_t word) {
+  return static_cast<std::uint32_t>(word % kOneWriter / kOneReader);
+}
+
+std::uint32_t writersOf(std::uint64_t word) {
+  return static_cast<std::uint32_t>(word / kOneWriter);
+}
+
+// Looks at the readers first, so that a waiting reader always beats a waiting writer.
+std::uint64_t admitted(std::uint64_t word) {
+  if (readersOf(word) != 0) {
+    return withState(word, State::kReading) | kReadEventOpen;
+  }
+  return withState(word, writersOf(word) != 0 ? State::kWriting : State::kFree);
+}
+
+}  // namespace
 
 RWLockImpl::RWLockImpl(EventMaker makeEvent)
     : m_readEvent(RWLockImpl::makeEvent(makeEvent, EventReset::kManual)),
@@ -22,58 +58,73 @@ RWLockImpl::EventHandle RWLockImpl::makeEvent(EventMaker maker, EventReset reset
 
 // Who is let in at once need not look at an event: the events are for those that wait.
 void RWLockImpl::readLock() {
-  {
-    const ScopedLock hold(m_lock);
-    ++m_readers;
-    if (m_state != State::kWriting) {
-      m_state = State::kReading;
-      return;
+  Word now = m_word.load(std::memory_order_relaxed);
+  Word next = 0;
+  do {
+    next = now + kOneReader;
+    if (stateOf(now) == State::kFree) {
+      next = withState(next, State::kReading);
     }
+  } while (!m_word.compare_exchange_weak(now, next, std::memory_order_acq_rel,
+                                         std::memory_order_relaxed));
+  if (stateOf(now) == State::kWriting) {
+    Platform::waitForEvent(*m_readEvent);
   }
-  Platform::waitForEvent(*m_readEvent);
 }
 
 void RWLockImpl::writeLock() {
-  {
-    const ScopedLock hold(m_lock);
-    ++m_writers;
-    if (m_state == State::kFree) {
-      m_state = State::kWriting;
-      return;
+  Word now = m_word.load(std::memory_order_relaxed);
+  Word next = 0;
+  do {
+    next = now + kOneWriter;
+    if (stateOf(now) == State::kFree) {
+      next = withState(next, State::kWriting);
     }
+  } while (!m_word.compare_exchange_weak(now, next, std::memory_order_acq_rel,
+                                         std::memory_order_relaxed));
+  if (stateOf(now) != State::kFree) {
+    Platform::waitForEvent(*m_writeEvent);
   }
-  Platform::waitForEvent(*m_writeEvent);
 }
 
 void RWLockImpl::unlock() {
-  const ScopedLock hold(m_lock);
-  if (m_state == State::kReading) {
-    if (--m_readers != 0) {
-      return;
-    }
-    Platform::resetEvent(*m_readEvent);
-  } else if (m_state == State::kWriting) {
-    --m_writers;
-  }
-  admit();
-}
-
-// Looks at the readers first, so that a waiting reader always beats a waiting writer.
-void RWLockImpl::admit() {
-  if (m_readers != 0) {
-    m_state = State::kReading;
-    Platform::setEvent(*m_readEvent);
-  } else if (m_writers != 0) {
-    m_state = State::kWriting;
+  Word now = m_word.load(std::memory_order_relaxed);
+  Word next = 0;
+  do {
+    next = afterUnlock(now);
+  } while (!m_word.compare_exchange_weak(now, next, std::memory_order_acq_rel,
+                                         std::memory_order_relaxed));
+  if (stateOf(next) == State::kWriting) {
     Platform::setEvent(*m_writeEvent);
-  } else {
-    m_state = State::kFree;
+  } else if (stateOf(next) == State::kReading && stateOf(now) == State::kWriting) {
+    Platform::setEvent(*m_readEvent);
   }
 }
 
-RWLockImpl::Counts RWLockImpl::counts() {
-  const ScopedLock hold(m_lock);
-  return {m_readers, m_writers, m_state};
+// The last reader closes the event while it still counts: everybody that waited is through by
+// then, and nobody opens the event again before this reader has left.
+RWLockImpl::Word RWLockImpl::afterUnlock(Word now) {
+  switch (stateOf(now)) {
+    case State::kReading:
+      now -= kOneReader;
+      if (readersOf(now) != 0) {
+        return now;
+      }
+      if ((now & kReadEventOpen) != 0) {
+        Platform::resetEvent(*m_readEvent);
+        now &= ~kReadEventOpen;
+      }
+      return admitted(now);
+    case State::kWriting:
+      return admitted(now - kOneWriter);
+    default:
+      return now;
+  }
+}
+
+RWLockImpl::Counts RWLockImpl::counts() const {
+  const Word now = m_word.load();
+  return {readersOf(now), writersOf(now), stateOf(now)};
 }
 
 RWLock::RWLock() : m_impl(new RWLockImpl) {}

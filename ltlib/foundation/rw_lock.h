@@ -17,7 +17,7 @@
 // again while it reads, with one more unlock; any other lock by a thread that holds this one waits
 // for itself.
 //
-// Failure: QSException with 0x80004005 when the system refuses the inner lock or an event.
+// Failure: QSException with 0x80004005 when the system refuses an event at construction.
 #ifndef LTLIB_FOUNDATION_RW_LOCK_H
 #define LTLIB_FOUNDATION_RW_LOCK_H
 

@@ -1,11 +1,12 @@
-// The state behind a reader-writer lock.
+// The state behind a reader-writer lock: one word, which changes in one step, and two events for
+// those that have to wait.
 #ifndef LTLIB_FOUNDATION_RW_LOCK_IMPL_H
 #define LTLIB_FOUNDATION_RW_LOCK_IMPL_H
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
-#include "ltlib/foundation/mutex.h"
 #include "ltlib/platform/event.h"
 
 namespace LTLib {
@@ -28,7 +29,7 @@ class RWLockImpl {
   void writeLock();
   void unlock();
 
-  Counts counts();
+  Counts counts() const;
 
  private:
   struct EventEnd {
@@ -36,15 +37,15 @@ class RWLockImpl {
   };
   using EventHandle = std::unique_ptr<Platform::Event, EventEnd>;
 
-  static EventHandle makeEvent(EventMaker maker, Platform::EventReset reset);
-  void admit();
+  // The state, whether the read event is open, the readers and the writers, from the low bits on.
+  using Word = std::uint64_t;
 
-  Mutex m_lock;  // guards what follows, and is never held during a wait
+  static EventHandle makeEvent(EventMaker maker, Platform::EventReset reset);
+  Word afterUnlock(Word now);
+
   EventHandle m_readEvent;
   EventHandle m_writeEvent;
-  std::uint32_t m_readers = 0;
-  std::uint32_t m_writers = 0;
-  State m_state = State::kFree;
+  std::atomic<Word> m_word{0};
 };
 
 }  // namespace LTLib

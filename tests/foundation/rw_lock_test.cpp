@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/rw_lock_impl.h"
 
 namespace {
