@@ -153,8 +153,8 @@ write_from_two_processes() {
   local left right
   mkdir shared
   export HKEY_LOCAL_MACHINE=$work/shared/HKEY_LOCAL_MACHINE.cfg
-  say "Two loops change one store at the same time. A save writes the whole root as its process" \
-    "read it, so that the last of two that overlap stands; but no line is ever torn:"
+  say "Two loops change one store at the same time. ltreg holds the folder's lock from before it" \
+    "reads to the end of its save, so that none of the 50 values is lost and no line is torn:"
   set_in_a_loop Left & left=$!
   set_in_a_loop Right & right=$!
   wait "$left"

@@ -9,17 +9,19 @@
 //
 // A class registers one of two kinds of factory, and is created by the route of that kind:
 //
-// | form    | the factory makes                    | route |
-// |---------|--------------------------------------|------------------------------------------------|
-// | unknown | a component with a count of its own  | iqs_CoCreateInstance; nothing is unloaded | |
-// plain   | any object                           | Load, CreateInstance, ReleaseInstance, Unload  |
+// | form    | the factory makes                   | route                                         |
+// |---------|-------------------------------------|-----------------------------------------------|
+// | unknown | a component with a count of its own | iqs_CoCreateInstance; nothing is unloaded     |
+// | plain   | any object                          | Load, CreateInstance, ReleaseInstance, Unload |
 //
-// | record   | count     | factory                         | how it is reached |
-// |----------|-----------|---------------------------------|-----------------------------------------|
-// | known    | 0         | none                            | the first look-up; a load that failed
-// | | filled   | 0         | set                             | the library came in for another
-// class   | | loaded   | 1 or more | set, none if it registered none | Load | | unloaded | 0 | none
-// once the library has gone  | the last Unload                         |
+// | record   | count     | factory                  | how it is reached                           |
+// |----------|-----------|--------------------------|---------------------------------------------|
+// | known    | 0         | none                     | the first look-up; a load that failed       |
+// | filled   | 0         | set                      | the library came in for another class       |
+// | loaded   | 1 or more | set, or none where the   | Load                                        |
+// |          |           | library registered none  |                                             |
+// | unloaded | 0         | none once the library is | the last Unload                             |
+// |          |           | gone                     |                                             |
 //
 // Threads: every operation may be called from any thread at any time. Libraries are loaded and
 // unloaded by one thread at a time, and plain objects created and released by one thread at a time,
