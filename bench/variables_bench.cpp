@@ -68,8 +68,8 @@ void replaceOnceByHand(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-BENCHMARK(expandLeaves)->Arg(1)->Arg(100)->Arg(100000);
-BENCHMARK(replaceOnceByHand)->Arg(1)->Arg(100)->Arg(100000);
+BENCHMARK(expandLeaves)->Name("expandLeaves<QSExpandString>")->Arg(1)->Arg(100)->Arg(100000);
+BENCHMARK(replaceOnceByHand)->Name("expandLeaves<by hand>")->Arg(1)->Arg(100)->Arg(100000);
 
 #ifdef LTLIB_BENCH_ABSL_STRINGS
 void replaceAllByAbsl(benchmark::State& state) {
@@ -81,7 +81,11 @@ void replaceAllByAbsl(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK(replaceAllByAbsl)->Arg(1)->Arg(100)->Arg(100000);
+BENCHMARK(replaceAllByAbsl)
+    ->Name("expandLeaves<absl::StrReplaceAll>")
+    ->Arg(1)
+    ->Arg(100)
+    ->Arg(100000);
 #endif
 
 // The path of a class, as the registry objects ask for it: six levels deep.
