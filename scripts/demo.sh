@@ -12,7 +12,8 @@ fi
 step "install packages" install_packages "${build_packages[@]}" "${tool_packages[@]}"
 step "build release" build release
 
-ltreg=$PWD/build/release/bin/ltreg
+bin=$PWD/build/release/bin
+ltreg=$bin/ltreg
 work=$(mktemp -d)
 writer=
 trap 'report_failed_step; [ -z "$writer" ] || kill -9 "$writer" 2>/dev/null; rm -rf "$work"' EXIT
@@ -166,9 +167,22 @@ write_from_two_processes() {
   show ltreg list 'HKLM\Software\Demo' | tail -n 5
 }
 
+# A program of its own: examples/settings.
+keep_settings_of_a_program() {
+  local settings=$bin/settings
+  export HKEY_CURRENT_USER=$work/settings.cfg
+  say "A program keeps its settings under a path of its own variables, and finds them again:"
+  "$settings" write
+  "$settings" show
+  show cat settings.cfg
+  "$settings" clear
+  unset HKEY_CURRENT_USER
+}
+
 step "write a store" write_small_store
 step "read it" read_values
 step "change it" change_values
 step "make one process wait for another" wait_for_another_process
 step "kill a process that saves" survive_a_killed_process
 step "change one store from two processes" write_from_two_processes
+step "keep the settings of a program" keep_settings_of_a_program

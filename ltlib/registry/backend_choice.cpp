@@ -37,3 +37,9 @@ QSRegistryManager* QSRegistryManager::GetInstance() {
   ltDoOnce(s_once, buildInstance);
   return s_instance.load(std::memory_order_acquire);
 }
+
+std::unique_ptr<QSRegistryManagerImpl> LTLib::detail::replaceInstance(
+    std::unique_ptr<QSRegistryManagerImpl> instance) {
+  (void)QSRegistryManager::GetInstance();
+  return std::unique_ptr<QSRegistryManagerImpl>(s_instance.exchange(instance.release()));
+}

@@ -1,6 +1,7 @@
 #include "ltlib/registry/reg_key.h"
 
-#include <vector>
+#include <deque>
+#include <string_view>
 
 #include "ltlib/registry/reg_enum.h"
 #include "ltlib/variables/variable_manager.h"
@@ -9,6 +10,15 @@ using LTLib::kFailure;
 using LTLib::kSuccess;
 using LTLib::predefinedRootHandle;
 using LTLib::resultFromSystemError;
+
+namespace {
+
+// Backslashes at the end may be passed over by a backend, and so make no difference.
+bool namesLongerPath(std::string_view path, std::string_view other) {
+  return path.find_last_not_of('\\') + 1 > other.find_last_not_of('\\') + 1;
+}
+
+}  // namespace
 
 CQSRegKey::CQSRegKey(enumRegRoot root, const char* path) {
   (void)SetKey(root, path);
@@ -23,7 +33,9 @@ CQSRegKey::CQSRegKey(const CQSRegKey& other) : m_path(other.m_path), m_root(othe
 }
 
 CQSRegKey& CQSRegKey::operator=(const CQSRegKey& other) {
-  (void)SetKey(other.m_root, other.GetPath());
+  m_root = other.m_root;
+  m_path = other.m_path;
+  (void)QSExpandString(m_path);
   return *this;
 }
 
@@ -58,26 +70,23 @@ QSResult CQSRegKey::deleteItself() {
 
 // Goes down to the deepest first child again and again, since each deletion moves the others up.
 QSResult CQSRegKey::DeleteKey(bool recursive) {
-  if (!recursive) {
-    return deleteItself();
-  }
-  std::vector<CQSRegKey> pending(1, *this);
-  while (!pending.empty()) {
-    CQSRegKey& last = pending.back();
+  std::deque<CQSRegKey> below;
+  for (;;) {
+    CQSRegKey& last = below.empty() ? *this : below.back();
     CQSRegKey child;
-    if (CQSRegEnumKey(last.m_root, last.GetPath()).GetFirst(child) >= 0) {
+    if (recursive && CQSRegEnumKey(last.m_root, last.GetPath()).GetFirst(child) >= 0) {
       // A child's name is expanded too. One that leads back up must not be followed for ever.
-      if (child.m_path.size() <= last.m_path.size()) {
+      if (!namesLongerPath(child.m_path, last.m_path)) {
         return kFailure;
       }
-      pending.push_back(child);
-    } else if (const QSResult result = last.deleteItself(); result < 0) {
-      return result;
-    } else {
-      pending.pop_back();
+      below.push_back(child);
+      continue;
     }
+    if (const QSResult result = last.deleteItself(); result < 0 || below.empty()) {
+      return result;
+    }
+    below.pop_back();
   }
-  return kSuccess;
 }
 
 bool CQSRegKey::IsCreated() {

@@ -5,7 +5,8 @@
 // its work and closes it again.
 // Failure: a negative QSResult: 0x80004005, or the backend's number: a positive one gives its low
 // 16 bits or'ed with 0x80070000, -1 passes unchanged. Once the library has ended every operation
-// gives 0x80004005.
+// gives 0x80004005. The first expansion of a process and the first touch of a root read a store;
+// what that throws (QSException) passes through, with nothing left open.
 //
 // References of the form %NAME% in a path are replaced when the path is set, and again at each
 // copy. Where that fails, root and path are set all the same, with the replacements made so far;

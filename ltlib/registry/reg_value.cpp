@@ -20,6 +20,11 @@ bool ownsBuffer(DataType type) {
          type == CQSRegValue::DATA_MULTI_STRING || type == CQSRegValue::DATA_BINARY;
 }
 
+// A number takes the place of a pointer, and is none.
+void* bufferOf(const Data& data) {
+  return ownsBuffer(data.type) ? data.pData : nullptr;
+}
+
 DataType dataTypeOf(unsigned int registryType) {
   switch (registryType) {
     case REG_SZ:
@@ -192,7 +197,13 @@ QSResult CQSRegValue::Read(void*& out, unsigned long& size) {
 }
 
 QSResult CQSRegValue::readData(const char* name, e_data_struct& out) {
-  out.Clear();
+  // The name may be a text that the last read gave out, and so lives until this one is over.
+  e_data_struct former;
+  former.pData = bufferOf(out);
+  former.type = former.pData != nullptr ? out.type : DATA_NONE;
+  out.pData = nullptr;
+  out.type = DATA_NONE;
+  out.size = 0;
   void* handle = nullptr;
   if (const QSResult opened = m_key.OpenKey(&handle, false); opened < 0) {
     return opened;
@@ -213,7 +224,7 @@ QSResult CQSRegValue::readText(const char* name, char*& out) {
   if (const QSResult result = readData(name, m_data); result < 0) {
     return result;
   }
-  out = static_cast<char*>(m_data.pData);
+  out = static_cast<char*>(bufferOf(m_data));
   return m_data.type == DATA_STRING ? kSuccess : kFailure;
 }
 
@@ -222,7 +233,7 @@ QSResult CQSRegValue::readBytes(const char* name, void*& out, unsigned long& siz
   if (const QSResult result = readData(name, m_data); result < 0) {
     return result;
   }
-  out = m_data.pData;
+  out = bufferOf(m_data);
   size = m_data.size;
   return m_data.type == DATA_BINARY || m_data.type == DATA_NONE ? kSuccess : kFailure;
 }

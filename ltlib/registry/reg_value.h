@@ -80,12 +80,13 @@ class LTLIB_EXPORT CQSRegValue {
   QSResult Read(const char* valueName, unsigned long& out);
   QSResult Read(unsigned long& out);
 
-  /// Reads a plain text; 0x80004005 for another type, with `out` set to its buffer.
+  /// Reads a plain text; 0x80004005 for another type, with `out` set to its buffer, null for a
+  /// number.
   QSResult Read(const char* valueName, char*& out);
   QSResult Read(char*& out);
 
-  /// Reads bytes; 0x80004005 for another type, with `out` and `size` set. A type that no record
-  /// holds gives 0, a null `out` and the size that the backend reported.
+  /// Reads bytes; 0x80004005 for another type, with `out` and `size` set as above. A type that no
+  /// record holds gives 0, a null `out` and the size that the backend reported.
   QSResult Read(const char* valueName, void*& out, unsigned long& size);
   QSResult Read(void*& out, unsigned long& size);
 

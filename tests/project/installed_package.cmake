@@ -15,6 +15,15 @@ run("${CMAKE_COMMAND}" -S "${CONSUMER}" -B "${WORK}/build" -G "${GENERATOR}"
 run("${CMAKE_COMMAND}" --build "${WORK}/build" --parallel 2)
 run("${WORK}/build/consumer")
 
+# The quick start leaves the store file that the read-me file shows.
+set(store "${WORK}/HKEY_LOCAL_MACHINE.cfg")
+set(ENV{HKEY_LOCAL_MACHINE} "${store}")
+run("${WORK}/build/quick_start")
+file(READ "${store}" content)
+if(NOT content STREQUAL "[Software\\Demo]\n\"Title\"=string:\"Hello, world\"\n\n")
+  message(FATAL_ERROR "The quick start left\n${content}")
+endif()
+
 # Nothing of the installation may lead back to the tree that it was built in.
 file(GLOB_RECURSE texts "${WORK}/moved/*.cmake" "${WORK}/moved/*.h")
 foreach(text IN LISTS texts)

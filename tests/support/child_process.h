@@ -28,10 +28,15 @@ void tellParent(const std::string& line);
 /// In the child: ends the process at once as a crash would, with no destructor and no handler run.
 [[noreturn]] void crash();
 
+/// The path of the file that this process was started from.
+[[nodiscard]] std::string thisProgram();
+
 /// A running child.
 class ChildProcess {
  public:
-  ChildProcess(const std::string& scenario, const std::vector<std::string>& arguments);
+  /// Starts `program`, which is this test program or a copy of it.
+  ChildProcess(const std::string& scenario, const std::vector<std::string>& arguments,
+               const std::string& program = thisProgram());
 
   /// Kills a child that was not waited for.
   ~ChildProcess();

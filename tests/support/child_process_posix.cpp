@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <stdexcept>
 
 #include "tests/support/child_process.h"
@@ -61,17 +62,22 @@ void crash() {
   ::_exit(1);
 }
 
+std::string thisProgram() {
+  return std::filesystem::read_symlink("/proc/self/exe").string();
+}
+
 struct ChildProcess::State {
   pid_t process = -1;
   int toChild = -1;
   int fromChild = -1;
 };
 
-ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::string>& arguments)
+ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::string>& arguments,
+                           const std::string& program)
     : m_state(new State) {
   const Pipe down;
   const Pipe up;
-  std::vector<std::string> words = {"/proc/self/exe", "--scenario=" + scenario};
+  std::vector<std::string> words = {program, "--scenario=" + scenario};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);
