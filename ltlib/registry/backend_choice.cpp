@@ -17,17 +17,24 @@ std::unique_ptr<QSRegistryManagerImpl> chooseBackend() {
 
 namespace {
 
-ltDoOnce_t s_once;
-std::atomic<QSRegistryManagerImpl*> s_instance{nullptr};
+constinit ltDoOnce_t s_once;
+constinit std::atomic<QSRegistryManagerImpl*> s_instance{nullptr};
+constinit std::atomic<bool> s_ended{false};
 
 void buildInstance() {
+  if (s_ended) {
+    return;
+  }
   s_instance.store(LTLib::detail::chooseBackend().release(), std::memory_order_release);
 }
 
-// Ends the instance with the library. The once-record stays done, so that a late caller gets null
-// and not a second instance.
+// Ends the instance with the library. A late caller gets null and not a second instance, nor a
+// first one that nobody would end.
 struct InstanceEnd {
-  ~InstanceEnd() { delete s_instance.exchange(nullptr); }
+  ~InstanceEnd() {
+    s_ended = true;
+    delete s_instance.exchange(nullptr);
+  }
 };
 const InstanceEnd s_instanceEnd;
 
