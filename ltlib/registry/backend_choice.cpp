@@ -19,15 +19,22 @@ namespace {
 
 ltDoOnce_t s_once;
 std::atomic<QSRegistryManagerImpl*> s_instance{nullptr};
+std::atomic<bool> s_ended{false};
 
 void buildInstance() {
+  if (s_ended) {
+    return;
+  }
   s_instance.store(LTLib::detail::chooseBackend().release(), std::memory_order_release);
 }
 
-// Ends the instance with the library. The once-record stays done, so that a late caller gets null
-// and not a second instance.
+// Ends the instance with the library. The once-record stays done, and nothing is built from then
+// on, so that a late caller gets null and no instance that would lose what it is given.
 struct InstanceEnd {
-  ~InstanceEnd() { delete s_instance.exchange(nullptr); }
+  ~InstanceEnd() {
+    s_ended = true;
+    delete s_instance.exchange(nullptr);
+  }
 };
 const InstanceEnd s_instanceEnd;
 
