@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -28,7 +29,8 @@ constexpr int kKeys = 100;
 constexpr int kNamesOfKey = 10;
 
 struct Place {
-  std::string key;  // below the root of all
+  std::size_t index;  // of the key
+  std::string key;    // below the root of all
   std::string text;
   std::string number;
 };
@@ -38,7 +40,9 @@ std::vector<Place> places() {
   std::vector<Place> all;
   for (int i = 0; i < kKeys * kNamesOfKey; ++i) {
     const std::string index = std::to_string(i);
-    all.push_back({"Key " + std::to_string(i / kNamesOfKey), "Text " + index, "Number " + index});
+    const int key = i / kNamesOfKey;
+    all.push_back({static_cast<std::size_t>(key), "Key " + std::to_string(key), "Text " + index,
+                   "Number " + index});
   }
   std::shuffle(all.begin(), all.end(), std::mt19937(1));
   return all;
@@ -68,14 +72,37 @@ void demand(bool holds) {
   }
 }
 
+class Folder {
+ public:
+  Folder() {
+    std::random_device random;
+    do {
+      m_path = std::filesystem::temp_directory_path() / ("ltlib_bench_" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(m_path));
+  }
+  ~Folder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+  }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+
+  [[nodiscard]] std::string assignment(const char* root) const {
+    return std::string(root) + '=' + (m_path / root).string();
+  }
+
+ private:
+  std::filesystem::path m_path;
+};
+
 // The plain path of all keys, with their values in it.
 const std::string& prepared() {
   static const std::string s_root = [] {
-    // No store file is read or written.
-    for (const char* root : {"HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE"}) {
-      static std::string s_nothing[2];
-      std::string& assignment = s_nothing[root[5] == 'L'];
-      assignment = std::string(root) + '=';
+    // Stores that are not there yet, in a folder of their own.
+    static const Folder s_folder;
+    static std::string s_assignments[] = {s_folder.assignment("HKEY_CURRENT_USER"),
+                                          s_folder.assignment("HKEY_LOCAL_MACHINE")};
+    for (std::string& assignment : s_assignments) {
       ::putenv(assignment.data());
     }
     std::string root = "%SharedRoot%";
@@ -105,7 +132,7 @@ void readTextOfHeldObject(benchmark::State& state) {
   }
   eachPlace(state, [&](const Place& place) {
     char* text = nullptr;
-    CQSRegValue& value = values[std::strtoul(place.key.c_str() + 4, nullptr, 10)];
+    CQSRegValue& value = values[place.index];
     demand(value.Read(place.text.c_str(), text) == 0);
     benchmark::DoNotOptimize(text);
   });
@@ -118,7 +145,7 @@ void readNumberOfHeldObject(benchmark::State& state) {
   }
   eachPlace(state, [&](const Place& place) {
     unsigned long number = 0;
-    CQSRegValue& value = values[std::strtoul(place.key.c_str() + 4, nullptr, 10)];
+    CQSRegValue& value = values[place.index];
     demand(value.Read(place.number.c_str(), number) == 0);
     benchmark::DoNotOptimize(number);
   });
