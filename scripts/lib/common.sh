@@ -6,7 +6,7 @@ build_packages=(g++ cmake ninja-build)
 tool_packages=(libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev)
 check_packages=(clang-format clang-tidy)
-bench_packages=(libbenchmark-dev pkg-config uuid-dev libglib2.0-dev libboost-dev)
+bench_packages=(libbenchmark-dev pkg-config uuid-dev libglib2.0-dev libboost-dev libpoco-dev)
 
 current_step=
 report_failed_step() {

@@ -1,0 +1,160 @@
+// Creating and releasing an instance of a class that is loaded already, among 1,000 classes whose
+// order is shuffled, beside the peers.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "bench/component_peer.h"
+#include "ltlib/ltlib.h"
+
+#ifdef LTLIB_BENCH_PEER_LIBRARY
+#include <Poco/ClassLoader.h>
+#endif
+
+namespace {
+
+const std::vector<std::string>& shuffledIds() {
+  static const std::vector<std::string> s_ids = [] {
+    std::vector<std::string> ids;
+    for (int i = 0; i < kPeerClasses; ++i) {
+      ids.push_back(peerClass(i));
+    }
+    std::shuffle(ids.begin(), ids.end(), std::mt19937(1));
+    return ids;
+  }();
+  return s_ids;
+}
+
+// One class after the other, by the ways that follow.
+template <class Way>
+void instanceAmong1000(benchmark::State& state) {
+  const std::vector<std::string>& ids = shuffledIds();
+  static Way s_way;
+  std::size_t at = 0;
+  for (auto _ : state) {
+    s_way.createAndRelease(ids[at]);
+    at = at + 1 < ids.size() ? at + 1 : 0;
+  }
+}
+
+// The registrars sit in the program itself; the first creation of each class loads it.
+class Library {
+ public:
+  Library() {
+    for (const std::string& id : shuffledIds()) {
+      CQSRegValue(REG_ROOT_LOCAL_MACHINE, ("%CLASSID%\\" + id).c_str(), "InprocServer")
+          .Write(LTLIB_BENCH_LIBRARY);
+      m_registrars.push_back(std::make_unique<iqsDllLoader::Registrar>(id.c_str(), create));
+      createAndRelease(id);
+    }
+  }
+
+  static void createAndRelease(const std::string& id) {
+    void* out = nullptr;
+    if (iqs_CoCreateInstance(nullptr, id.c_str(), &out) != 0) {
+      std::fputs("no instance\n", stderr);
+      std::exit(EXIT_FAILURE);
+    }
+    static_cast<iqsUnknown*>(out)->Release();
+  }
+
+ private:
+  static QSResult create(iqsUnknown* outer, iqsCUnknown** out) {
+    *out = new iqsCUnknown(outer);
+    return LTLib::kSuccess;
+  }
+
+  std::vector<std::unique_ptr<iqsDllLoader::Registrar>> m_registrars;
+};
+
+// The least that a creation by name can cost: no library, no lock, one count.
+struct BareObject {
+  virtual ~BareObject() = default;
+  std::atomic<std::uint32_t> count{1};
+};
+
+struct BareFactory {
+  virtual ~BareFactory() = default;
+  virtual BareObject* create() { return new BareObject; }
+};
+
+template <template <class...> class Map>
+class Bare {
+ public:
+  Bare() {
+    for (const std::string& id : shuffledIds()) {
+      m_factories[id] = std::make_unique<BareFactory>();
+    }
+  }
+
+  // What the compiler is not told, it cannot leave out.
+  void createAndRelease(const std::string& id) {
+    BareFactory* factory = m_factories.find(id)->second.get();
+    benchmark::DoNotOptimize(factory);
+    BareObject* object = factory->create();
+    benchmark::DoNotOptimize(object);
+    if (--object->count == 0) {
+      delete object;
+    }
+  }
+
+ private:
+  Map<std::string, std::unique_ptr<BareFactory>> m_factories;
+};
+
+using BareTree = Bare<std::map>;
+using BareHash = Bare<std::unordered_map>;
+
+#ifdef LTLIB_BENCH_PEER_LIBRARY
+class PocoClassLoader {
+ public:
+  PocoClassLoader() { m_loader.loadLibrary(LTLIB_BENCH_PEER_LIBRARY); }
+
+  void createAndRelease(const std::string& id) {
+    PeerObject* object = m_loader.create(id);
+    benchmark::DoNotOptimize(object);
+    delete object;
+  }
+
+ private:
+  Poco::ClassLoader<PeerObject> m_loader;
+};
+#endif
+
+BENCHMARK(instanceAmong1000<Library>);
+BENCHMARK(instanceAmong1000<BareTree>);
+BENCHMARK(instanceAmong1000<BareHash>);
+#ifdef LTLIB_BENCH_PEER_LIBRARY
+BENCHMARK(instanceAmong1000<PocoClassLoader>);
+#endif
+BENCHMARK(instanceAmong1000<Library>)->Threads(2)->UseRealTime();
+#ifdef LTLIB_BENCH_PEER_LIBRARY
+BENCHMARK(instanceAmong1000<PocoClassLoader>)->Threads(2)->UseRealTime();
+#endif
+
+// The plain form, with two locks for each creation and each release.
+void plainInstance(benchmark::State& state) {
+  CQSRegValue(REG_ROOT_LOCAL_MACHINE, "%CLASSID%\\Plain", "InprocServer")
+      .Write(LTLIB_BENCH_LIBRARY);
+  const iqsDllLoader::Registrar registrar(
+      "Plain", []() -> void* { return new int(); },
+      [](void* instance) { delete static_cast<int*>(instance); });
+  iqsDllLoader::FactoryDll* const record = iqsDllLoader::Load("Plain", nullptr);
+  for (auto _ : state) {
+    iqsDllLoader::ReleaseInstance(record, iqsDllLoader::CreateInstance(record));
+  }
+  iqsDllLoader::Unload(record);
+}
+
+BENCHMARK(plainInstance);
+
+}  // namespace
