@@ -34,69 +34,47 @@ const std::vector<std::string>& shuffledIds() {
   return s_ids;
 }
 
-// Runs `create` for one class after the other.
-template <class Create>
-void eachClass(benchmark::State& state, Create create) {
+// One class after the other, by the ways that follow.
+template <class Way>
+void instanceAmong1000(benchmark::State& state) {
   const std::vector<std::string>& ids = shuffledIds();
+  static Way s_way;
   std::size_t at = 0;
   for (auto _ : state) {
-    create(ids[at]);
+    s_way.createAndRelease(ids[at]);
     at = at + 1 < ids.size() ? at + 1 : 0;
   }
 }
 
-void createAndRelease(const std::string& id) {
-  void* out = nullptr;
-  if (iqs_CoCreateInstance(nullptr, id.c_str(), &out) != 0) {
-    std::fputs("no instance\n", stderr);
-    std::exit(EXIT_FAILURE);
+// The registrars sit in the program itself; the first creation of each class loads it.
+class Library {
+ public:
+  Library() {
+    for (const std::string& id : shuffledIds()) {
+      CQSRegValue(REG_ROOT_LOCAL_MACHINE, ("%CLASSID%\\" + id).c_str(), "InprocServer")
+          .Write(LTLIB_BENCH_LIBRARY);
+      m_registrars.push_back(std::make_unique<iqsDllLoader::Registrar>(id.c_str(), create));
+      createAndRelease(id);
+    }
   }
-  static_cast<iqsUnknown*>(out)->Release();
-}
 
-// The registrars of the program itself; each class is loaded by its first creation.
-void loadAllClasses() {
-  static std::vector<std::unique_ptr<iqsDllLoader::Registrar>> s_registrars;
-  if (!s_registrars.empty()) {
-    return;
+  static void createAndRelease(const std::string& id) {
+    void* out = nullptr;
+    if (iqs_CoCreateInstance(nullptr, id.c_str(), &out) != 0) {
+      std::fputs("no instance\n", stderr);
+      std::exit(EXIT_FAILURE);
+    }
+    static_cast<iqsUnknown*>(out)->Release();
   }
-  for (const std::string& id : shuffledIds()) {
-    CQSRegValue(REG_ROOT_LOCAL_MACHINE, ("%CLASSID%\\" + id).c_str(), "InprocServer")
-        .Write(LTLIB_BENCH_LIBRARY);
-    s_registrars.push_back(std::make_unique<iqsDllLoader::Registrar>(
-        id.c_str(), [](iqsUnknown* outer, iqsCUnknown** object) -> QSResult {
-          *object = new iqsCUnknown(outer);
-          return LTLib::kSuccess;
-        }));
-    createAndRelease(id);
+
+ private:
+  static QSResult create(iqsUnknown* outer, iqsCUnknown** out) {
+    *out = new iqsCUnknown(outer);
+    return LTLib::kSuccess;
   }
-}
 
-void createInstance(benchmark::State& state) {
-  if (state.thread_index() == 0) {
-    loadAllClasses();
-  }
-  eachClass(state, createAndRelease);
-}
-
-BENCHMARK(createInstance);
-BENCHMARK(createInstance)->Threads(2)->UseRealTime();
-
-// The plain form, with its two locks for each creation and each release.
-void createPlainInstance(benchmark::State& state) {
-  CQSRegValue(REG_ROOT_LOCAL_MACHINE, "%CLASSID%\\Plain", "InprocServer")
-      .Write(LTLIB_BENCH_LIBRARY);
-  const iqsDllLoader::Registrar registrar(
-      "Plain", []() -> void* { return new int(); },
-      [](void* made) { delete static_cast<int*>(made); });
-  iqsDllLoader::FactoryDll* const record = iqsDllLoader::Load("Plain", nullptr);
-  for (auto _ : state) {
-    iqsDllLoader::ReleaseInstance(record, iqsDllLoader::CreateInstance(record));
-  }
-  iqsDllLoader::Unload(record);
-}
-
-BENCHMARK(createPlainInstance);
+  std::vector<std::unique_ptr<iqsDllLoader::Registrar>> m_registrars;
+};
 
 // The least that a creation by name can cost: no library, no lock, one count.
 struct BareObject {
@@ -109,41 +87,74 @@ struct BareFactory {
   virtual BareObject* create() { return new BareObject; }
 };
 
-template <class Map>
-void bareCreation(benchmark::State& state) {
-  static Map s_factories;
-  for (const std::string& id : shuffledIds()) {
-    s_factories[id] = std::make_unique<BareFactory>();
+template <template <class...> class Map>
+class Bare {
+ public:
+  Bare() {
+    for (const std::string& id : shuffledIds()) {
+      m_factories[id] = std::make_unique<BareFactory>();
+    }
   }
-  eachClass(state, [](const std::string& id) {
-    BareFactory* factory = s_factories.find(id)->second.get();
+
+  // What the compiler is not told, it cannot leave out.
+  void createAndRelease(const std::string& id) {
+    BareFactory* factory = m_factories.find(id)->second.get();
     benchmark::DoNotOptimize(factory);
     BareObject* object = factory->create();
     benchmark::DoNotOptimize(object);
     if (--object->count == 0) {
       delete object;
     }
-  });
-}
+  }
 
-BENCHMARK(bareCreation<std::map<std::string, std::unique_ptr<BareFactory>>>);
-BENCHMARK(bareCreation<std::unordered_map<std::string, std::unique_ptr<BareFactory>>>);
+ private:
+  Map<std::string, std::unique_ptr<BareFactory>> m_factories;
+};
+
+using BareTree = Bare<std::map>;
+using BareHash = Bare<std::unordered_map>;
 
 #ifdef LTLIB_BENCH_PEER_LIBRARY
-void classLoader(benchmark::State& state) {
-  static Poco::ClassLoader<PeerObject> s_loader;
-  if (state.thread_index() == 0 && !s_loader.isLibraryLoaded(LTLIB_BENCH_PEER_LIBRARY)) {
-    s_loader.loadLibrary(LTLIB_BENCH_PEER_LIBRARY);
-  }
-  eachClass(state, [](const std::string& id) {
-    PeerObject* object = s_loader.create(id);
+class PocoClassLoader {
+ public:
+  PocoClassLoader() { m_loader.loadLibrary(LTLIB_BENCH_PEER_LIBRARY); }
+
+  void createAndRelease(const std::string& id) {
+    PeerObject* object = m_loader.create(id);
     benchmark::DoNotOptimize(object);
     delete object;
-  });
+  }
+
+ private:
+  Poco::ClassLoader<PeerObject> m_loader;
+};
+#endif
+
+BENCHMARK(instanceAmong1000<Library>);
+BENCHMARK(instanceAmong1000<BareTree>);
+BENCHMARK(instanceAmong1000<BareHash>);
+#ifdef LTLIB_BENCH_PEER_LIBRARY
+BENCHMARK(instanceAmong1000<PocoClassLoader>);
+#endif
+BENCHMARK(instanceAmong1000<Library>)->Threads(2)->UseRealTime();
+#ifdef LTLIB_BENCH_PEER_LIBRARY
+BENCHMARK(instanceAmong1000<PocoClassLoader>)->Threads(2)->UseRealTime();
+#endif
+
+// The plain form, with two locks for each creation and each release.
+void plainInstance(benchmark::State& state) {
+  CQSRegValue(REG_ROOT_LOCAL_MACHINE, "%CLASSID%\\Plain", "InprocServer")
+      .Write(LTLIB_BENCH_LIBRARY);
+  const iqsDllLoader::Registrar registrar(
+      "Plain", []() -> void* { return new int(); },
+      [](void* instance) { delete static_cast<int*>(instance); });
+  iqsDllLoader::FactoryDll* const record = iqsDllLoader::Load("Plain", nullptr);
+  for (auto _ : state) {
+    iqsDllLoader::ReleaseInstance(record, iqsDllLoader::CreateInstance(record));
+  }
+  iqsDllLoader::Unload(record);
 }
 
-BENCHMARK(classLoader);
-BENCHMARK(classLoader)->Threads(2)->UseRealTime();
-#endif
+BENCHMARK(plainInstance);
 
 }  // namespace
