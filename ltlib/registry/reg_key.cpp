@@ -33,8 +33,10 @@ CQSRegKey::CQSRegKey(const CQSRegKey& other) : m_path(other.m_path), m_root(othe
 }
 
 CQSRegKey& CQSRegKey::operator=(const CQSRegKey& other) {
-  m_root = other.m_root;
-  m_path = other.m_path;
+  if (this != &other) {
+    m_root = other.m_root;
+    m_path = other.m_path;
+  }
   (void)QSExpandString(m_path);
   return *this;
 }

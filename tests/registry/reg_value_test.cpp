@@ -46,7 +46,7 @@ std::string textOf(CQSRegValue& value, const char* name) {
 
 TEST_F(RegValue, ConstructorsDropWhatFails) {
   const CQSRegKey key(kUser, "K");
-  const CQSRegValue empty;
+  const CQSRegValue empty{};
   const CQSRegValue nullPath(kUser, nullptr, "n");
   const CQSRegValue nullName(kUser, "K", nullptr);
   const CQSRegValue unexpanded(kUser, "%CompanyName%\\%Nowhere%", "n");

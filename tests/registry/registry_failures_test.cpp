@@ -46,7 +46,7 @@ class RegistryFailures : public testing::Test {
   CQSRegValue m_value{kMachine, "K", "v"};
 };
 
-struct ReadCase {
+struct ReadCase {  // NOLINT(clang-analyzer-optin.performance.Padding): in the order of the events
   const char* label;
   int open, sizeQuery, fetch;
   unsigned int type, size;

@@ -90,7 +90,7 @@ std::string contentOf(const CQSRegValue::e_data_struct& data) {
       while (*end != '\0') {
         end += std::strlen(end) + 1;
       }
-      const std::string items = end == bytes ? "" : std::string(bytes, end - 1);
+      std::string items = end == bytes ? "" : std::string(bytes, end - 1);
       EXPECT_EQ(data.size, items.size() + facts().listTerminators);
       return items;
     }
