@@ -16,7 +16,8 @@ constexpr char kAbout[] =
     "Looks into a registry and changes it.\n\n"
     "KEY is a root's name, a backslash and a path, as in 'HKLM\\Software\\Demo'. The roots are\n"
     "HKLM, HKCU, HKCC, HKU and HKCR, or by their long names HKEY_LOCAL_MACHINE and so on, in any\n"
-    "letter case. Words of your own that begin with '-' go behind '--'.";
+    "letter case. References such as %SharedRoot% are replaced by the values of the configuration\n"
+    "variables. Words of your own that begin with '-' go behind '--'.";
 
 constexpr char kFooter[] =
     "\nExit codes: 0 done, 1 absent, 2 wrong usage, 3 bad input, 4 the store or its lock failed.\n"
@@ -25,6 +26,7 @@ constexpr char kFooter[] =
 
 constexpr char kPlain = '\1';  // in front of a word that CLI11 must take as it is
 constexpr std::size_t kMostShown = 400;
+constexpr int kMostSeconds = 86400;
 
 // One command under construction.
 class CommandOptions {
@@ -49,6 +51,21 @@ class CommandOptions {
     m_command.add_option("NAME", m_request.name, about)->required(required);
     return *this;
   }
+  CommandOptions& word(const char* name, std::optional<std::string>& word, const char* about) {
+    m_command.add_option(name, word, about)->required();
+    return *this;
+  }
+  CommandOptions& flag(const char* name, bool& flag, const char* about) {
+    m_command.add_flag(name, flag, about);
+    return *this;
+  }
+  CommandOptions& timeout() {
+    m_command
+        .add_option("--timeout", m_request.timeout,
+                    "Seconds until a library that hangs is given up; 10 without it")
+        ->check(CLI::Range(1, kMostSeconds));
+    return *this;
+  }
   CommandOptions& json() {
     m_command.add_flag("--json", m_request.json, "Write JSON");
     return *this;
@@ -57,6 +74,7 @@ class CommandOptions {
     m_command.add_flag("-r,--recursive", m_request.recursive, "Delete the sub-keys, too");
     return *this;
   }
+  void hide() { m_command.group(""); }
   CommandOptions& typedValues() {
     m_command
         .add_option("--type", m_request.type,
@@ -77,12 +95,16 @@ std::string unmarked(const std::string& word) {
 
 std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
   std::string command = "ltreg";
-  for (const CLI::App* chosen : app.get_subcommands()) {
-    command += ' ' + chosen->get_name();
+  const CLI::App* innermost = &app;
+  while (!innermost->get_subcommands().empty()) {
+    innermost = innermost->get_subcommands().front();
+    command += ' ' + innermost->get_name();
   }
   const std::string help = " (see '" + command + " --help'";
-  const std::vector<std::string> unknown = app.remaining();
-  if (app.get_subcommands().empty() && !unknown.empty()) {
+  const std::vector<std::string> unknown = innermost->remaining();
+  const bool wantsCommand =
+      !innermost->get_subcommands([](const CLI::App*) { return true; }).empty();
+  if (wantsCommand && !unknown.empty()) {
     return inQuotes(unmarked(unknown.front())) + " is no command" + help + ')';
   }
   const bool unexpected = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
@@ -112,7 +134,8 @@ std::vector<std::string> markPlainWords(int count, const char* const* words) {
 }
 
 void unmark(Request& request) {
-  for (std::optional<std::string>* word : {&request.key, &request.name, &request.store}) {
+  for (std::optional<std::string>* word : {&request.key, &request.name, &request.text,
+                                           &request.clsid, &request.file, &request.store}) {
     if (*word) {
       *word = unmarked(**word);
     }
@@ -122,16 +145,7 @@ void unmark(Request& request) {
   }
 }
 
-}  // namespace
-
-Invocation parseArguments(int count, const char* const* words) {
-  Invocation asked;
-  CLI::App app(kAbout, "ltreg");
-  app.allow_windows_style_options(false);
-  app.set_version_flag("--version", "ltreg " LTREG_VERSION);
-  app.require_subcommand(1);
-  app.footer(kFooter);
-
+void addKeyCommands(CLI::App& app, Invocation& asked) {
   CommandOptions list(app, asked, "list", "Sub-keys, and values with type and text", listKey);
   list.key().json();
   CommandOptions tree(app, asked, "tree", "A key and all below it", showTree);
@@ -146,6 +160,53 @@ Invocation parseArguments(int count, const char* const* words) {
   path.root(true);
   CommandOptions check(app, asked, "check", "What is wrong with store files", checkStores);
   check.root(false);
+}
+
+void addVariableCommands(CLI::App& app, Invocation& asked) {
+  Request& request = asked.request;
+  CommandOptions expand(app, asked, "expand", "A text with its %NAME% references replaced",
+                        expandText);
+  expand.word("TEXT", request.text, "The text").flag("--trace", request.trace, "Show each step");
+  CommandOptions vars(app, asked, "vars", "The configuration variables", showVariables);
+  vars.json();
+}
+
+void addComponentCommands(CLI::App& app, Invocation& asked) {
+  Request& request = asked.request;
+  CLI::App& group = *app.add_subcommand("component", "The classes of component libraries");
+  group.require_subcommand(1);
+  constexpr char kClass[] = "The class's identifier";
+  CommandOptions enter(group, asked, "register", "Enter a class with its library's file and save",
+                       registerClass);
+  enter.word("CLASS", request.clsid, kClass)
+      .word("FILE", request.file, "The file; a relative one is made absolute")
+      .flag("--as-is", request.asIs, "Enter FILE as it is written");
+  CommandOptions remove(group, asked, "unregister", "Delete the entry of a class and save",
+                        unregisterClass);
+  remove.word("CLASS", request.clsid, kClass);
+  CommandOptions list(group, asked, "list", "All classes with their libraries", listClasses);
+  list.json();
+  CommandOptions check(group, asked, "check", "What is wrong with a class", checkClass);
+  check.word("CLASS", request.clsid, kClass)
+      .flag("--create", request.create, "Create an object, too; only for components")
+      .timeout();
+  CommandOptions probe(group, asked, "probe", "", probeClass);
+  probe.word("CLASS", request.clsid, kClass).flag("--create", request.create, "").hide();
+}
+
+}  // namespace
+
+Invocation parseArguments(int count, const char* const* words) {
+  Invocation asked;
+  CLI::App app(kAbout, "ltreg");
+  app.allow_windows_style_options(false);
+  app.set_version_flag("--version", "ltreg " LTREG_VERSION);
+  app.require_subcommand(1);
+  app.footer(kFooter);
+
+  addKeyCommands(app, asked);
+  addVariableCommands(app, asked);
+  addComponentCommands(app, asked);
 
   try {
     app.parse(markPlainWords(count, words));

@@ -16,6 +16,17 @@ ExitCode deleteEntry(const Request& request, Output& output);
 
 ExitCode checkStores(const Request& request, Output& output);
 
+ExitCode expandText(const Request& request, Output& output);
+ExitCode showVariables(const Request& request, Output& output);
+
+ExitCode registerClass(const Request& request, Output& output);
+ExitCode unregisterClass(const Request& request, Output& output);
+ExitCode listClasses(const Request& request, Output& output);
+ExitCode checkClass(const Request& request, Output& output);
+
+/// The part of checkClass that a process of its own carries out.
+ExitCode probeClass(const Request& request, Output& output);
+
 }  // namespace ltreg
 
 #endif  // LTREG_COMMANDS_H

@@ -1,6 +1,7 @@
 #include "ltreg/key_argument.h"
 
 #include "ltreg/failure.h"
+#include "ltreg/references.h"
 #include "ltreg/shown_text.h"
 
 namespace ltreg {
@@ -20,6 +21,17 @@ constexpr char kAdvice[] =
     " (known are HKLM, HKCU, HKCC, HKU, HKCR and the long forms such as HKEY_LOCAL_MACHINE; a key"
     " is written as 'HKLM\\Software\\Demo', in quotes for the shell)";
 
+// Takes one trailing backslash off.
+std::string tidyPath(std::string_view path) {
+  if (path.starts_with('\\') || path.find("\\\\") != std::string_view::npos) {
+    throw Failure(ExitCode::kBadInput, "the path " + inQuotes(path) +
+                                           " has an empty component; write one backslash between"
+                                           " two components and none in front");
+  }
+  path.remove_suffix(path.ends_with('\\') ? 1 : 0);
+  return std::string(path);
+}
+
 }  // namespace
 
 enumRegRoot parseRoot(std::string_view text) {
@@ -35,19 +47,15 @@ KeyArgument parseKey(std::string_view text) {
   const std::size_t end = text.find('\\');
   KeyArgument key;
   key.root = parseRoot(text.substr(0, end));
-  if (end == std::string_view::npos) {
-    return key;
-  }
-  key.path = text.substr(end + 1);
-  if (key.path.starts_with('\\') || key.path.find("\\\\") != std::string::npos) {
-    throw Failure(ExitCode::kBadInput, "the key " + inQuotes(text) +
-                                           " has two backslashes in a row; write one between two"
-                                           " components");
-  }
-  if (key.path.ends_with('\\')) {
-    key.path.pop_back();
+  if (end != std::string_view::npos) {
+    key.path = tidyPath(text.substr(end + 1));
   }
   return key;
+}
+
+// Without a reference the variables are left alone, and with them the store that they lie in.
+std::string expandPath(const std::string& path) {
+  return path.find('%') == std::string::npos ? path : tidyPath(expandReferences(path));
 }
 
 std::string fullName(enumRegRoot root, std::string_view path) {

@@ -17,9 +17,13 @@ struct KeyArgument {
 /// The root of that name or short form, in any letter case. Throws Failure for any other text.
 [[nodiscard]] enumRegRoot parseRoot(std::string_view text);
 
-/// Takes one trailing backslash off. Throws Failure for an unknown root and for a path with an
-/// empty component.
+/// The root and the path with its references as they are. Throws Failure for an unknown root and
+/// for a path with an empty component.
 [[nodiscard]] KeyArgument parseKey(std::string_view text);
+
+/// The path with its references expanded and without a trailing backslash. Throws Failure if one
+/// does not expand, and for a path with an empty component then.
+[[nodiscard]] std::string expandPath(const std::string& path);
 
 /// The key with its root's full name.
 [[nodiscard]] std::string fullName(enumRegRoot root, std::string_view path);

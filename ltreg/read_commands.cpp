@@ -30,15 +30,11 @@ Json jsonOf(const std::vector<NamedValue>& values) {
   return all;
 }
 
-void writeJson(Output& output, const Json& json) {
-  output.line(json.dump(2, ' ', false, Json::error_handler_t::replace));
-}
-
 // Opens the root of the request's key and makes sure that the key is there.
 class ReadKey {
  public:
   explicit ReadKey(const Request& request)
-      : m_key(parseKey(*request.key)), m_session(request, m_key.root, Access::kRead) {
+      : m_key(parseKey(*request.key)), m_session(request, m_key, Access::kRead) {
     if (!m_session.keyExists(m_key.path)) {
       m_session.throwAbsent("the key " + inQuotes(name()));
     }
@@ -61,7 +57,7 @@ ExitCode listKey(const Request& request, Output& output) {
   const std::vector<std::string> subKeys = key.session().subKeys(key.path());
   const std::vector<NamedValue> values = key.session().values(key.path());
   if (request.json) {
-    writeJson(output, {{"key", key.name()}, {"keys", subKeys}, {"values", jsonOf(values)}});
+    output.json({{"key", key.name()}, {"keys", subKeys}, {"values", jsonOf(values)}});
     return ExitCode::kDone;
   }
   for (const std::string& name : subKeys) {
@@ -89,7 +85,7 @@ ExitCode showTree(const Request& request, Output& output) {
     }
   });
   if (request.json) {
-    writeJson(output, all);
+    output.json(all);
   }
   return ExitCode::kDone;
 }
@@ -102,7 +98,7 @@ ExitCode getValue(const Request& request, Output& output) {
                               inQuotes(key.name()));
   }
   if (request.json) {
-    writeJson(output, jsonOf(NamedValue{*request.name, *value}));
+    output.json(jsonOf(NamedValue{*request.name, *value}));
   } else if (value->type == REG_MULTI_SZ) {
     for (const std::string& item : itemsOf(*value)) {
       output.line(item);

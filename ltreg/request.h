@@ -15,11 +15,19 @@ namespace ltreg {
 struct Request {
   std::optional<std::string> key;    // KEY or ROOT
   std::optional<std::string> name;   // NAME
+  std::optional<std::string> text;   // TEXT
+  std::optional<std::string> clsid;  // CLASS
+  std::optional<std::string> file;   // FILE
   std::optional<std::string> type;   // --type
   std::vector<std::string> values;   // VALUE...
   std::optional<std::string> store;  // --store
   bool json = false;
   bool recursive = false;
+  bool trace = false;
+  bool asIs = false;
+  bool create = false;
+  bool quiet = false;  // leaves the warnings about the store to another process
+  int timeout = 10;    // seconds
 };
 
 /// Carries a request out. Throws Failure, and what the library throws.

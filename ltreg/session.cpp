@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "ltreg/key_argument.h"
+#include "ltreg/references.h"
 #include "ltreg/shown_text.h"
 #include "ltreg/store_messages.h"
 
@@ -36,14 +36,26 @@ std::vector<std::string> shallowSubKeys(const LTLib::StoreReport& report, const 
 
 }  // namespace
 
-Session::Session(const Request& request, enumRegRoot root, Access access)
-    : m_backend(request, root), m_root(root) {
+// The first expansion loads the machine root. Where that is the root to work on, its store is first
+// locked and checked; for any other root it is over before that root's lock is taken, so that no
+// process waits for the one store while it holds the other.
+Session::Session(const Request& request, KeyArgument& key, Access access)
+    : m_backend(request, key.root), m_root(key.root) {
+  const bool holdsVariables = m_root == REG_ROOT_LOCAL_MACHINE;
+  const bool hasReferences = key.path.find('%') != std::string::npos;
+  if (hasReferences && !holdsVariables) {
+    demandPublicVariables();
+    key.path = expandPath(key.path);
+  }
   if (onFiles()) {
-    openStore(access);
+    openStore(access, request.quiet);
+  }
+  if (holdsVariables) {
+    key.path = expandPath(key.path);
   }
 }
 
-void Session::openStore(Access access) {
+void Session::openStore(Access access, bool quiet) {
   m_pathname = m_backend.storeOf(m_root);
   try {
     m_guard = std::make_unique<LTLib::StoreGuard>(m_pathname);
@@ -56,7 +68,9 @@ void Session::openStore(Access access) {
   if (!m_report.loads()) {
     throw Failure(ExitCode::kStoreFailed, whyNotLoaded(m_pathname, m_report));
   }
-  complainOfWarnings();
+  if (!quiet) {
+    complainOfWarnings();
+  }
   // Any touch of the root loads the very text that was checked.
   (void)open("").subKeys();
   if (access == Access::kRead) {

@@ -9,6 +9,7 @@
 
 #include "ltlib/ltlib.h"
 #include "ltreg/backend.h"
+#include "ltreg/key_argument.h"
 #include "ltreg/key_handle.h"
 #include "ltreg/request.h"
 #include "ltreg/value.h"
@@ -19,10 +20,11 @@ enum class Access { kRead, kWrite };
 
 class Session {
  public:
-  /// Checks the root's store file, complains about its warnings and loads it. Throws Failure if it
-  /// does not load, so that it is never overwritten. For writing, other processes stay away from
-  /// the store to the end of the session, so that no change of theirs gets lost.
-  Session(const Request& request, enumRegRoot root, Access access);
+  /// Checks the store file of the key's root, complains about its warnings and loads it, and
+  /// expands the references of `key.path`. Throws Failure if the store does not load, so that it is
+  /// never overwritten, or if a reference does not expand. For writing, other processes stay away
+  /// from the store to the end of the session, so that no change of theirs gets lost.
+  Session(const Request& request, KeyArgument& key, Access access);
 
   [[nodiscard]] bool onFiles() const { return m_backend.onFiles(); }
 
@@ -45,7 +47,7 @@ class Session {
   [[noreturn]] void throwAbsent(const std::string& what) const;
 
  private:
-  void openStore(Access access);
+  void openStore(Access access, bool quiet);
   void complainOfWarnings() const;
   [[nodiscard]] KeyHandle open(const std::string& path, int access = KEY_READ);
 

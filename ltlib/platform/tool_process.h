@@ -1,11 +1,14 @@
-// What a command line tool needs of its own process; no part of the shared library.
+// What a command line tool needs of its own process and of a child; no part of the shared library.
 //
-// Threads: both calls belong at the start of `main`, while there is one thread.
+// Threads: the calls belong into a program's one thread, those that change the process at the start
+// of `main`.
 #ifndef LTLIB_PLATFORM_TOOL_PROCESS_H
 #define LTLIB_PLATFORM_TOOL_PROCESS_H
 
+#include <chrono>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace LTLib::Platform {
 
@@ -22,6 +25,30 @@ namespace LTLib::Platform {
 /// file that is opened later is taken for one of them. Requires: nothing was written to standard
 /// output yet.
 [[nodiscard]] std::FILE* divertStandardOutput() noexcept;
+
+/// The file of the running program; empty if the system does not tell.
+[[nodiscard]] std::string programPath();
+
+enum class ChildEnd {
+  kNotStarted,  // the system refused, or the child could not be watched
+  kExited,      // by itself
+  kCrashed,     // the system ended it
+  kTimedOut,    // it was ended, since its time was up
+};
+
+struct ChildOutcome {
+  ChildEnd end = ChildEnd::kNotStarted;
+  long code = 0;       // exit code; number of the signal or exception; the system's error
+  std::string reason;  // of a crash or a failed start, in the system's words; else empty
+  std::string output;  // what the child wrote to standard output, up to 1 MiB
+};
+
+/// Runs a program with this process's environment, folder and standard error, and with nothing on
+/// its standard input, until it has ended or the time is up. Of processes that the child leaves
+/// behind nobody is waited for and nobody ended. Throws std::bad_alloc alone.
+[[nodiscard]] ChildOutcome runChild(const std::string& program,
+                                    const std::vector<std::string>& arguments,
+                                    std::chrono::milliseconds limit);
 
 }  // namespace LTLib::Platform
 

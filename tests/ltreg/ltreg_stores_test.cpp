@@ -127,7 +127,8 @@ TEST_F(LtregStores, FiftyAtOnceLoseNothing) {
   std::vector<RunningProgram> running;
   for (int i = 0; i < 50; ++i) {
     const std::string number = std::to_string(i);
-    running.push_back(start({"set", "HKLM\\A\\B", "n" + number, number, "--type", "ulong"}));
+    const char* key = i % 2 == 0 ? "HKLM\\A\\default" : "HKLM\\A\\%CurrentConfig%";
+    running.push_back(start({"set", key, "n" + number, number, "--type", "ulong"}));
   }
   for (RunningProgram& program : running) {
     EXPECT_EQ(program.wait().exitCode, 0);

@@ -148,8 +148,8 @@ TEST_F(LtregValues, RefusesWhatHasNoForm) {
       {"HKLM\\[A]", "n", "string", "x", "right below its root"},
       {"HKLM\\A\\B]", "n", "string", "x", "cannot hold ']'"},
       {"HKLM\\A\nB\\C", "n", "string", "x", "a key cannot hold a line feed"},
-      {"HKLM\\A\\\\B", "n", "string", "x", "two backslashes in a row"},
-      {"HKLM\\\\A\\B", "n", "string", "x", "two backslashes in a row"},
+      {"HKLM\\A\\\\B", "n", "string", "x", "an empty component"},
+      {"HKLM\\\\A\\B", "n", "string", "x", "an empty component"},
       {"HKXX\\A\\B", "n", "string", "x", "'HKXX' is no root"},
       {"HKLM/A/B", "n", "string", "x", "'HKLM/A/B' is no root"},
       {"", "n", "string", "x", "'' is no root"},
@@ -224,7 +224,8 @@ TEST_F(LtregValues, TellsWrongUsage) {
 
 TEST_F(LtregValues, TellsAboutItself) {
   EXPECT_EQ(run({"--version"}).output.substr(0, 6), "ltreg ");
-  for (const char* command : {"list", "tree", "get", "set", "delete", "path", "check"}) {
+  for (const char* command :
+       {"list", "tree", "get", "set", "delete", "path", "check", "expand", "vars"}) {
     EXPECT_NE(run({"--help"}).output.find(command), std::string::npos);
     const ProgramResult help = run({command, "--help"});
     EXPECT_EQ(help.exitCode, 0);
@@ -255,12 +256,15 @@ TEST_F(LtregValues, TakesVeryLongArguments) {
 
 std::string randomWord(std::mt19937& random) {
   constexpr const char* kWords[] = {
-      "list",    "tree",   "get",    "set",      "delete",    "path",   "check",  "--json",
-      "--store", "s.cfg",  "--type", "string",   "ulong",     "binary", "list",   "--recursive",
-      "-r",      "--",     "--help", "-h",       "--version", "HKLM",   "HKCU",   "HKLM\\A\\B",
-      "HKLM\\A", "HKLM\\", "\\",     "\\\\\\\\", "n",         "",       "%PATH%", "%s%n",
-      "[a,b]",   "{}",     "%%",     "++",       "-",         "=",      "--=",    "--store=",
-      "1",       "-1",     "0x10"};
+      "list",    "tree",    "get",       "set",         "delete",   "path",
+      "check",   "--json",  "--store",   "s.cfg",       "--type",   "string",
+      "ulong",   "binary",  "list",      "--recursive", "-r",       "--",
+      "--help",  "-h",      "--version", "HKLM",        "HKCU",     "HKLM\\A\\B",
+      "HKLM\\A", "HKLM\\",  "\\",        "\\\\\\\\",    "n",        "",
+      "%PATH%",  "%s%n",    "[a,b]",     "{}",          "%%",       "++",
+      "-",       "=",       "--=",       "--store=",    "1",        "-1",
+      "0x10",    "expand",  "vars",      "component",   "register", "unregister",
+      "probe",   "--trace", "--create",  "--as-is",     "X",        "HKLM\\%QSRoot%"};
   if (random() % 6 != 0) {
     return kWords[random() % std::size(kWords)];
   }

@@ -1,8 +1,16 @@
 #include "ltlib/platform/tool_process.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
 #include <stdlib.h>
+#include <string.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
 
 namespace LTLib::Platform {
 namespace {
@@ -11,6 +19,107 @@ namespace {
 // is free, so that going upwards fills the gaps one by one.
 bool openIfClosed(int descriptor) {
   return ::fcntl(descriptor, F_GETFD) != -1 || ::open("/dev/null", O_RDWR) == descriptor;
+}
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kMostOutput = std::size_t{1} << 20;
+constexpr int kTickMilliseconds = 10;
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : m_number(number) {}
+  ~Descriptor() { close(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  [[nodiscard]] int number() const { return m_number; }
+  void close() {
+    if (m_number >= 0) {
+      ::close(m_number);
+      m_number = -1;
+    }
+  }
+
+ private:
+  int m_number;
+};
+
+// Gives the system's error, or 0 and the child's number.
+int spawn(const std::string& program, const std::vector<std::string>& arguments, int output,
+          pid_t& child) {
+  std::vector<char*> words{const_cast<char*>(program.c_str())};
+  for (const std::string& argument : arguments) {
+    words.push_back(const_cast<char*>(argument.c_str()));
+  }
+  words.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  if (const int error = ::posix_spawn_file_actions_init(&actions); error != 0) {
+    return error;
+  }
+  int error = ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  if (error == 0) {
+    error = ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+  }
+  if (error == 0) {
+    error = ::posix_spawn(&child, program.c_str(), &actions, nullptr, words.data(), environ);
+  }
+  ::posix_spawn_file_actions_destroy(&actions);
+  return error;
+}
+
+// Takes what the child has written so far; false when nothing more can come.
+bool drain(int output, std::string& taken) {
+  char piece[4096];
+  for (;;) {
+    const ssize_t size = ::read(output, piece, sizeof piece);
+    if (size <= 0) {
+      return size < 0 && (errno == EAGAIN || errno == EINTR);
+    }
+    const std::size_t room = kMostOutput - taken.size();
+    taken.append(piece, std::min(static_cast<std::size_t>(size), room));
+  }
+}
+
+void describe(int status, ChildOutcome& outcome) {
+  if (WIFSIGNALED(status)) {
+    outcome.end = ChildEnd::kCrashed;
+    outcome.code = WTERMSIG(status);
+    const char* const name = ::strsignal(WTERMSIG(status));
+    outcome.reason = "signal " + std::to_string(outcome.code) +
+                     (name != nullptr ? std::string(" (") + name + ')' : std::string());
+  } else {
+    outcome.end = ChildEnd::kExited;
+    outcome.code = WEXITSTATUS(status);
+  }
+}
+
+// Looks for the end in short steps, since the pipe alone does not show it: a child may close its
+// end and go on, or leave it to a process of its own.
+void await(pid_t child, int output, Clock::time_point limit, ChildOutcome& outcome) {
+  bool open = true;
+  for (;;) {
+    int status = 0;
+    const bool ended = ::waitpid(child, &status, WNOHANG) == child;
+    open = open && drain(output, outcome.output);
+    if (ended) {
+      describe(status, outcome);
+      return;
+    }
+    if (Clock::now() >= limit) {
+      ::kill(child, SIGKILL);
+      while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+      }
+      outcome.end = ChildEnd::kTimedOut;
+      return;
+    }
+    pollfd entry{output, POLLIN, 0};
+    ::poll(&entry, open ? 1 : 0, kTickMilliseconds);
+  }
+}
+
+ChildOutcome notStarted(int error) {
+  return {ChildEnd::kNotStarted, error, ::strerror(error), {}};
 }
 
 }  // namespace
@@ -33,6 +142,42 @@ std::FILE* divertStandardOutput() noexcept {
     ::close(data);
   }
   return stream;
+}
+
+std::string programPath() {
+  std::string path(256, '\0');
+  for (;;) {
+    const ssize_t size = ::readlink("/proc/self/exe", path.data(), path.size());
+    if (size < 0) {
+      return {};
+    }
+    if (static_cast<std::size_t>(size) < path.size()) {
+      path.resize(static_cast<std::size_t>(size));
+      return path;
+    }
+    path.resize(2 * path.size());
+  }
+}
+
+ChildOutcome runChild(const std::string& program, const std::vector<std::string>& arguments,
+                      std::chrono::milliseconds limit) {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) {
+    return notStarted(errno);
+  }
+  Descriptor output(ends[0]);
+  Descriptor input(ends[1]);
+  ::fcntl(output.number(), F_SETFL, O_NONBLOCK);
+  // A caller that ignores this signal passes that on, and the system would forget the child's end.
+  ::signal(SIGCHLD, SIG_DFL);
+  pid_t child = -1;
+  if (const int error = spawn(program, arguments, input.number(), child); error != 0) {
+    return notStarted(error);
+  }
+  input.close();
+  ChildOutcome outcome;
+  await(child, output.number(), Clock::now() + limit, outcome);
+  return outcome;
 }
 
 }  // namespace LTLib::Platform

@@ -1,0 +1,36 @@
+#include "ltreg/component_entry.h"
+
+#include "ltreg/shown_text.h"
+
+namespace ltreg {
+namespace {
+
+constexpr char kClasses[] = "%CLASSID%";
+
+}  // namespace
+
+KeyArgument classesKey() {
+  return {REG_ROOT_LOCAL_MACHINE, kClasses};
+}
+
+KeyArgument classKey(const std::string& id) {
+  if (id.empty()) {
+    throw Failure(ExitCode::kBadInput, "a class has an identifier; the empty text is none");
+  }
+  return {REG_ROOT_LOCAL_MACHINE, std::string(kClasses) + '\\' + id};
+}
+
+std::vector<ClassEntry> classesBelow(Session& session, const std::string& path) {
+  std::vector<ClassEntry> classes;
+  for (const std::string& id : session.subKeys(path)) {
+    for (const NamedValue& each : session.values(path + '\\' + id)) {
+      if (each.value.type == REG_SZ && sameName(each.name, kLibraryValue)) {
+        classes.push_back({id, each.value.data});
+        break;
+      }
+    }
+  }
+  return classes;
+}
+
+}  // namespace ltreg

@@ -1,0 +1,12 @@
+// Aborts while it loads.
+#include <cstdlib>
+
+namespace {
+
+struct Aborting {
+  Aborting() { std::abort(); }
+};
+
+const Aborting s_aborting;
+
+}  // namespace

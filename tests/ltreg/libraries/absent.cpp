@@ -1,0 +1,6 @@
+// Stands where no loader looks.
+#include "tests/ltreg/libraries/absent.h"
+
+int ltregTestAbsent() {
+  return 1;
+}
