@@ -179,6 +179,33 @@ keep_settings_of_a_program() {
   unset HKEY_CURRENT_USER
 }
 
+# The component library and the program of examples/greeter.
+walk_the_road_of_a_request() {
+  local component=$bin/greeter_component.so
+  mkdir components
+  export HKEY_LOCAL_MACHINE=$work/components/HKEY_LOCAL_MACHINE.cfg
+  say "A class of a component library is found through its entry in the registry, whose place is" \
+    "written in variables:"
+  show ltreg vars
+  show ltreg expand '%CLASSID%\Example.Hello' --trace
+  show ltreg component check Example.Hello
+  say "The two classes of a library are entered:"
+  show ltreg component register Example.Hello "$component"
+  show ltreg component register Example.Counter "$component"
+  show cat components/HKEY_LOCAL_MACHINE.cfg
+  show ltreg component list
+  say "A process of its own loads the library, and with --create makes an object of a component:"
+  show ltreg component check Example.Hello --create
+  show ltreg component check Example.Counter
+  say "What is wrong with a class is told in one line:"
+  show ltreg component register Example.Text components/HKEY_LOCAL_MACHINE.cfg
+  show ltreg component check Example.Text
+  show ltreg component register Example.Other "$component"
+  show ltreg component check Example.Other
+  say "A program creates objects of the two classes and uses them:"
+  show "$bin/greeter" "$component"
+}
+
 step "write a store" write_small_store
 step "read it" read_values
 step "change it" change_values
@@ -186,3 +213,4 @@ step "make one process wait for another" wait_for_another_process
 step "kill a process that saves" survive_a_killed_process
 step "change one store from two processes" write_from_two_processes
 step "keep the settings of a program" keep_settings_of_a_program
+step "create objects of component classes" walk_the_road_of_a_request
