@@ -26,8 +26,9 @@
 // Threads: every operation may be called from any thread at any time. Libraries are loaded and
 // unloaded by one thread at a time, and plain objects created and released by one thread at a time,
 // with the library's static objects, factories and release functions running under the loader's
-// locks: they may use the loader themselves, but must not wait for another thread that does. Load
-// of a class that is loaded already waits for nobody.
+// locks: they may use the loader themselves, but must not wait for another thread that does. A
+// variable resolver runs under the lock of the look-up and must not use the loader. Load of a class
+// that is loaded already waits for nobody.
 // Ownership: records are the loader's. A failure text is made by `new char[]` and belongs to the
 // caller, who frees it with `delete[]`. Identifiers are copied.
 // Failure: a null result. What the registry, a factory, a release function or a static object of a

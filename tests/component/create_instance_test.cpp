@@ -185,14 +185,18 @@ TEST_F(CreateInstanceTest, AnOuterIsForTheRootClassAlone) {
   EXPECT_EQ(static_cast<iqsUnknown*>(out)->Release(), 0u);
 }
 
-TEST_F(CreateInstanceTest, WhatIsNoStandardExceptionPassesThrough) {
-  void* out = nullptr;
+TEST_F(CreateInstanceTest, WhatNobodyCatchesPassesThrough) {
+  void* out = &out;
   std::string error;
   CreationTraces traces;
   EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.ThrowsNumber", &out, error), int);
+  EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.InitThrows", &out, error),
+               std::runtime_error);
   EXPECT_EQ(traces.take(), Notes{});
   EXPECT_EQ(error, "");
+  EXPECT_EQ(out, &out);
   EXPECT_EQ(loadCountOf("Outcome.ThrowsNumber"), 1u);
+  EXPECT_EQ(loadCountOf("Outcome.InitThrows"), 1u);
 }
 
 TEST_F(CreateInstanceTest, AnObjectMayOutliveItsLastRelease) {

@@ -27,7 +27,12 @@ class Component : public iqsCUnknown {
 class ThrowingComponent : public Component {
  public:
   using Component::Component;
-  QSResult Init() override { throw std::runtime_error("from Init"); }
+
+  // The creation's reference is lost with the exception, so the object ends itself.
+  QSResult Init() override {
+    InnerRelease();
+    throw std::runtime_error("from Init");
+  }
 };
 
 class LingeringComponent : public Component {

@@ -1,4 +1,6 @@
 // Two classes in one library, one of each form.
+#include <memory>
+
 #include "ltlib/ltlib.h"
 #include "tests/component/libraries/stage.h"
 
@@ -6,11 +8,9 @@ namespace {
 
 const Stage::Presence s_presence("pair");
 
-// Its static would pin the library, were it marked as unique in the process.
-template <class Number>
-struct Sequence {
-  static inline Number s_last{0};
-};
+// Brings an inline static of the standard library, which pins this one where it is built to be
+// unique in the process.
+const std::shared_ptr<int> s_last = std::make_shared<int>(0);
 
 class Component : public iqsCUnknown {
  public:
@@ -25,7 +25,7 @@ QSResult createComponent(iqsUnknown* outer, iqsCUnknown** out) {
 
 const iqsDllLoader::Registrar s_unknown("Pair.Unknown", createComponent);
 const iqsDllLoader::Registrar s_plain(
-    "Pair.Plain", []() -> void* { return new int(++Sequence<int>::s_last); },
+    "Pair.Plain", []() -> void* { return new int(++*s_last); },
     [](void* instance) {
       Stage::note("plain ends");
       delete static_cast<int*>(instance);
