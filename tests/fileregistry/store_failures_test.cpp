@@ -73,7 +73,7 @@ class StoreFailures : public LTLib::Testing::StoreTest {
     s_real = fileCalls();
     s_failing = false;
     s_renamesLeft = 0;
-    m_folder.write("qsconfig.dat", "ltlib_test_" + m_folder.path());
+    m_folder.write("qsconfig.dat", m_folder.name());
     m_folder.write("HKEY_LOCAL_MACHINE.cfg", kText);
     m_folder.write("HKEY_LOCAL_MACHINE.cfg_old", "older");
     EXPECT_EQ(load(), 1);

@@ -2,14 +2,16 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <barrier>
+#include <filesystem>
 #include <memory>
 #include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "ltlib/fileregistry/store_files.h"
 #include "tests/support/child_process.h"
+#include "tests/support/latch.h"
 #include "tests/support/store_fixture.h"
 #include "tests/support/text_tree.h"
 
@@ -57,7 +59,7 @@ void playThread(QSFileRegistryManager& manager, int number, std::atomic<int>& wr
 TEST_F(StoreThreads, EightThreadsDoEverythingOnOneRoot) {
   m_folder.write("HKEY_LOCAL_MACHINE.cfg", "[Own\\Thread0]\n\"first\"=ulong:1\n");
   std::atomic<int> wrong = 0;
-  std::barrier start(8);
+  LTLib::Testing::Latch start(8);
   std::vector<std::thread> threads;
   for (int number = 0; number < 8; ++number) {
     threads.emplace_back([&, number] {
@@ -94,6 +96,24 @@ std::string wholeText(const Reading& reading) {
   return section->fieldCount() == 200 ? "whole" : "short";
 }
 
+constexpr bool kOpenFilesCanBeReplaced = std::filesystem::path::preferred_separator == '/';
+
+// Whoever reads without the lock sees a whole store too, but where an open file cannot be replaced
+// that reader would make saves fail.
+std::string storeText(const std::string& store) {
+  if constexpr (kOpenFilesCanBeReplaced) {
+    return readFile(store);
+  }
+  for (;;) {
+    try {
+      const LTLib::detail::StoreHold hold(store);
+      return readFile(store);
+    } catch (const QSException& caught) {
+      EXPECT_NE(caught.What().find(" (abandoned)"), std::string::npos);
+    }
+  }
+}
+
 // Loads and saves in rounds, as one new process after the other would. Tells how many locks were
 // reported as abandoned; a torn store ends it at once.
 int playSaver(const std::vector<std::string>& arguments) {
@@ -125,7 +145,7 @@ int playSaver(const std::vector<std::string>& arguments) {
       ++abandoned;
       continue;
     }
-    if (wholeText(readText(readFile(store))) != "whole") {
+    if (wholeText(readText(storeText(store))) != "whole") {
       return 5;
     }
     ++round;
@@ -136,7 +156,7 @@ int playSaver(const std::vector<std::string>& arguments) {
 const Scenario s_saver("saver", playSaver);
 
 TEST_F(StoreThreads, EightProcessesOfWhichSomeAreKilled) {
-  const std::string identity = "ltlib_test_torture_" + m_folder.path();
+  const std::string identity = m_folder.name() + "_torture";
   m_folder.write("qsconfig.dat", identity);
   {
     const OpenKey key(m_manager, kMachine, "A\\B");
@@ -149,7 +169,7 @@ TEST_F(StoreThreads, EightProcessesOfWhichSomeAreKilled) {
     return std::make_unique<ChildProcess>(
         "saver", std::vector<std::string>{store(), std::to_string(rounds)});
   };
-  constexpr int kRounds = 500;
+  constexpr int kRounds = kOpenFilesCanBeReplaced ? 500 : 100;
   std::vector<std::unique_ptr<ChildProcess>> savers;
   for (int i = 0; i < 5; ++i) {
     savers.push_back(start(kRounds));
@@ -163,7 +183,7 @@ TEST_F(StoreThreads, EightProcessesOfWhichSomeAreKilled) {
     }
     for (auto& child : victims) {
       EXPECT_EQ(child->hear(), "started");
-      EXPECT_EQ(wholeText(readText(readFile(store()))), "whole");
+      EXPECT_EQ(wholeText(readText(storeText(store()))), "whole");
       child->kill();
       child->wait();
     }
@@ -175,7 +195,7 @@ TEST_F(StoreThreads, EightProcessesOfWhichSomeAreKilled) {
     EXPECT_EQ(saver->wait(), 0);
   }
   EXPECT_LE(abandoned, kVictims) << "each abandoned lock is reported once";
-  EXPECT_EQ(wholeText(readText(readFile(store()))), "whole");
+  EXPECT_EQ(wholeText(readText(storeText(store()))), "whole");
 }
 
 }  // namespace

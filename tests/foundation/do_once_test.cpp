@@ -3,10 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <barrier>
 #include <stdexcept>
 #include <thread>
 #include <vector>
+
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -32,7 +33,7 @@ TEST(DoOnce, NobodyGoesOnBeforeTheOneRunHasEnded) {
   static constinit ltDoOnce_t s_once;
   static int s_runs = 0;
   static std::atomic<int> s_callers{0};
-  std::barrier start(kThreads);
+  LTLib::Testing::Latch start(kThreads);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {

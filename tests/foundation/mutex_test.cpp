@@ -3,9 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <thread>
 #include <vector>
+
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -18,7 +19,7 @@ TEST(Mutex, ExcludesOtherThreads) {
   constexpr int kRounds = 20000;
   Mutex mutex;
   long counter = 0;
-  std::latch start(kThreads);
+  LTLib::Testing::Latch start(kThreads);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
@@ -44,7 +45,7 @@ TEST(Mutex, LetsAnotherInOnlyAfterAsManyUnlocksAsLocks) {
   for (int i = 0; i < kDepth; ++i) {
     mutex.lock();
   }
-  std::latch started(1);
+  LTLib::Testing::Latch started(1);
   std::thread other([&] {
     started.count_down();
     const ScopedLock hold(mutex);
@@ -63,7 +64,7 @@ TEST(Mutex, LetsAnotherInOnlyAfterAsManyUnlocksAsLocks) {
 TEST(Mutex, WakesEverySleeper) {
   constexpr int kThreads = 8;
   Mutex mutex;
-  std::latch started(kThreads);
+  LTLib::Testing::Latch started(kThreads);
   int entered = 0;
   mutex.lock();
   std::vector<std::thread> threads;

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <barrier>
 #include <cstring>
 #include <set>
 #include <stdexcept>
@@ -12,6 +11,7 @@
 
 #include "ltlib/foundation/uid_seed.h"
 #include "tests/support/child_process.h"
+#include "tests/support/latch.h"
 #include "tests/support/recording_tracer.h"
 
 namespace {
@@ -115,7 +115,7 @@ TEST(Uid, GeneratedValuesDiffer) {
   constexpr int kThreads = 4;
   constexpr int kEach = 20000;
   std::vector<std::vector<std::string>> drawn(kThreads);
-  std::barrier start(kThreads);
+  LTLib::Testing::Latch start(kThreads);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
   for (std::vector<std::string>& mine : drawn) {

@@ -23,7 +23,11 @@ TempFolder::~TempFolder() {
 }
 
 std::string TempFolder::path(const std::string& name) const {
-  return (fs::path(m_path) / name).string();
+  return (fs::path(m_path) / name).make_preferred().string();
+}
+
+std::string TempFolder::name() const {
+  return fs::path(m_path).filename().string();
 }
 
 std::vector<std::string> TempFolder::names() const {
@@ -41,7 +45,7 @@ std::string TempFolder::write(const std::string& name, const std::string& text) 
 }
 
 std::string readFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(path);
   if (!file) {
     return "<cannot be read: " + path + ">";
   }

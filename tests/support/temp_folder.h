@@ -18,6 +18,9 @@ class TempFolder {
   [[nodiscard]] const std::string& path() const { return m_path; }
   [[nodiscard]] std::string path(const std::string& name) const;
 
+  /// The folder's own name, which no other folder bears.
+  [[nodiscard]] std::string name() const;
+
   /// The names in the folder, sorted.
   [[nodiscard]] std::vector<std::string> names() const;
 
@@ -28,7 +31,7 @@ class TempFolder {
   std::string m_path;
 };
 
-/// The bytes of a file; a text that says so if it cannot be read.
+/// The text of a file, line ends as line feeds; a text that says so if it cannot be read.
 [[nodiscard]] std::string readFile(const std::string& path);
 
 }  // namespace LTLib::Testing

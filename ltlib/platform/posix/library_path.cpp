@@ -47,4 +47,8 @@ std::string pathBesideLibrary(const std::string& fileName) {
   return directory.empty() ? fileName : directory + '/' + fileName;
 }
 
+std::string markerPath(const std::string& fileName) {
+  return pathBesideLibrary(fileName);
+}
+
 }  // namespace LTLib::Platform

@@ -1,0 +1,13 @@
+# The C++ runtime as shared libraries beside the programs: exceptions and their types cross the
+# library's boundary only if both sides use one runtime.
+foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+                  OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE)
+  if(NOT IS_ABSOLUTE "${file}")
+    message(FATAL_ERROR "The compiler does not know where ${name} is")
+  endif()
+  file(COPY ${file} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  if(LTLIB_INSTALL)
+    install(FILES ${file} DESTINATION ${CMAKE_INSTALL_BINDIR})
+  endif()
+endforeach()

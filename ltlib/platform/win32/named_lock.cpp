@@ -1,0 +1,36 @@
+#include "ltlib/platform/named_lock.h"
+
+#include "ltlib/platform/win32/owned_handle.h"
+
+namespace LTLib::Platform {
+
+struct NamedLock {
+  HANDLE handle;
+};
+
+NamedLock* openNamedLock(const std::string& name) noexcept {
+  return ownHandle<NamedLock>(CreateMutexA(nullptr, FALSE, name.c_str()));
+}
+
+NamedLockWait waitForNamedLock(NamedLock& lock) noexcept {
+  switch (WaitForSingleObject(lock.handle, INFINITE)) {
+    case WAIT_OBJECT_0:
+      return {NamedLockStatus::kObtained, 0};
+    case WAIT_ABANDONED:
+      return {NamedLockStatus::kAbandoned, 0};
+    case WAIT_FAILED:
+      return {NamedLockStatus::kFailed, GetLastError()};
+    default:
+      return {NamedLockStatus::kUnknown, 0};
+  }
+}
+
+void releaseNamedLock(NamedLock& lock) noexcept {
+  ReleaseMutex(lock.handle);
+}
+
+void closeNamedLock(NamedLock* lock) noexcept {
+  disposeHandle(lock);
+}
+
+}  // namespace LTLib::Platform
