@@ -4,13 +4,33 @@
 
 #include "ltlib/fileregistry/file_registry_manager.h"
 #include "ltlib/foundation/do_once.h"
+#include "ltlib/platform/files.h"
+#include "ltlib/platform/library_path.h"
+#include "ltlib/platform/os_registry.h"
+#include "ltlib/registry/win32_registry_manager.h"
 
 namespace LTLib::detail {
 
-// Without the marker the operating system's registry would serve; a system that has none gets the
-// file backend all the same, since anything else would lose every write in silence.
+namespace {
+
+bool markerIsThere() {
+  const Platform::FileCalls& calls = Platform::fileCalls();
+  Platform::File* marker = calls.openForReading(Platform::markerPath("registry.dat").c_str());
+  if (marker != nullptr) {
+    (void)calls.close(marker);
+  }
+  return marker != nullptr;
+}
+
+}  // namespace
+
+// A system without a registry of its own gets the file backend without the marker too: anything
+// else would lose every write in silence.
 std::unique_ptr<QSRegistryManagerImpl> chooseBackend() {
-  return std::make_unique<QSFileRegistryManager>();
+  if (!Platform::hasSystemRegistry() || markerIsThere()) {
+    return std::make_unique<QSFileRegistryManager>();
+  }
+  return std::make_unique<QSWin32RegistryManager>();
 }
 
 }  // namespace LTLib::detail

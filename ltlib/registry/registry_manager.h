@@ -64,7 +64,7 @@ class LTLIB_EXPORT QSRegistryManager {
   /// for the life of the process. Null once the library has ended.
   static QSRegistryManager* GetInstance();
 
-  /// Closes an open handle. A null handle gives 0.
+  /// Closes an open handle. A null handle gives 0 on the file backend.
   virtual int regCloseKey(void* key) = 0;
 
   /// Opens the key `subKey` below a root and stores its handle in `*result`, which holds null or

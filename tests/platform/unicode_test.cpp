@@ -1,0 +1,76 @@
+#include "ltlib/platform/unicode.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using LTLib::Platform::codePageToUtf16;
+using LTLib::Platform::utf16ToUtf8;
+using LTLib::Platform::utf8ToUtf16;
+using std::string_literals::operator""s;
+
+std::u16string wide(const std::string& text) {
+  std::u16string made(utf8ToUtf16(text.data(), text.size(), nullptr, 0), u'?');
+  EXPECT_EQ(utf8ToUtf16(text.data(), text.size(), made.data(), made.size()), made.size());
+  return made;
+}
+
+std::string narrow(const std::u16string& text) {
+  std::string made(utf16ToUtf8(text.data(), text.size(), nullptr, 0), '?');
+  EXPECT_EQ(utf16ToUtf8(text.data(), text.size(), made.data(), made.size()), made.size());
+  return made;
+}
+
+TEST(Unicode, ConvertsBothWays) {
+  const struct {
+    std::string narrow;
+    std::u16string wide;
+  } cases[] = {
+      {"", u""},
+      {"a\0z"s, u"a\0z"s},
+      {"\x7F\xC2\x80\xDF\xBF", u"\u007F\u0080\u07FF"},
+      {"\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF", u"\u0800\uD7FF\uE000\uFFFF"},
+      {"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", u"\U00010000\U0010FFFF"},
+  };
+  for (const auto& row : cases) {
+    EXPECT_TRUE(wide(row.narrow) == row.wide) << row.narrow;
+    EXPECT_EQ(narrow(row.wide), row.narrow);
+  }
+}
+
+TEST(Unicode, ReplacesWhatIsNoText) {
+  const struct {
+    std::string narrow;
+    std::u16string wide;
+  } cases[] = {{"\x80", u"\uFFFD"},           {"a\xFFz", u"a\uFFFDz"},
+               {"\xE2\x82", u"\uFFFD"},       {"\xE2\x82z", u"\uFFFDz"},
+               {"\xC0\x80", u"\uFFFD\uFFFD"}, {"\xF0\x9F\x98", u"\uFFFD"}};
+  for (const auto& row : cases) {
+    EXPECT_TRUE(wide(row.narrow) == row.wide) << row.narrow;
+  }
+  for (const char16_t* lone : {u"\xD83D", u"\xDE00"}) {
+    EXPECT_EQ(narrow(lone), "\xEF\xBF\xBD");
+  }
+  EXPECT_EQ(narrow(u"\xD83D\xD83D\xDE00"), "\xEF\xBF\xBD\xF0\x9F\x98\x80");
+}
+
+// A character that does not fit whole is left out whole.
+TEST(Unicode, FillsWhatThereIsRoomFor) {
+  std::string bytes = "....";
+  EXPECT_EQ(utf16ToUtf8(u"a\u20ACb", 3, bytes.data(), 3), 0u);
+  EXPECT_EQ(bytes, "a...");
+  std::u16string units = u"...";
+  EXPECT_EQ(utf8ToUtf16("abc", 3, units.data(), 2), 0u);
+  EXPECT_TRUE(units == u"ab.");
+}
+
+TEST(Unicode, TheCodePageHoldsAscii) {
+  std::u16string units(3, u'?');
+  EXPECT_EQ(codePageToUtf16("a\\b", 3, nullptr, 0), 3u);
+  EXPECT_EQ(codePageToUtf16("a\\b", 3, units.data(), 3), 3u);
+  EXPECT_TRUE(units == u"a\\b");
+}
+
+}  // namespace
