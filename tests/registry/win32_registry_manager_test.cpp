@@ -145,8 +145,8 @@ TEST_F(Win32Registry, TextsAreCutToTheCapacity) {
 TEST_F(Win32Registry, FaultyTextsBecomeReplacementCharacters) {
   EXPECT_EQ(set("n", REG_SZ, "a\x80z\0"s), 0);
   EXPECT_TRUE(wide(u"n") == u"a\xFFFDz\0"s);
-  setWide(u"n", REG_SZ, u"a\xD83Dz", 6);
-  EXPECT_EQ(readWhole("n").bytes, "a\xEF\xBF\xBDz");
+  setWide(u"n", REG_SZ, u"a\xD83Dz", 8);
+  EXPECT_EQ(readWhole("n").bytes, "a\xEF\xBF\xBDz\0"s);
 }
 
 TEST_F(Win32Registry, TextsOfOddSizesReadAsNuls) {
