@@ -31,17 +31,22 @@ constinit QSREGISTRYVARIABLE s_defaultVariables[] = {
 
 namespace {
 
-// Everything here is ready before any code of the library runs, so that registrars of other
+// All of this is ready before any code of the library runs, so that registrars of other
 // modules may come first.
 constinit ltDoOnce_t s_once;
 constinit std::atomic<QSConfigVariableManagerImpl*> s_instance{nullptr};
 constinit std::atomic<bool> s_tornDown{false};
 constinit bool s_defaultsQueued = false;
-constinit std::mutex s_pendingGuard;
 constinit std::vector<QSREGISTRYVARIABLE*>* s_pendingTables = nullptr;
 
+// Made at its first use, since a mutex is not a constant at its start everywhere.
+std::mutex& pendingGuard() {
+  static auto* const guard = new std::mutex;
+  return *guard;
+}
+
 void appendPending(QSREGISTRYVARIABLE* table) {
-  const std::lock_guard<std::mutex> hold(s_pendingGuard);
+  const std::lock_guard<std::mutex> hold(pendingGuard());
   if (s_tornDown) {
     return;
   }
@@ -60,7 +65,7 @@ void constructManager() {
     appendPending(LTLib::detail::s_defaultVariables);
     s_defaultsQueued = true;
   }
-  const std::lock_guard<std::mutex> hold(s_pendingGuard);
+  const std::lock_guard<std::mutex> hold(pendingGuard());
   for (QSREGISTRYVARIABLE* table : *s_pendingTables) {
     manager->AddVariables(table);
   }
@@ -78,7 +83,7 @@ struct ManagerTeardown {
 
 struct PendingTablesTeardown {
   ~PendingTablesTeardown() {
-    const std::lock_guard<std::mutex> hold(s_pendingGuard);
+    const std::lock_guard<std::mutex> hold(pendingGuard());
     delete std::exchange(s_pendingTables, nullptr);
   }
 };

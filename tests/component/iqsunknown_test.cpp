@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -130,7 +131,7 @@ TEST(IqsCUnknown, CountsExactlyUnderManyThreads) {
   std::optional<std::uint32_t> end;
   auto* const object = new Component(nullptr, &end);
   iqsUnknown* const face = object->publicFace();
-  std::latch start(kThreads);
+  LTLib::Testing::Latch start(kThreads);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {

@@ -1,10 +1,10 @@
 // Threads that create, load and unload at the same time never wait for each other for ever.
 #include <array>
 #include <atomic>
-#include <latch>
 #include <thread>
 
 #include "tests/component/component_fixture.h"
+#include "tests/support/latch.h"
 #include "tests/support/watchdog.h"
 
 namespace LTLib::Testing {
@@ -50,7 +50,7 @@ class LoaderThreadsTest : public ComponentTest {
   static int failuresOf(const std::array<Round, kThreads>& rounds) {
     const Watchdog watchdog(std::chrono::seconds(120));
     std::atomic<int> failures{0};
-    std::latch start(kThreads);
+    LTLib::Testing::Latch start(kThreads);
     std::array<std::thread, kThreads> threads;
     for (std::size_t i = 0; i < kThreads; ++i) {
       threads[i] = std::thread([&start, &failures, round = rounds[i]] {

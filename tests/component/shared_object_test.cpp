@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <new>
 #include <optional>
 #include <thread>
 #include <vector>
+
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -93,7 +94,7 @@ TEST(IqsPtr, CountsExactlyUnderManyThreads) {
   constexpr int kThreads = 8;
   std::optional<int> end;
   iqs_ptr<Shared> shared(new Shared(&end));
-  std::latch start(kThreads);
+  LTLib::Testing::Latch start(kThreads);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {

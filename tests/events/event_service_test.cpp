@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "tests/support/latch.h"
 
 // The static analyser cannot follow atomic counts.
 // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks)
@@ -121,7 +122,7 @@ TEST(EventService, FirstCallersOfManyThreadsGetOneManager) {
   std::vector<ltEventManager<ltEventService>*> seen(kThreads);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
-  std::latch start(kThreads);
+  LTLib::Testing::Latch start(kThreads);
   for (auto& place : seen) {
     threads.emplace_back([&start, &place] {
       start.arrive_and_wait();

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <latch>
 #include <memory>
 #include <thread>
 #include <type_traits>
@@ -13,6 +12,7 @@
 
 #include "ltlib/foundation/kqsresult.h"
 #include "tests/support/child_process.h"
+#include "tests/support/latch.h"
 #include "tests/support/named_mutex_checks.h"
 #include "tests/support/named_mutex_name.h"
 
@@ -86,7 +86,7 @@ TEST(NamedMutex, ExcludesThreadsThroughObjectsOfTheirOwn) {
   constexpr int kRounds = 2000;
   const MutexName name;
   long counter = 0;
-  std::latch start(kThreads);
+  LTLib::Testing::Latch start(kThreads);
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
@@ -179,7 +179,7 @@ TEST(NamedMutex, AWaiterGetsWhatADyingOwnerLeaves) {
   NamedMutex mutex(name.c_str());
   ChildProcess owner("holder", {name.text()});
   ASSERT_EQ(owner.hear(), "held");
-  std::latch started(2);
+  LTLib::Testing::Latch started(2);
   std::vector<std::string> told(2);
   std::vector<std::thread> waiters;
   waiters.reserve(told.size());

@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/rw_lock_impl.h"
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -66,7 +66,7 @@ TEST(RWLock, AWritersEndLetsAllReadersInBeforeAnyWriter) {
     lock.writeLock();
     std::atomic<int> readersIn{0};
     std::atomic<int> readersSeenByWriters{0};
-    std::latch together(kReaders);
+    LTLib::Testing::Latch together(kReaders);
     std::vector<std::thread> threads;
     threads.reserve(kReaders + 2);
     for (int i = 0; i < 2; ++i) {
@@ -100,7 +100,7 @@ TEST(RWLock, GuardsHoldWhatTheyName) {
   RWLock lock;
   long value = 0;
   std::atomic<int> torn{0};
-  std::latch start(4);
+  LTLib::Testing::Latch start(4);
   std::vector<std::thread> threads;
   threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
@@ -155,8 +155,8 @@ TEST(Event, ManualStaysOpenAndAutomaticLetsOneThrough) {
   ASSERT_NE(manual, nullptr);
   ASSERT_NE(automatic, nullptr);
   constexpr int kWaiters = 4;
-  std::latch arrived(kWaiters);
-  std::latch passedManual(kWaiters);
+  LTLib::Testing::Latch arrived(kWaiters);
+  LTLib::Testing::Latch passedManual(kWaiters);
   std::atomic<int> passed{0};
   std::vector<std::thread> threads;
   threads.reserve(kWaiters);

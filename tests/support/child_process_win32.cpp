@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tests/support/child_process.h"
+#include "tests/support/command_line_win32.h"
 
 namespace LTLib::Testing {
 namespace {
@@ -45,20 +46,6 @@ std::string readLine(HANDLE pipe) {
   return line;
 }
 
-// A word as the C runtime takes it apart again: backslashes count twice ahead of a quote.
-std::string quoted(const std::string& word) {
-  std::string text = "\"";
-  std::size_t backslashes = 0;
-  for (const char byte : word) {
-    if (byte == '"') {
-      text.append(backslashes + 1, '\\');
-    }
-    backslashes = byte == '\\' ? backslashes + 1 : 0;
-    text += byte;
-  }
-  return text.append(backslashes, '\\') + '"';
-}
-
 struct Pipe {
   HANDLE readEnd = nullptr;
   HANDLE writeEnd = nullptr;
@@ -95,10 +82,9 @@ ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::s
     : m_state(new State) {
   char program[MAX_PATH] = {};
   GetModuleFileNameA(nullptr, program, sizeof program);
-  std::string command = quoted(program) + ' ' + quoted("--scenario=" + scenario);
-  for (const std::string& argument : arguments) {
-    command += ' ' + quoted(argument);
-  }
+  std::vector<std::string> words = {"--scenario=" + scenario};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::string command = commandLine(program, words);
 
   const Pipe down;
   const Pipe up;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
-#include <latch>
 #include <optional>
 #include <stdexcept>
 #include <thread>
@@ -11,6 +10,7 @@
 #include "ltlib/platform/files.h"
 #include "ltlib/variables/first_use_load.h"
 #include "ltlib/variables/variable_manager_impl.h"
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -260,7 +260,7 @@ TEST_F(VariableManager, ReportsWhereValuesCameFrom) {
 // Expansions see one state of the table each, while others define, change and remove.
 TEST_F(VariableManager, ReadersAndWritersMeet) {
   constexpr int kReaders = 4;
-  std::latch start(kReaders + 2);
+  LTLib::Testing::Latch start(kReaders + 2);
   std::atomic<int> torn{0};
   m_manager.AddVariable("State", "0");
   m_manager.AddVariable("Pair", "%State%=%State%");
@@ -295,8 +295,8 @@ TEST_F(VariableManager, ReadersAndWritersMeet) {
 
 // A thread that expands while another is inside the load goes on with what is defined so far.
 TEST_F(VariableManager, OneThreadLoadsAndNobodyWaits) {
-  std::latch inside(1);
-  std::latch leave(1);
+  LTLib::Testing::Latch inside(1);
+  LTLib::Testing::Latch leave(1);
   m_publicVariables = [&](QSConfigVariableManager& manager) {
     manager.AddVariable("Early", "seen");
     inside.count_down();
@@ -344,7 +344,7 @@ TEST(TableLock, AWriterComesBeforeLaterReaders) {
   while (!lock.writersWait()) {
     std::this_thread::yield();
   }
-  std::latch asked(1);
+  LTLib::Testing::Latch asked(1);
   std::thread reader([&] {
     asked.count_down();
     lock.lock_shared();

@@ -1,0 +1,34 @@
+// The one text in which Windows hands a program its words.
+#ifndef LTLIB_TESTS_SUPPORT_COMMAND_LINE_WIN32_H
+#define LTLIB_TESTS_SUPPORT_COMMAND_LINE_WIN32_H
+
+#include <string>
+#include <vector>
+
+namespace LTLib::Testing {
+
+// A word as the C runtime takes it apart again: backslashes count twice ahead of a quote.
+inline std::string quotedWord(const std::string& word) {
+  std::string text = "\"";
+  std::size_t backslashes = 0;
+  for (const char byte : word) {
+    if (byte == '"') {
+      text.append(backslashes + 1, '\\');
+    }
+    backslashes = byte == '\\' ? backslashes + 1 : 0;
+    text += byte;
+  }
+  return text.append(backslashes, '\\') + '"';
+}
+
+inline std::string commandLine(const std::string& program, const std::vector<std::string>& words) {
+  std::string text = quotedWord(program);
+  for (const std::string& word : words) {
+    text += ' ' + quotedWord(word);
+  }
+  return text;
+}
+
+}  // namespace LTLib::Testing
+
+#endif  // LTLIB_TESTS_SUPPORT_COMMAND_LINE_WIN32_H
