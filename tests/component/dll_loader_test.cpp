@@ -169,7 +169,7 @@ TEST_F(DllLoaderTest, EachFailedLoadTriesAgainAndTellsTheSystemsReason) {
   const struct {
     const char* id;
     std::string path;
-  } cases[] = {{"Broken.Absent", folder().path("absent")},
+  } cases[] = {{"Broken.Absent", folder().path("absent.library")},
                {"Broken.Text", noLibrary},
                {"Broken.Folder", folder().path()},
                {"Broken.Variable", "%SharedRoot%"},
@@ -184,7 +184,7 @@ TEST_F(DllLoaderTest, EachFailedLoadTriesAgainAndTellsTheSystemsReason) {
       EXPECT_FALSE(reportClass(row.id)->loadFailure.empty());
     }
   }
-  std::filesystem::copy(libraryPath("component_quiet"), folder().path("absent"));
+  std::filesystem::copy(libraryPath("component_quiet"), folder().path("absent.library"));
   iqsDllLoader::FactoryDll* record = nullptr;
   EXPECT_EQ(failureOf("Broken.Absent", &record), "");
   EXPECT_EQ(reportClass("Broken.Absent")->loadFailure, "");

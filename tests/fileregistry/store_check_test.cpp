@@ -130,7 +130,7 @@ TEST_F(StoreCheck, ReportsWhatTheSystemRefuses) {
   fs::remove(store());
   fs::create_directory(store());
   EXPECT_EQ(shown(checkStoreFile(store())), "!nofile0");
-  const StoreReport noLock = checkStoreFile(m_folder.path("absent") + "/store.cfg");
+  const StoreReport noLock = checkStoreFile(m_folder.path("absent/store.cfg"));
   EXPECT_EQ(shown(noLock), "!lock0");
   EXPECT_NE(noLock.fault->text.find("qsconfig.dat"), std::string::npos);
 }
@@ -199,7 +199,7 @@ TEST_F(StoreCheck, GuardKeepsOthersOutAndItsOwnThreadIn) {
   }
   EXPECT_TRUE(locksAreFree());
   EXPECT_EQ(LTLib::Testing::readFile(store()), "[A\\B]\n\"n\"=ulong:2\n\n");
-  EXPECT_THROW(LTLib::StoreGuard(m_folder.path("absent") + "/store.cfg"), std::length_error);
+  EXPECT_THROW(LTLib::StoreGuard(m_folder.path("absent/store.cfg")), std::length_error);
   EXPECT_TRUE(locksAreFree());
 }
 

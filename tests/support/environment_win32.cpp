@@ -1,3 +1,5 @@
+#include <windows.h>
+
 #include <cstdlib>
 
 #include "tests/support/environment.h"
@@ -16,12 +18,14 @@ ScopedEnvironment::~ScopedEnvironment() {
   set(m_name, m_before);
 }
 
-// The C runtime takes an empty value for a removal, so that one is cut short where it lies.
+// The C runtime takes an empty value for a removal, so that one is cut short where it lies;
+// children take theirs from the system.
 void ScopedEnvironment::set(const std::string& name, const std::optional<std::string>& value) {
   const bool empty = value.has_value() && value->empty();
   _putenv_s(name.c_str(), empty ? "x" : value.value_or("").c_str());
   if (empty) {
     *std::getenv(name.c_str()) = '\0';
+    SetEnvironmentVariableA(name.c_str(), "");
   }
 }
 
