@@ -1,11 +1,11 @@
 // What the first expansion of a process brings in, in a new process for each case, over the shared
 // library with its files beside it.
 #include <cstdio>
-#include <latch>
 #include <thread>
 
 #include "tests/registry/copied_program.h"
 #include "tests/support/child_process.h"
+#include "tests/support/latch.h"
 
 namespace {
 
@@ -237,7 +237,7 @@ TEST_F(FirstUseLoad, TheStepsOfOneRequest) {
 // Holds the one thread that loads until all others have expanded.
 class Holding : public QSVariableResolver {
  public:
-  explicit Holding(std::ptrdiff_t others) : m_inside(1), m_others(others) {}
+  explicit Holding(int others) : m_inside(1), m_others(others) {}
 
   QSResult Resolve(const std::string& name, const std::string& /*value*/,
                    std::string& /*replacement*/) override {
@@ -248,8 +248,8 @@ class Holding : public QSVariableResolver {
     return -1;
   }
 
-  std::latch m_inside;
-  std::latch m_others;
+  LTLib::Testing::Latch m_inside;
+  LTLib::Testing::Latch m_others;
 };
 
 const Scenario s_held("held", [](const Lines&) {
@@ -285,7 +285,7 @@ TEST_F(FirstUseLoad, NobodyWaitsForTheThreadThatLoads) {
 
 const Scenario s_race("race", [](const Lines&) {
   constexpr int kThreads = 8;
-  std::latch start(kThreads);
+  LTLib::Testing::Latch start(kThreads);
   Lines answers(kThreads);
   std::vector<std::thread> threads;
   for (std::string& answer : answers) {

@@ -72,16 +72,21 @@ void crash() {
   std::abort();
 }
 
+std::string thisProgram() {
+  char path[MAX_PATH] = {};
+  GetModuleFileNameA(nullptr, path, sizeof path);
+  return path;
+}
+
 struct ChildProcess::State {
   HANDLE process = nullptr;
   HANDLE toChild = nullptr;
   HANDLE fromChild = nullptr;
 };
 
-ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::string>& arguments)
+ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::string>& arguments,
+                           const std::string& program)
     : m_state(new State) {
-  char program[MAX_PATH] = {};
-  GetModuleFileNameA(nullptr, program, sizeof program);
   std::vector<std::string> words = {"--scenario=" + scenario};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::string command = commandLine(program, words);

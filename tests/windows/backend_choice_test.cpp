@@ -49,9 +49,7 @@ TEST(BackendChoice, GoesByTheMarkerBesideTheLibrary) {
        kFile},
       {"renamed library", "plain", "other.dll", nullptr, kFile},
   };
-  char program[MAX_PATH] = {};
-  GetModuleFileNameA(nullptr, program, sizeof program);
-  const fs::path built = fs::path(program).parent_path() / LTLIB_DLL;
+  const fs::path built = fs::path(LTLib::Testing::thisProgram()).parent_path() / LTLIB_DLL;
   for (const auto& row : cases) {
     const LTLib::Testing::TempFolder temp;
     const fs::path folder = temp.path(row.folder);
