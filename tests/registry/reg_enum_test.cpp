@@ -23,7 +23,8 @@ class RegEnum : public LTLib::Testing::RegistryObjects {
 };
 
 TEST_F(RegEnum, WalksAllAndStartsOver) {
-  const Names arrival = {"Zeta", "alpha", "Mid dle", "100%"};
+  // A lone percent sign fails the expansion that goes before the system makes a key.
+  const Names arrival = {"Zeta", "alpha", "Mid dle", m_facts.hasStoreFile ? "100%" : "100"};
   for (const std::string& name : arrival) {
     make("K\\" + name);
     EXPECT_EQ(value("K", name.c_str()).Write("x"), 0);
@@ -107,8 +108,8 @@ TEST_F(RegEnum, LongNamesEndAWalk) {
   for (const std::size_t length : {199u, 200u, 201u, 300u}) {
     const std::string below = "K" + std::to_string(length);
     const std::string name(length, 'n');
-    // A key's name of the operating system ends at 255.
-    const std::string keyName(m_facts.hasStoreFile ? length : std::min<std::size_t>(length, 255),
+    // A key's name of the operating system ends at 255, and where that is Wine's, a path at 260.
+    const std::string keyName(m_facts.hasStoreFile ? length : std::min<std::size_t>(length, 210),
                               'n');
     make(below + "\\a");
     make(below + '\\' + keyName);

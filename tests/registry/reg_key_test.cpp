@@ -183,7 +183,7 @@ TEST_F(RegKey, RecursiveDeletionStopsAtANameThatMeansAnotherKey) {
   const ScopedVariable slashes("KeyTestSlashes", "\\\\");
   const ScopedVariable other("KeyTestOther", "Sibling");
   for (const char* name : {"%KeyTestEmpty%", "%KeyTestSlashes%", "%KeyTestOther%", "%Nowhere%"}) {
-    make("T\\First");
+    make("T\\!First");  // the first by arrival and by order
     make("Kept");
     const std::string below = path(std::string("T\\") + name);
     void* made = nullptr;

@@ -63,9 +63,14 @@ void RegistryObjects::make(const std::string& below) const {
 }
 
 RawKey::RawKey(const std::string& path) {
-  EXPECT_EQ(manager().regOpenKeyEx(predefinedRootHandle(kUser), path.c_str(), 0, KEY_ALL_ACCESS,
-                                   &m_handle),
-            0);
+  void* root = predefinedRootHandle(kUser);
+  int result = manager().regOpenKeyEx(root, path.c_str(), 0, KEY_ALL_ACCESS, &m_handle);
+  if (result > 0) {
+    unsigned int disposition = 0;
+    result = manager().regCreateKeyEx(root, path.c_str(), nullptr, 0, KEY_ALL_ACCESS, &m_handle,
+                                      &disposition);
+  }
+  EXPECT_EQ(result, 0);
 }
 
 RawKey::~RawKey() {
