@@ -54,11 +54,9 @@ void reportNoLoad(const FactoryDll& record, char** error) {
   }
 }
 
-// The class's record, made from its entry in the registry if need be; null without an entry.
-FactoryDll* findOrAddFactory(DllLoaderTables& tables, const char* id, char** error) {
-  if (FactoryDll* const known = tables.factories.find(id); known != nullptr) {
-    return known;
-  }
+// Makes the class's record from its entry in the registry, unless another thread has done so; null
+// without an entry. Apart from the look-up, which would otherwise save registers for its sake.
+[[gnu::noinline]] FactoryDll* addFactory(DllLoaderTables& tables, const char* id, char** error) {
   const ScopedLock hold(tables.tableLock);
   if (FactoryDll* const known = tables.factories.find(id); known != nullptr) {
     return known;
@@ -72,6 +70,11 @@ FactoryDll* findOrAddFactory(DllLoaderTables& tables, const char* id, char** err
   auto* const record = new FactoryDll(id, path);
   tables.factories.add(*record);
   return record;
+}
+
+FactoryDll* findOrAddFactory(DllLoaderTables& tables, const char* id, char** error) {
+  FactoryDll* const known = tables.factories.find(id);
+  return known != nullptr ? known : addFactory(tables, id, error);
 }
 
 // Whether the library is loaded, one more load being counted then. Since only a count of 0 leads to
