@@ -22,7 +22,7 @@ std::string libraryToEnter(const Request& request) {
     return *request.file;
   }
   std::error_code error;
-  const std::string file = std::filesystem::absolute(*request.file, error).string();
+  std::string file = std::filesystem::absolute(*request.file, error).string();
   if (error) {
     throw Failure(ExitCode::kBadInput, "the file " + inQuotes(*request.file) +
                                            " cannot be made absolute: " + error.message());

@@ -23,7 +23,9 @@ KeyArgument classKey(const std::string& id) {
 std::vector<ClassEntry> classesBelow(Session& session, const std::string& path) {
   std::vector<ClassEntry> classes;
   for (const std::string& id : session.subKeys(path)) {
-    for (const NamedValue& each : session.values(path + '\\' + id)) {
+    std::string key = path;
+    key.append("\\").append(id);
+    for (const NamedValue& each : session.values(key)) {
       if (each.value.type == REG_SZ && sameName(each.name, kLibraryValue)) {
         classes.push_back({id, each.value.data});
         break;
