@@ -4,7 +4,11 @@
 #include <io.h>
 #include <windows.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+
+#include "ltlib/platform/win32/system_words.h"
 
 namespace LTLib::Platform {
 namespace {
@@ -25,6 +29,129 @@ void denyToChildren(int descriptor) {
 // The runtime gives out the lowest number that is free, so that going upwards fills the gaps.
 bool openIfClosed(int descriptor) {
   return isOpen(descriptor) || _open("NUL", _O_RDWR) == descriptor;
+}
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kMostOutput = std::size_t{1} << 20;
+constexpr DWORD kTickMilliseconds = 10;
+// The codes of exceptions that nobody handled begin here.
+constexpr DWORD kFirstException = 0xC0000000;
+
+class Handle {
+ public:
+  explicit Handle(HANDLE handle = nullptr) : m_handle(handle) {}
+  ~Handle() { close(); }
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+
+  [[nodiscard]] HANDLE get() const { return m_handle; }
+  [[nodiscard]] HANDLE* put() { return &m_handle; }
+  void close() {
+    if (m_handle != nullptr && m_handle != INVALID_HANDLE_VALUE) {
+      CloseHandle(m_handle);
+    }
+    m_handle = nullptr;
+  }
+
+ private:
+  HANDLE m_handle;
+};
+
+// A word as the C runtime takes it apart again: backslashes count twice ahead of a quote.
+void appendWord(std::string& line, const std::string& word) {
+  line += line.empty() ? "\"" : " \"";
+  std::size_t backslashes = 0;
+  for (const char byte : word) {
+    if (byte == '"') {
+      line.append(backslashes + 1, '\\');
+    }
+    backslashes = byte == '\\' ? backslashes + 1 : 0;
+    line += byte;
+  }
+  line.append(backslashes, '\\') += '"';
+}
+
+// Gives the system's error, or 0 and the child. A window that tells of a crash would keep the
+// child from its end.
+DWORD spawn(const std::string& program, const std::vector<std::string>& arguments, HANDLE input,
+            HANDLE output, Handle& child) {
+  std::string line;
+  appendWord(line, program);
+  for (const std::string& argument : arguments) {
+    appendWord(line, argument);
+  }
+  STARTUPINFOA start{};
+  start.cb = sizeof start;
+  start.dwFlags = STARTF_USESTDHANDLES;
+  start.hStdInput = input;
+  start.hStdOutput = output;
+  start.hStdError = reinterpret_cast<HANDLE>(_get_osfhandle(kErrors));
+  PROCESS_INFORMATION made{};
+  const UINT before = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+  const BOOL started = CreateProcessA(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0,
+                                      nullptr, nullptr, &start, &made);
+  const DWORD error = started != 0 ? 0 : GetLastError();
+  SetErrorMode(before);
+  if (error == 0) {
+    CloseHandle(made.hThread);
+    *child.put() = made.hProcess;
+  }
+  return error;
+}
+
+// Takes what the child has written so far.
+void drain(HANDLE output, std::string& taken) {
+  char piece[4096];
+  DWORD waiting = 0;
+  DWORD size = 0;
+  while (PeekNamedPipe(output, nullptr, 0, nullptr, &waiting, nullptr) != 0 && waiting != 0 &&
+         ReadFile(output, piece, sizeof piece, &size, nullptr) != 0) {
+    const std::size_t room = kMostOutput - taken.size();
+    taken.append(piece, std::min<std::size_t>(size, room));
+  }
+}
+
+// What the child wrote has its system's line ends.
+void joinLineEnds(std::string& text) {
+  for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) {
+    text.erase(at, 1);
+  }
+}
+
+void describe(HANDLE child, ChildOutcome& outcome) {
+  DWORD code = 0;
+  GetExitCodeProcess(child, &code);
+  outcome.end = code >= kFirstException ? ChildEnd::kCrashed : ChildEnd::kExited;
+  outcome.code = static_cast<long>(code);
+  if (outcome.end == ChildEnd::kCrashed) {
+    char number[32];
+    std::snprintf(number, sizeof number, "exception 0x%08lX", code);
+    outcome.reason = number;
+  }
+}
+
+// Looks for the end in short steps, since the pipe alone does not show it: a child may close its
+// end and go on, or leave it to a process of its own.
+void await(HANDLE child, HANDLE output, Clock::time_point limit, ChildOutcome& outcome) {
+  for (;;) {
+    const bool ended = WaitForSingleObject(child, kTickMilliseconds) == WAIT_OBJECT_0;
+    drain(output, outcome.output);
+    if (ended) {
+      describe(child, outcome);
+      return;
+    }
+    if (Clock::now() >= limit) {
+      TerminateProcess(child, kFirstException);
+      WaitForSingleObject(child, INFINITE);
+      outcome.end = ChildEnd::kTimedOut;
+      return;
+    }
+  }
+}
+
+ChildOutcome notStarted(DWORD error) {
+  return {ChildEnd::kNotStarted, static_cast<long>(error), systemWords(error), {}};
 }
 
 }  // namespace
@@ -51,6 +178,35 @@ std::FILE* divertStandardOutput() noexcept {
     _close(data);
   }
   return stream;
+}
+
+std::string programPath() {
+  std::string path(32768, '\0');
+  path.resize(GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size())));
+  return path;
+}
+
+ChildOutcome runChild(const std::string& program, const std::vector<std::string>& arguments,
+                      std::chrono::milliseconds limit) {
+  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+  const Handle nothing(CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                   &inherited, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  Handle output;
+  Handle childsOutput;
+  if (CreatePipe(output.put(), childsOutput.put(), &inherited, 0) == 0) {
+    return notStarted(GetLastError());
+  }
+  SetHandleInformation(output.get(), HANDLE_FLAG_INHERIT, 0);
+  Handle child;
+  if (const DWORD error = spawn(program, arguments, nothing.get(), childsOutput.get(), child);
+      error != 0) {
+    return notStarted(error);
+  }
+  childsOutput.close();
+  ChildOutcome outcome;
+  await(child.get(), output.get(), Clock::now() + limit, outcome);
+  joinLineEnds(outcome.output);
+  return outcome;
 }
 
 }  // namespace LTLib::Platform
