@@ -5,7 +5,20 @@
 
 namespace LTLib::detail {
 
+// A value may itself end in a carriage return; the store's own first line, a header, never does.
+void LineSource::dropCarriageReturn(std::string& line, std::size_t start) {
+  const bool pair = line.size() > start && line.back() == '\r';
+  if (m_ends == LineEnds::kAsTheFirst) {
+    m_ends = LineEnds::kLineFeed;
+    m_pairs = pair;
+  }
+  if (m_pairs && pair) {
+    line.pop_back();
+  }
+}
+
 bool LineSource::appendLine(std::string& line) {
+  const std::size_t start = line.size();
   bool taken = false;
   for (;;) {
     if (m_piece.empty()) {
@@ -19,6 +32,7 @@ bool LineSource::appendLine(std::string& line) {
     line += m_piece.substr(0, end);
     if (end != std::string_view::npos) {
       m_piece.remove_prefix(end + 1);
+      dropCarriageReturn(line, start);
       return true;
     }
     m_piece = {};

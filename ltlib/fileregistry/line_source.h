@@ -16,12 +16,18 @@ namespace detail {
 
 class LineSource {
  public:
-  LineSource() = default;
+  /// The byte or bytes that end a line.
+  enum class LineEnds {
+    kLineFeed,
+    kAsTheFirst,  // carriage return and line feed throughout if the first line ends in them
+  };
+
+  explicit LineSource(LineEnds ends = LineEnds::kLineFeed) : m_ends(ends) {}
   virtual ~LineSource() = default;
   LineSource(const LineSource&) = delete;
   LineSource& operator=(const LineSource&) = delete;
 
-  /// Appends the bytes up to the next line feed, which is passed over, or up to the end of the
+  /// Appends the bytes up to the next line end, which is passed over, or up to the end of the
   /// text. False if not a single byte was left.
   bool appendLine(std::string& line);
 
@@ -30,14 +36,20 @@ class LineSource {
   virtual std::string_view nextPiece() = 0;
 
  private:
+  void dropCarriageReturn(std::string& line, std::size_t start);
+
   std::string_view m_piece;
+  LineEnds m_ends;
+  bool m_pairs = false;
 };
 
-/// Reads an open file, which stays the caller's. A read error is thrown as QSException: a file
-/// that breaks off in the middle must not pass for a short one.
+/// Reads an open file, which stays the caller's, with the line ends of whichever system wrote it.
+/// A read error is thrown as QSException: a file that breaks off in the middle must not pass for a
+/// short one.
 class FileLineSource final : public LineSource {
  public:
-  explicit FileLineSource(Platform::File& file) : m_file(file), m_buffer(kPiece, '\0') {}
+  explicit FileLineSource(Platform::File& file)
+      : LineSource(LineEnds::kAsTheFirst), m_file(file), m_buffer(kPiece, '\0') {}
 
  protected:
   std::string_view nextPiece() override;
