@@ -8,6 +8,8 @@ export WINEDEBUG=-all
 # No menus of the desktop, and no offers to install what nothing here needs.
 export WINEDLLOVERRIDES='winemenubuilder.exe=d;mscoree,mshtml='
 unset DISPLAY
+# By this the words of a command line are taken for UTF-8, wherever the caller stands.
+export LC_ALL=C.UTF-8
 shift
 
 # The first program starts the server and the system's services, which live on for a while and

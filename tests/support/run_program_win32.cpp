@@ -17,6 +17,15 @@ HANDLE openForChild(const std::string& path, DWORD access, DWORD creation) {
                      FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+// Words reach a program as UTF-16, whatever the code page of this one is.
+std::wstring wide(const std::string& text) {
+  const auto size = static_cast<int>(text.size());
+  std::wstring result(text.size(), L'\0');
+  result.resize(static_cast<std::size_t>(
+      MultiByteToWideChar(CP_UTF8, 0, text.data(), size, result.data(), size)));
+  return result;
+}
+
 }  // namespace
 
 // Files take what the program writes, so that no pipe fills up while nobody reads.
@@ -29,16 +38,16 @@ RunningProgram::RunningProgram(const std::string& program,
                                const std::vector<std::string>& arguments, const std::string& folder)
     : m_state(std::make_unique<State>()) {
   const std::string file = std::filesystem::absolute(program).make_preferred().string();
-  std::string command = commandLine(file, arguments);
-  STARTUPINFOA start{};
+  std::wstring command = wide(commandLine(file, arguments));
+  STARTUPINFOW start{};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
   start.hStdInput = openForChild("NUL", GENERIC_READ, OPEN_EXISTING);
   start.hStdOutput = openForChild(m_state->written.path("output"), GENERIC_WRITE, CREATE_ALWAYS);
   start.hStdError = openForChild(m_state->written.path("errors"), GENERIC_WRITE, CREATE_ALWAYS);
   PROCESS_INFORMATION made{};
-  const BOOL started = CreateProcessA(file.c_str(), command.data(), nullptr, nullptr, TRUE, 0,
-                                      nullptr, folder.c_str(), &start, &made);
+  const BOOL started = CreateProcessW(wide(file).c_str(), command.data(), nullptr, nullptr, TRUE, 0,
+                                      nullptr, wide(folder).c_str(), &start, &made);
   for (const HANDLE handle : {start.hStdInput, start.hStdOutput, start.hStdError}) {
     CloseHandle(handle);
   }
