@@ -6,14 +6,16 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 usage() {
   cat <<'TEXT'
-usage: scripts/test.sh [--all] [--help]
+usage: scripts/test.sh [--windows | --all] [--help]
 
 Installs missing packages, builds the preset dev and runs its tests.
 
-  --all    also checks the format and runs clang-tidy, and runs the tests once more under the
-           address and undefined-behaviour sanitizers (preset asan) and under the thread
-           sanitizer (preset tsan)
-  --help   prints this text
+  --windows   builds the preset windows with MinGW-w64 and runs its tests and the demo with Wine;
+              of the preset dev it builds the tool alone, to exchange stores with it
+  --all       both of these, with a check of the format and of clang-tidy, and the tests once more
+              under the address and undefined-behaviour sanitizers (preset asan) and under the
+              thread sanitizer (preset tsan)
+  --help      prints this text
 TEXT
 }
 
@@ -62,28 +64,48 @@ test_tsan() {
   without_address_spread ctest --preset tsan
 }
 
-all=false
-for option in "$@"; do
-  case $option in
-    --all) all=true ;;
-    --help) usage; exit ;;
-    *) usage >&2; exit 2 ;;
-  esac
-done
+test_windows() {
+  step "build windows" build windows
+  step "test windows" ctest --preset windows
+  step "build the tool of this system" build dev --target ltreg
+  step "exchange stores between the systems" tests/windows/exchange_stores.sh \
+    build/dev/bin/ltreg build/windows/bin/ltreg.exe "$PWD/cmake/run_with_wine.sh" \
+    "$PWD/build/windows"
+}
 
-packages=("${build_packages[@]}" "${tool_packages[@]}" "${test_packages[@]}")
-if $all; then
-  packages+=("${check_packages[@]}")
-fi
-step "install packages" install_packages "${packages[@]}"
-if $all; then
+test_all() {
   step "check the format" check_format
-fi
-step "build dev" build dev
-step "test dev" ctest --preset dev
-if $all; then
+  step "build dev" build dev
+  step "test dev" ctest --preset dev
   step "run clang-tidy" check_tidy
+  test_windows
   step "build asan" build asan
   step "test asan" ctest --preset asan
   step "build and test tsan" test_tsan
-fi
+}
+
+case ${1-} in
+  --help)
+    usage
+    ;;
+  --windows)
+    step "install packages" install_packages "${build_packages[@]}" "${test_packages[@]}" \
+      "${windows_packages[@]}"
+    test_windows
+    ;;
+  --all)
+    step "install packages" install_packages "${build_packages[@]}" "${tool_packages[@]}" \
+      "${test_packages[@]}" "${windows_packages[@]}" "${check_packages[@]}"
+    test_all
+    ;;
+  '')
+    step "install packages" install_packages "${build_packages[@]}" "${tool_packages[@]}" \
+      "${test_packages[@]}"
+    step "build dev" build dev
+    step "test dev" ctest --preset dev
+    ;;
+  *)
+    usage >&2
+    exit 2
+    ;;
+esac

@@ -5,6 +5,8 @@
 build_packages=(g++ cmake ninja-build)
 tool_packages=(libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev)
+windows_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest
+  libcli11-dev nlohmann-json3-dev)
 check_packages=(clang-format clang-tidy)
 bench_packages=(libbenchmark-dev pkg-config uuid-dev libglib2.0-dev libboost-dev libabsl-dev
   libpoco-dev qtbase5-dev)
@@ -18,11 +20,12 @@ report_failed_step() {
 }
 trap report_failed_step EXIT
 
-# step NAME COMMAND...: runs the command under that name, which a failure is reported by.
+# step NAME COMMAND...: runs the command under that name, which a failure is reported by; shows the
+# time since the script began.
 step() {
   current_step=$1
   shift
-  printf '\n==> %s\n' "$current_step"
+  printf '\n==> %s  [%d s]\n' "$current_step" "$SECONDS"
   "$@"
 }
 
@@ -63,8 +66,8 @@ install_packages() {
 
 jobs=$(nproc 2>/dev/null || echo 2)
 
-# build PRESET: configures and builds.
+# build PRESET OPTIONS...: configures and builds.
 build() {
   cmake --preset "$1"
-  cmake --build --preset "$1" --parallel "$jobs"
+  cmake --build --preset "$1" --parallel "$jobs" "${@:2}"
 }
