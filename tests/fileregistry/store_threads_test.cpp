@@ -169,7 +169,7 @@ TEST_F(StoreThreads, EightProcessesOfWhichSomeAreKilled) {
     return std::make_unique<ChildProcess>(
         "saver", std::vector<std::string>{store(), std::to_string(rounds)});
   };
-  constexpr int kRounds = kOpenFilesCanBeReplaced ? 500 : 100;
+  constexpr int kRounds = 500;
   std::vector<std::unique_ptr<ChildProcess>> savers;
   for (int i = 0; i < 5; ++i) {
     savers.push_back(start(kRounds));
