@@ -19,7 +19,8 @@
 // |                        |               | nothing and may wait       |                      |
 //
 // "Abandoned" is told once, by the exception of the lock that obtains the mutex: its thread is the
-// owner and has one unlock to do. A name left over from a crash never blocks.
+// owner and has one unlock to do. A name left over from a crash never blocks. On Windows a mutex
+// goes with the last object of its name, so that only who had one then is told.
 //
 // Names: any text of any length, compared byte by byte, is a name of its own on POSIX systems. On
 // Windows the system's rules hold: no backslash, less than 260 bytes.
