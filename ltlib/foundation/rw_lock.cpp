@@ -17,6 +17,9 @@ constexpr std::uint64_t kStateBits = 3;
 constexpr std::uint64_t kReadEventOpen = 4;  // since readers were let in that had waited
 constexpr std::uint64_t kOneReader = 8;
 constexpr std::uint64_t kOneWriter = std::uint64_t{1} << 33;
+// One holder, and nobody that waits.
+constexpr std::uint64_t kSoleReader = kOneReader | static_cast<std::uint64_t>(State::kReading);
+constexpr std::uint64_t kSoleWriter = kOneWriter | static_cast<std::uint64_t>(State::kWriting);
 
 State stateOf(std::uint64_t word) {
   return static_cast<State>(word & kStateBits);
@@ -57,38 +60,49 @@ RWLockImpl::EventHandle RWLockImpl::makeEvent(EventMaker maker, EventReset reset
 }
 
 // Who is let in at once need not look at an event: the events are for those that wait.
+// The first try takes the lock for free, which saves a look at it.
 void RWLockImpl::readLock() {
-  Word now = m_word.load(std::memory_order_relaxed);
-  Word next = 0;
-  do {
+  Word now = 0;
+  Word next = kSoleReader;
+  while (!m_word.compare_exchange_weak(now, next, std::memory_order_acq_rel,
+                                       std::memory_order_relaxed)) {
     next = now + kOneReader;
     if (stateOf(now) == State::kFree) {
       next = withState(next, State::kReading);
     }
-  } while (!m_word.compare_exchange_weak(now, next, std::memory_order_acq_rel,
-                                         std::memory_order_relaxed));
+  }
   if (stateOf(now) == State::kWriting) {
     Platform::waitForEvent(*m_readEvent);
   }
 }
 
 void RWLockImpl::writeLock() {
-  Word now = m_word.load(std::memory_order_relaxed);
-  Word next = 0;
-  do {
+  Word now = 0;
+  Word next = kSoleWriter;
+  while (!m_word.compare_exchange_weak(now, next, std::memory_order_acq_rel,
+                                       std::memory_order_relaxed)) {
     next = now + kOneWriter;
     if (stateOf(now) == State::kFree) {
       next = withState(next, State::kWriting);
     }
-  } while (!m_word.compare_exchange_weak(now, next, std::memory_order_acq_rel,
-                                         std::memory_order_relaxed));
+  }
   if (stateOf(now) != State::kFree) {
     Platform::waitForEvent(*m_writeEvent);
   }
 }
 
+// The word of a sole holder says all, so that nothing has to be worked out for it.
 void RWLockImpl::unlock() {
   Word now = m_word.load(std::memory_order_relaxed);
+  if ((now == kSoleReader || now == kSoleWriter) &&
+      m_word.compare_exchange_strong(now, 0, std::memory_order_acq_rel,
+                                     std::memory_order_relaxed)) {
+    return;
+  }
+  unlockAmongOthers(now);
+}
+
+void RWLockImpl::unlockAmongOthers(Word now) {
   Word next = 0;
   do {
     next = afterUnlock(now);

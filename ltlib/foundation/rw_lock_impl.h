@@ -41,6 +41,7 @@ class RWLockImpl {
   using Word = std::uint64_t;
 
   static EventHandle makeEvent(EventMaker maker, Platform::EventReset reset);
+  void unlockAmongOthers(Word now);
   Word afterUnlock(Word now);
 
   EventHandle m_readEvent;
