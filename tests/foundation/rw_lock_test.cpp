@@ -45,8 +45,8 @@ TEST(RWLock, ReadersPassAWriterThatWaitsAndAnyThreadMayUnlock) {
 TEST(RWLock, AWritersEndLetsAllReadersInBeforeAnyWriter) {
   constexpr int kReaders = 3;
   constexpr int kWriters = 2;
+  RWLockImpl lock;
   for (int round = 0; round < 20; ++round) {
-    RWLockImpl lock;
     std::atomic<int> readersIn{0};
     LTLib::Testing::Latch together(kReaders);
     lock.writeLock();
