@@ -7,24 +7,43 @@
 #include <string>
 
 #include "ltlib/ltlib.h"
+#include "tests/component/libraries/stage.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_folder.h"
 
 namespace LTLib::Testing {
 
-/// The file of a test's component library.
-[[nodiscard]] std::string libraryPath(const std::string& name);
-
-/// Makes, changes or removes the entry of a class in the registry.
-void enterClass(const std::string& id, const std::string& library);
-void removeClass(const std::string& id);
-
 class ComponentTest : public testing::Test {
  protected:
-  ComponentTest();
+  ComponentTest() {
+    static const ScopedEnvironment s_store("HKEY_LOCAL_MACHINE", folder().path("HKLM.cfg"));
+    Stage::takeNotes();
+  }
 
-  /// The store of the whole program, which is read once.
-  static const TempFolder& folder();
+  /// The folder of the store, which the whole program has in common: a process reads it once.
+  static const TempFolder& folder() {
+    static const TempFolder s_folder;
+    return s_folder;
+  }
+
+  /// The file of a test's component library.
+  static std::string libraryPath(const std::string& name) {
+    return LTLIB_TEST_LIBRARIES "/component_" + name + LTLIB_TEST_LIBRARY_SUFFIX;
+  }
+
+  /// Makes or changes the entry of a class in the registry.
+  static void enterClass(const std::string& id, const std::string& library) {
+    CQSRegValue entry(REG_ROOT_LOCAL_MACHINE, ("%CLASSID%\\" + id).c_str(), "InprocServer");
+    ASSERT_EQ(entry.Write(library.c_str()), 0) << id;
+  }
+
+  /// "count loaded factory" of a class, with a dash for what it lacks.
+  static std::string stateOf(const char* id) {
+    const std::optional<ClassReport> report = reportClass(id);
+    return !report ? "none"
+                   : std::to_string(report->loadCount) + (report->isLoaded ? " loaded" : " -") +
+                         (report->hasFactory ? " factory" : " -");
+  }
 };
 
 }  // namespace LTLib::Testing

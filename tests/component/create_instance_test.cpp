@@ -1,213 +1,123 @@
 // Each way in which a creation can end: result, text, trace and references.
-#include "ltlib/component/instance_creation.h"
-
-#include <sstream>
 #include <stdexcept>
 
 #include "tests/component/component_fixture.h"
-#include "tests/component/libraries/stage.h"
 
 namespace LTLib::Testing {
 namespace {
 
-using Notes = std::vector<std::string>;
-
 // The tracer asks once, at the first line.
 const ScopedEnvironment s_tracing("LTTRACER", "warning");
 
-// Collects the traces of failed creations that the scope sees.
-class CreationTraces {
- public:
-  CreationTraces() { testing::internal::CaptureStderr(); }
+// What a creation gives and shows.
+struct Creation {
+  QSResult result = 0;
+  void* out = nullptr;
+  std::string error = "old";
+  std::string trace;
+  std::string notes;
+};
 
-  Notes take() {
-    std::istringstream text(testing::internal::GetCapturedStderr());
-    Notes found;
-    for (std::string line; std::getline(text, line);) {
-      if (line.find("TRACE_MODULE_NAME:") == 0) {
-        found.push_back(line);
-      }
-    }
-    return found;
+Creation create(iqsUnknown* outer, const char* id) {
+  Creation made;
+  testing::internal::CaptureStderr();
+  made.result = iqs_CoCreateInstance(outer, id, &made.out, made.error);
+  const std::string shown = testing::internal::GetCapturedStderr();
+  if (const std::size_t at = shown.find("TRACE_MODULE_NAME:"); at != std::string::npos) {
+    made.trace = shown.substr(at, shown.find_last_not_of("\r\n") + 1 - at);
   }
-};
-
-std::string traceOf(const std::string& id) {
-  return "TRACE_MODULE_NAME: iqsunknown:163 iqs_CoCreateInstance: "
-         "QSLT: Failed to create an instance : " +
-         id;
+  made.notes = Stage::takeNotes();
+  return made;
 }
-
-std::uint32_t loadCountOf(const char* id) {
-  const auto report = reportClass(id);
-  return report ? report->loadCount : 0;
-}
-
-struct Failure {
-  const char* id;
-  QSResult result;
-  std::string error;
-  bool isTraced;
-  std::uint32_t loads;  // that the creation leaves behind
-  Notes notes;
-};
 
 class CreateInstanceTest : public ComponentTest {
  protected:
   CreateInstanceTest() {
     for (const char* id :
-         {"Outcome.Good", "IQS_UNKNOWN", "Outcome.Positive", "Outcome.Refuses",
+         {"Outcome.Good", "Outcome.Positive", "Outcome.Refuses", "Outcome.None",
           "Outcome.StoresNothing", "Outcome.ThrowsOwn", "Outcome.ThrowsStandard",
-          "Outcome.ThrowsNumber", "Outcome.InitFails", "Outcome.InitThrows", "Outcome.Lingers"}) {
-      enterClass(id, libraryPath("component_outcomes"));
+          "Outcome.ThrowsNumber", "Outcome.InitFails", "Outcome.InitThrows", "IQS_UNKNOWN"}) {
+      enterClass(id, libraryPath("outcomes"));
     }
-    enterClass("Quiet.Unknown", libraryPath("component_quiet"));
-    enterClass("Broken.Unknown", "/nowhere");
-    Stage::takeNotes();
+    enterClass("No.Library", "/nowhere");
   }
 };
 
-// With and without the text: two creations.
-void expectFailure(const Failure& row) {
-  const std::string shownId = row.id != nullptr ? row.id : "";
-  SCOPED_TRACE(shownId);
-  const std::uint32_t before = loadCountOf(row.id);
-  void* out = &out;
-  std::string error = "old";
-  CreationTraces traces;
-  const QSResult result = iqs_CoCreateInstance(nullptr, row.id, &out, error);
-  const QSResult resultWithoutText = iqs_CoCreateInstance(nullptr, row.id, &out);
-  EXPECT_EQ(traces.take(), Notes(row.isTraced ? 2 : 0, traceOf(shownId)));
-  EXPECT_EQ(result, row.result);
-  EXPECT_EQ(resultWithoutText, row.result);
-  EXPECT_EQ(error, row.error.empty() ? "old" : row.error);
-  EXPECT_EQ(out, &out);
-  EXPECT_EQ(loadCountOf(row.id) - before, 2 * row.loads);
-  Notes twice = row.notes;
-  twice.insert(twice.end(), row.notes.begin(), row.notes.end());
-  EXPECT_EQ(Stage::takeNotes(), twice);
-}
-
+// Every creation that found the library leaves a load behind. Once there is an object, nothing is
+// traced any more.
 TEST_F(CreateInstanceTest, EachFailureHasItsResultTextAndTrace) {
-  // Loaded ahead, so that no row sees a library come.
-  static_cast<void>(iqsDllLoader::Load("Outcome.Good", nullptr));
-  static_cast<void>(iqsDllLoader::Load("Quiet.Unknown", nullptr));
-  Stage::takeNotes();
-  const Failure cases[] = {
-      {nullptr, kNotAvailable, "", true, 0, {}},
-      {"Unknown.Unknown",
-       kNotAvailable,
-       "No DLL registered for CLSID Unknown.Unknown",
-       true,
-       0,
-       {}},
-      {"Broken.Unknown",
-       kNotAvailable,
-       "DllLoader cannot load /nowhere for CLSID Broken.Unknown",
-       true,
-       0,
-       {}},
-      {"Quiet.Unknown", kNotAvailable, "", true, 1, {}},
-      {"Outcome.Refuses", kFailure, "", true, 1, {}},
-      {"Outcome.StoresNothing", kNotAvailable, "", true, 1, {}},
-      {"Outcome.ThrowsOwn", kNotAvailable, "own exception", true, 1, {}},
-      {"Outcome.ThrowsStandard", kNotAvailable, "standard exception", true, 1, {}},
-      {"Outcome.InitFails", kAlreadyPresent, "", false, 1, {"made", "initialised", "ended"}},
+  struct Case {
+    const char* id;
+    QSResult result;
+    const char* state;
+    const char* error = "old";
+    const char* notes = "";
   };
-  for (const Failure& row : cases) {
-    expectFailure(row);
+  const Case cases[] = {
+      {nullptr, kNotAvailable, "none"},
+      {"No.Entry", kNotAvailable, "none", "No DLL registered for CLSID No.Entry"},
+      {"No.Library", kNotAvailable, "0 - -", "DllLoader cannot load /nowhere for CLSID No.Library"},
+      {"Outcome.None", kNotAvailable, "2 loaded -"},
+      {"Outcome.Refuses", kFailure, "2 loaded factory"},
+      {"Outcome.StoresNothing", kNotAvailable, "2 loaded factory"},
+      {"Outcome.ThrowsOwn", kNotAvailable, "2 loaded factory", "own exception"},
+      {"Outcome.ThrowsStandard", kNotAvailable, "2 loaded factory", "standard exception"},
+      {"Outcome.InitFails", kAlreadyPresent, "2 loaded factory", "old", "made, initialised, ended"},
+  };
+  const std::string trace =
+      "TRACE_MODULE_NAME: iqsunknown:163 iqs_CoCreateInstance: QSLT: Failed to create an instance";
+  for (const Case& row : cases) {
+    const std::string id = row.id != nullptr ? row.id : "";
+    SCOPED_TRACE(id);
+    Creation made = create(nullptr, row.id);
+    EXPECT_EQ(made.result, row.result);
+    EXPECT_EQ(made.error, row.error);
+    EXPECT_EQ(made.trace, made.notes.empty() ? trace + " : " + id : "");
+    EXPECT_EQ(made.notes, row.notes);
+    EXPECT_EQ(iqs_CoCreateInstance(nullptr, row.id, &made.out), row.result);
+    EXPECT_EQ(made.out, nullptr);
+    EXPECT_EQ(stateOf(row.id), row.state);
+    Stage::takeNotes();
   }
 }
 
 TEST_F(CreateInstanceTest, SuccessGivesTheOneReferenceToTheCaller) {
   for (const char* id : {"Outcome.Good", "Outcome.Positive"}) {
-    SCOPED_TRACE(id);
-    static_cast<void>(iqsDllLoader::Load(id, nullptr));
-    const std::uint32_t before = loadCountOf(id);
-    Stage::takeNotes();
-    void* out = nullptr;
-    std::string error = "old";
-    CreationTraces traces;
-    EXPECT_EQ(iqs_CoCreateInstance(nullptr, id, &out, error), 0);
-    EXPECT_EQ(traces.take(), Notes{});
-    EXPECT_EQ(error, "old");
-    ASSERT_NE(out, nullptr);
-    auto* const face = static_cast<iqsUnknown*>(out);
+    const Creation made = create(nullptr, id);
+    EXPECT_EQ(made.result, 0) << id;
+    EXPECT_EQ(made.error + made.trace, "old");
+    EXPECT_EQ(made.notes, "made, initialised");
+    ASSERT_NE(made.out, nullptr);
+    auto* const face = static_cast<iqsUnknown*>(made.out);
     EXPECT_EQ(face->AddRef(), 2u);
     EXPECT_EQ(face->Release(), 1u);
-    void* same = nullptr;
-    EXPECT_EQ(face->QueryInterface("IQS_UNKNOWN", &same), 0);
-    EXPECT_EQ(same, out);
-    EXPECT_EQ(face->Release(), 1u);
-    EXPECT_EQ(Stage::takeNotes(), (Notes{"made", "initialised"}));
     EXPECT_EQ(face->Release(), 0u);
-    EXPECT_EQ(Stage::takeNotes(), Notes{"ended"});
-    EXPECT_EQ(loadCountOf(id), before + 1);
+    EXPECT_EQ(Stage::takeNotes(), "ended");
   }
-}
-
-TEST_F(CreateInstanceTest, ANullOutEndsTheObjectAgain) {
-  static_cast<void>(iqsDllLoader::Load("Outcome.Good", nullptr));
-  Stage::takeNotes();
-  std::string error;
-  CreationTraces traces;
-  EXPECT_EQ(iqs_CoCreateInstance(nullptr, "Outcome.Good", nullptr, error), kNullArgument);
-  EXPECT_EQ(traces.take(), Notes{});
-  EXPECT_EQ(error, "");
-  EXPECT_EQ(Stage::takeNotes(), (Notes{"made", "initialised", "ended"}));
+  EXPECT_EQ(iqs_CoCreateInstance(nullptr, "Outcome.Good", nullptr), kNullArgument);
+  EXPECT_EQ(Stage::takeNotes(), "made, initialised, ended");
 }
 
 TEST_F(CreateInstanceTest, AnOuterIsForTheRootClassAlone) {
   iqsCUnknown outerObject(nullptr);
   iqsCInnerUnknown outer(outerObject);
-  for (const char* id : {"Outcome.Good", "iqs_unknown", "Outcome.Never", ""}) {
-    void* out = &out;
-    std::string error = "old";
-    const std::uint32_t before = loadCountOf(id);
-    CreationTraces traces;
-    EXPECT_EQ(iqs_CoCreateInstance(&outer, id, &out, error), kNotAvailable) << id;
-    EXPECT_EQ(iqs_CoCreateInstance(&outer, nullptr, &out, error), kNotAvailable);
-    EXPECT_EQ(traces.take(), Notes{});
-    EXPECT_EQ(out, &out);
-    EXPECT_EQ(error, "old");
-    EXPECT_EQ(loadCountOf(id), before);
+  for (const char* id : {"Outcome.Never", "iqs_unknown", static_cast<const char*>(nullptr)}) {
+    const Creation refused = create(&outer, id);
+    EXPECT_EQ(refused.result, kNotAvailable);
+    EXPECT_EQ(refused.error + refused.trace + refused.notes, "old");
+    EXPECT_EQ(stateOf(id), "none");
   }
-  EXPECT_EQ(Stage::takeNotes(), Notes{});
-
-  void* out = nullptr;
-  const std::string copyOfId = "IQS_UNKNOWN";
-  EXPECT_EQ(iqs_CoCreateInstance(&outer, copyOfId.c_str(), &out), 0);
-  EXPECT_EQ(Stage::takeNotes(), (Notes{"made inside", "initialised"}));
-  ASSERT_NE(out, nullptr);
-  EXPECT_EQ(static_cast<iqsUnknown*>(out)->Release(), 0u);
-  EXPECT_EQ(Stage::takeNotes(), Notes{"ended"});
-  EXPECT_EQ(iqs_CoCreateInstance(nullptr, "IQS_UNKNOWN", &out), 0);
-  EXPECT_EQ(static_cast<iqsUnknown*>(out)->Release(), 0u);
+  const Creation made = create(&outer, std::string("IQS_UNKNOWN").c_str());
+  EXPECT_EQ(made.result, 0);
+  EXPECT_EQ(made.notes, "made inside, initialised");
+  ASSERT_NE(made.out, nullptr);
+  EXPECT_EQ(static_cast<iqsUnknown*>(made.out)->Release(), 0u);
 }
 
 TEST_F(CreateInstanceTest, WhatNobodyCatchesPassesThrough) {
-  void* out = &out;
-  std::string error;
-  CreationTraces traces;
-  EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.ThrowsNumber", &out, error), int);
-  EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.InitThrows", &out, error),
-               std::runtime_error);
-  EXPECT_EQ(traces.take(), Notes{});
-  EXPECT_EQ(error, "");
-  EXPECT_EQ(out, &out);
-  EXPECT_EQ(loadCountOf("Outcome.ThrowsNumber"), 1u);
-  EXPECT_EQ(loadCountOf("Outcome.InitThrows"), 1u);
-}
-
-TEST_F(CreateInstanceTest, AnObjectMayOutliveItsLastRelease) {
   void* out = nullptr;
-  ASSERT_EQ(iqs_CoCreateInstance(nullptr, "Outcome.Lingers", &out), 0);
-  Stage::takeNotes();
-  auto* const face = static_cast<iqsUnknown*>(out);
-  EXPECT_EQ(face->Release(), 0u);
-  EXPECT_EQ(Stage::takeNotes(), Notes{"declined"});
-  EXPECT_EQ(face->Release(), 0u);
-  EXPECT_EQ(Stage::takeNotes(), Notes{"ended"});
+  EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.ThrowsNumber", &out), int);
+  EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.InitThrows", &out), std::runtime_error);
 }
 
 }  // namespace

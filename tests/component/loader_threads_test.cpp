@@ -1,107 +1,80 @@
 // Threads that create, load and unload at the same time never wait for each other for ever.
-#include <array>
-#include <atomic>
-#include <thread>
-
 #include "tests/component/component_fixture.h"
-#include "tests/support/latch.h"
-#include "tests/support/watchdog.h"
+#include "tests/support/threads.h"
 
 namespace LTLib::Testing {
 namespace {
 
+using FactoryDll = iqsDllLoader::FactoryDll;
+
+constexpr int kThreads = 4;
 constexpr int kRounds = 400;
 
-using Round = bool (*)();
-
-// Loads, creates, releases and unloads an object of the plain form.
-bool usePlain(const char* id) {
-  iqsDllLoader::FactoryDll* const record = iqsDllLoader::Load(id, nullptr);
+// Loads, creates, releases and unloads an object of the plain form; null when there was none.
+void* usePlain(const char* id) {
+  FactoryDll* const record = iqsDllLoader::Load(id, nullptr);
   void* const instance = iqsDllLoader::CreateInstance(record);
   iqsDllLoader::ReleaseInstance(record, instance);
   iqsDllLoader::Unload(record);
-  return instance != nullptr;
+  return instance;
 }
 
-// The factory runs under the loader's locks and loads the other library.
-bool createNested() {
-  return usePlain("Nest.Outer");
-}
-
-// The registrars run within the load and want the lock that factories run under.
-bool loadInner() {
-  return usePlain("Nest.Inner");
-}
-
-bool lookUpTheAbsent() {
-  return iqsDllLoader::Load("Nest.Absent", nullptr) == nullptr;
+bool createUnknown() {
+  void* out = nullptr;
+  return iqs_CoCreateInstance(nullptr, "Pair.Unknown", &out) == 0 &&
+         static_cast<iqsUnknown*>(out)->Release() == 0;
 }
 
 class LoaderThreadsTest : public ComponentTest {
  protected:
   LoaderThreadsTest() {
-    enterClass("Nest.Outer", libraryPath("component_nest_outer"));
-    enterClass("Nest.Inner", libraryPath("component_nest_inner"));
-    enterClass("Nest.Unknown", libraryPath("component_nest_inner"));
+    enterClass("Pair.Plain", libraryPath("pair"));
+    enterClass("Pair.Unknown", libraryPath("pair"));
+    enterClass("Outer", libraryPath("quiet"));
   }
 
-  // Each of the functions on a thread of its own, again and again; gives the rounds that failed.
-  template <std::size_t kThreads>
-  static int failuresOf(const std::array<Round, kThreads>& rounds) {
-    const Watchdog watchdog(std::chrono::seconds(120));
-    std::atomic<int> failures{0};
-    LTLib::Testing::Latch start(kThreads);
-    std::array<std::thread, kThreads> threads;
-    for (std::size_t i = 0; i < kThreads; ++i) {
-      threads[i] = std::thread([&start, &failures, round = rounds[i]] {
-        start.arrive_and_wait();
-        for (int left = kRounds; left > 0; --left) {
-          failures += round() ? 0 : 1;
-        }
-      });
+  // Gives back the loads that creations leave behind.
+  ~LoaderThreadsTest() override {
+    FactoryDll* const record = iqsDllLoader::Load("Pair.Unknown", nullptr);
+    while (reportClass("Pair.Unknown")->loadCount != 0) {
+      iqsDllLoader::Unload(record);
     }
-    for (std::thread& thread : threads) {
-      thread.join();
-    }
-    return failures;
   }
 };
 
+// The outer class's functions run under the loader's locks and load a library, whose registrars
+// want the lock that those functions run under.
 TEST_F(LoaderThreadsTest, FactoriesThatLoadMeetLibrariesThatRegister) {
-  const std::array<Round, 4> rounds = {createNested, loadInner, createNested, lookUpTheAbsent};
-  EXPECT_EQ(failuresOf(rounds), 0);
-  EXPECT_EQ(reportClass("Nest.Outer")->loadCount, 0u);
-  EXPECT_EQ(reportClass("Nest.Inner")->loadCount, 0u);
-  EXPECT_FALSE(reportClass("Nest.Inner")->isLoaded);
+  const iqsDllLoader::Registrar outer(
+      "Outer", [] { return usePlain("Pair.Plain"); }, [](void*) { usePlain("Pair.Plain"); });
+  runTogether(kThreads, [](int thread) {
+    for (int round = 0; round < kRounds; ++round) {
+      EXPECT_EQ(iqsDllLoader::Load("No.Entry", nullptr), nullptr);
+      EXPECT_NE(usePlain(thread < 2 ? "Outer" : "Pair.Plain"), nullptr);
+    }
+  });
+  EXPECT_EQ(stateOf("Outer"), "0 - factory");
+  EXPECT_EQ(stateOf("Pair.Plain"), "0 - -");
 }
 
 TEST_F(LoaderThreadsTest, CreationsOfALoadedClassCountEachLoad) {
-  const Round create = [] {
-    void* out = nullptr;
-    return iqs_CoCreateInstance(nullptr, "Nest.Unknown", &out) == 0 &&
-           static_cast<iqsUnknown*>(out)->Release() == 0;
-  };
-  const std::array<Round, 4> rounds = {create, create, create, loadInner};
-  EXPECT_EQ(failuresOf(rounds), 0);
-  EXPECT_EQ(reportClass("Nest.Unknown")->loadCount, 3u * kRounds);
+  runTogether(kThreads, [](int thread) {
+    for (int round = 0; round < kRounds; ++round) {
+      EXPECT_TRUE(thread == 0 ? usePlain("Pair.Plain") != nullptr : createUnknown());
+    }
+  });
+  EXPECT_EQ(reportClass("Pair.Unknown")->loadCount, (kThreads - 1u) * kRounds);
 }
 
-// A plain factory that waits for another thread's creation of a class that is loaded already.
-TEST_F(LoaderThreadsTest, LoadedClassesAreCreatedWhileAFactoryRuns) {
-  const Watchdog watchdog(std::chrono::seconds(120));
-  void* out = nullptr;
-  ASSERT_EQ(iqs_CoCreateInstance(nullptr, "Nest.Unknown", &out), 0);
-  static_cast<iqsUnknown*>(out)->Release();
-  enterClass("Nest.Waiting", libraryPath("component_nest_inner"));
-  const iqsDllLoader::Registrar waiting(
-      "Nest.Waiting",
-      []() -> void* {
-        void* made = nullptr;
-        std::thread([&made] { iqs_CoCreateInstance(nullptr, "Nest.Unknown", &made); }).join();
-        return made;
-      },
-      [](void* instance) { static_cast<iqsUnknown*>(instance)->Release(); });
-  EXPECT_TRUE(usePlain("Nest.Waiting"));
+TEST_F(LoaderThreadsTest, LoadedClassesAreCreatedWhileAPlainFactoryRuns) {
+  ASSERT_TRUE(createUnknown());
+  const auto createOnAnotherThread = []() -> void* {
+    static bool s_created = false;
+    std::thread([] { s_created = createUnknown(); }).join();
+    return s_created ? &s_created : nullptr;
+  };
+  const iqsDllLoader::Registrar waiting("Outer", createOnAnotherThread, nullptr);
+  EXPECT_NE(usePlain("Outer"), nullptr);
 }
 
 }  // namespace

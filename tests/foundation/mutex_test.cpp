@@ -2,101 +2,78 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-#include <vector>
+#include <stdexcept>
 
-#include "tests/support/latch.h"
+#include "ltlib/foundation/do_once.h"
+#include "tests/support/threads.h"
 
 namespace {
 
-using LTLib::Mutex;
+using LTLib::kInitialised;
 using LTLib::ScopedLock;
+using LTLib::Testing::runTogether;
 
-// The counter is no atomic: the thread sanitizer sees a lock that lets two threads in.
-TEST(Mutex, ExcludesOtherThreads) {
+// Nothing that is counted here is atomic: the thread sanitizer sees a missing order.
+
+// Now and then a holder keeps the lock until the others have run out of tries and sleep.
+TEST(Mutex, ExcludesOthersUntilAsManyUnlocksAsLocks) {
   constexpr int kThreads = 4;
   constexpr int kRounds = 20000;
-  Mutex mutex;
+  LTLib::Mutex mutex;
   long counter = 0;
-  LTLib::Testing::Latch start(kThreads);
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&] {
-      start.arrive_and_wait();
-      for (int round = 0; round < kRounds; ++round) {
-        const ScopedLock outer(mutex);
-        const ScopedLock inner(mutex);
-        ++counter;
+  runTogether(kThreads, [&](int) {
+    for (int round = 0; round < kRounds; ++round) {
+      const ScopedLock outer(mutex);
+      { const ScopedLock inner(mutex); }
+      ++counter;
+      for (volatile int work = round % 5000 == 0 ? 1000000 : 0; work > 0;) {
+        work = work - 1;
       }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+    }
+  });
   EXPECT_EQ(counter, long{kThreads} * kRounds);
 }
 
-TEST(Mutex, LetsAnotherInOnlyAfterAsManyUnlocksAsLocks) {
-  constexpr int kDepth = 3;
-  Mutex mutex;
-  std::atomic<int> left{kDepth};
-  for (int i = 0; i < kDepth; ++i) {
-    mutex.lock();
-  }
-  LTLib::Testing::Latch started(1);
-  std::thread other([&] {
-    started.count_down();
-    const ScopedLock hold(mutex);
-    EXPECT_EQ(left.load(), 0);
-  });
-  started.wait();
-  for (int i = 0; i < kDepth; ++i) {
+constexpr int kCallers = 10;
+
+std::atomic<int> s_callers;
+int s_failuresLeft = 0;
+int s_runs = 0;
+
+// Lasts until all callers are on their way, so that most of them have to wait for it.
+void initialise() {
+  while (s_callers < kCallers) {
     std::this_thread::yield();
-    --left;
-    mutex.unlock();
   }
-  other.join();
+  if (s_failuresLeft-- > 0) {
+    throw std::runtime_error("attempt");
+  }
+  ++s_runs;
 }
 
-// The waiters have run out of tries and sleep by the time the holder has done its work.
-TEST(Mutex, WakesEverySleeper) {
-  constexpr int kThreads = 8;
-  Mutex mutex;
-  LTLib::Testing::Latch started(kThreads);
-  int entered = 0;
-  mutex.lock();
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&] {
-      started.count_down();
-      const ScopedLock hold(mutex);
-      ++entered;
+// A failure goes to the caller that ran into it; the others try until one run completes.
+TEST(DoOnce, OneRunCompletesAndNobodyGoesOnBefore) {
+  static constinit ltDoOnce_t s_records[2];
+  for (const int failures : {0, 3}) {
+    ltDoOnce_t& once = s_records[failures == 0 ? 0 : 1];
+    EXPECT_EQ(ltDoOnce(once, nullptr), LTLib::kNullArgument);
+    s_callers = 0;
+    s_failuresLeft = failures;
+    s_runs = 0;
+    std::atomic<int> failed{0};
+    runTogether(kCallers, [&](int) {
+      ++s_callers;
+      try {
+        EXPECT_EQ(ltDoOnce(once, initialise), kInitialised);
+        EXPECT_EQ(s_runs, 1);
+      } catch (const std::runtime_error&) {
+        ++failed;
+      }
     });
+    EXPECT_EQ(failed, failures);
+    EXPECT_EQ(ltDoOnce(once, nullptr), kInitialised);
+    EXPECT_EQ(s_runs, 1);
   }
-  started.wait();
-  volatile unsigned long work = 0;
-  for (int i = 0; i < 20000000; ++i) {
-    work = work + 1;
-  }
-  EXPECT_EQ(entered, 0);
-  mutex.unlock();
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  EXPECT_EQ(entered, kThreads);
-}
-
-TEST(ScopedLock, ReleasesWhenAnExceptionPasses) {
-  Mutex mutex;
-  try {
-    const ScopedLock hold(mutex);
-    throw 1;
-  } catch (int) {
-  }
-  std::thread([&] { const ScopedLock hold(mutex); }).join();
 }
 
 }  // namespace

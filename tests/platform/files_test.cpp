@@ -5,45 +5,30 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
 
+#include "tests/support/system.h"
 #include "tests/support/temp_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using LTLib::Platform::directorySeparator;
-using LTLib::Platform::File;
-using LTLib::Platform::FileCalls;
-using LTLib::Platform::fileCalls;
-using LTLib::Platform::FilePermissions;
-using LTLib::Platform::FileResult;
-using LTLib::Platform::FileStatus;
-
-const bool kLineEndsHaveTwoBytes = directorySeparator() == '\\';
+using namespace LTLib::Platform;
+using std::string_literals::operator""s;
 
 class Files : public testing::Test {
  protected:
-  void write(const std::string& path, const std::string& text) {
-    File* file = m_calls.openForWriting(path.c_str(), nullptr);
-    ASSERT_NE(file, nullptr);
-    EXPECT_EQ(m_calls.write(*file, text.data(), text.size()), FileResult::kDone);
-    EXPECT_EQ(m_calls.flush(*file), FileResult::kDone);
-    EXPECT_EQ(m_calls.close(file), FileResult::kDone);
-  }
-
   std::string read(const std::string& path, std::size_t piece) {
     File* file = m_calls.openForReading(path.c_str());
     if (file == nullptr) {
       return "<not opened>";
     }
     std::string text;
-    std::size_t taken = 1;
-    while (taken != 0) {
-      std::string buffer(piece, '?');
+    std::string buffer(piece, '?');
+    std::size_t taken = 0;
+    do {
       EXPECT_EQ(m_calls.read(*file, buffer.data(), piece, &taken), FileResult::kDone);
-      text += buffer.substr(0, taken);
-    }
+      text.append(buffer, 0, taken);
+    } while (taken != 0);
     EXPECT_EQ(m_calls.close(file), FileResult::kDone);
     return text;
   }
@@ -53,93 +38,70 @@ class Files : public testing::Test {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
-  LTLib::Testing::TempFolder m_folder;
+  const LTLib::Testing::TempFolder m_folder;
+  const std::string m_one = m_folder.write("one", "1\n");
+  const std::string m_new = m_folder.path("new");
   FileCalls& m_calls = fileCalls();
 };
 
 // What lies in a file differs between systems by its line ends and by nothing else.
 TEST_F(Files, TextsComeBackAsTheyWereWritten) {
+  EXPECT_EQ(read(m_one, 64), "1\n") << "a file of another system";
   std::string large = "\r";
   for (int i = 0; i < 20000; ++i) {
     large += i % 3 == 0 ? "\r\n" : "x\n";
   }
-  const std::string path = m_folder.path("text");
-  for (const std::string& text :
-       {std::string(), std::string("a\nb\n"), std::string("\x1A after\n"), std::string("\r"),
-        std::string("\r\r\n\n\r"), std::string("\0\n\0", 3), large}) {
-    write(path, text);
+  for (const std::string& text : {""s, "a\nb\n"s, "\x1A after\n"s, "\r"s, "\0\n\0"s, large}) {
+    File* file = m_calls.openForWriting(m_new.c_str(), nullptr);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(m_calls.write(*file, text.data(), text.size()), FileResult::kDone);
+    EXPECT_EQ(m_calls.flush(*file), FileResult::kDone);
+    EXPECT_EQ(m_calls.close(file), FileResult::kDone);
     std::string stored;
     for (const char byte : text) {
-      stored += byte == '\n' && kLineEndsHaveTwoBytes ? "\r\n" : std::string(1, byte);
+      stored += byte == '\n' && LTLib::Testing::kOnWindows ? "\r\n" : std::string(1, byte);
     }
-    EXPECT_TRUE(bytesOf(path) == stored);
-    for (const std::size_t piece : {1u, 2u, 7u, 65536u}) {
-      EXPECT_TRUE(read(path, piece) == text) << "in pieces of " << piece;
+    EXPECT_TRUE(bytesOf(m_new) == stored);
+    for (const std::size_t piece : {1u, 7u, 65536u}) {
+      EXPECT_TRUE(read(m_new, piece) == text) << "in pieces of " << piece;
     }
   }
 }
 
-TEST_F(Files, TextsOfOtherSystemsCanBeRead) {
-  EXPECT_EQ(read(m_folder.write("lf", "a\nb\n"), 64), "a\nb\n");
-  EXPECT_EQ(read(m_folder.write("crlf", "a\r\nb\r\n"), 64),
-            kLineEndsHaveTwoBytes ? "a\nb\n" : "a\r\nb\r\n");
-}
-
-TEST_F(Files, FoldersAreNoFiles) {
-  const std::string folder = m_folder.path("folder");
-  fs::create_directory(folder);
-  EXPECT_EQ(m_calls.openForReading(folder.c_str()), nullptr);
-  EXPECT_EQ(m_calls.openForWriting(folder.c_str(), nullptr), nullptr);
-  EXPECT_NE(m_calls.remove(folder.c_str()), FileResult::kDone);
+TEST_F(Files, FoldersAndAbsentFilesAreTold) {
   FileStatus found{true, 0};
-  EXPECT_EQ(m_calls.status(folder.c_str(), &found), FileResult::kDone);
+  const char* const folder = m_folder.path().c_str();
+  EXPECT_EQ(m_calls.openForReading(folder), nullptr);
+  EXPECT_EQ(m_calls.openForWriting(folder, nullptr), nullptr);
+  EXPECT_NE(m_calls.remove(folder), FileResult::kDone);
+  EXPECT_EQ(m_calls.status(folder, &found), FileResult::kDone);
   EXPECT_FALSE(found.regular);
-}
-
-TEST_F(Files, AbsentFilesAreTold) {
-  FileStatus found;
-  for (const std::string& path : {m_folder.path("none"), m_folder.path("no/such/folder")}) {
-    EXPECT_EQ(m_calls.openForReading(path.c_str()), nullptr);
-    EXPECT_EQ(m_calls.status(path.c_str(), &found), FileResult::kAbsent);
-    EXPECT_EQ(m_calls.remove(path.c_str()), FileResult::kAbsent);
-    EXPECT_EQ(m_calls.link(path.c_str(), m_folder.path("second").c_str()), FileResult::kAbsent);
-    EXPECT_EQ(m_calls.rename(path.c_str(), m_folder.path("new").c_str()), FileResult::kAbsent);
+  for (const std::string& absent : {m_new, m_folder.path("no/such/folder")}) {
+    EXPECT_EQ(m_calls.openForReading(absent.c_str()), nullptr);
+    EXPECT_EQ(m_calls.status(absent.c_str(), &found), FileResult::kAbsent);
+    EXPECT_EQ(m_calls.remove(absent.c_str()), FileResult::kAbsent);
+    EXPECT_EQ(m_calls.link(absent.c_str(), m_one.c_str()), FileResult::kAbsent);
+    EXPECT_EQ(m_calls.rename(absent.c_str(), m_one.c_str()), FileResult::kAbsent);
   }
 }
 
-TEST_F(Files, RenamesReplaceAndLinksDoNot) {
-  const std::string one = m_folder.write("one", "1");
-  const std::string other = m_folder.write("other", "2");
-  EXPECT_EQ(m_calls.link(one.c_str(), other.c_str()), FileResult::kFailed);
-  EXPECT_EQ(m_calls.link(one.c_str(), m_folder.path("second").c_str()), FileResult::kDone);
-  EXPECT_EQ(m_calls.rename(other.c_str(), one.c_str()), FileResult::kDone);
-  EXPECT_EQ(bytesOf(one), "2");
-  EXPECT_EQ(bytesOf(m_folder.path("second")), "1");
-  EXPECT_EQ(m_folder.names(), (std::vector<std::string>{"one", "second"}));
-}
-
-TEST_F(Files, PermissionsAreGivenOn) {
-  const std::string path = m_folder.write("one", "1");
+TEST_F(Files, OpenFilesAreRenamedAndLinkedWithoutLoss) {
+  fs::permissions(m_one, fs::perms(0600));
   FileStatus found;
-  ASSERT_EQ(m_calls.status(path.c_str(), &found), FileResult::kDone);
+  ASSERT_EQ(m_calls.status(m_one.c_str(), &found), FileResult::kDone);
   EXPECT_TRUE(found.regular);
-  File* file = m_calls.openForWriting(m_folder.path("new").c_str(), &found.permissions);
-  ASSERT_NE(file, nullptr);
-  EXPECT_EQ(m_calls.close(file), FileResult::kDone);
-  FileStatus made;
-  ASSERT_EQ(m_calls.status(m_folder.path("new").c_str(), &made), FileResult::kDone);
-  EXPECT_EQ(made.permissions, found.permissions);
-}
-
-TEST_F(Files, OpenFilesDenyNothingToOthers) {
-  const std::string path = m_folder.path("shared");
-  File* first = m_calls.openForWriting(path.c_str(), nullptr);
-  File* second = m_calls.openForWriting(path.c_str(), nullptr);
-  File* reader = m_calls.openForReading(path.c_str());
-  ASSERT_TRUE(first != nullptr && second != nullptr && reader != nullptr);
-  EXPECT_EQ(m_calls.rename(path.c_str(), m_folder.path("elsewhere").c_str()), FileResult::kDone);
-  EXPECT_EQ(m_calls.remove(m_folder.path("elsewhere").c_str()), FileResult::kDone);
-  for (File* file : {first, second, reader}) {
+  File* const files[] = {m_calls.openForWriting(m_new.c_str(), &found.permissions),
+                         m_calls.openForWriting(m_new.c_str(), &found.permissions),
+                         m_calls.openForReading(m_new.c_str())};
+  EXPECT_EQ(fs::status(m_new).permissions(), fs::status(m_one).permissions());
+  const std::string second = m_folder.path("second");
+  EXPECT_EQ(m_calls.link(m_one.c_str(), m_new.c_str()), FileResult::kFailed);
+  EXPECT_EQ(m_calls.link(m_one.c_str(), second.c_str()), FileResult::kDone);
+  EXPECT_EQ(m_calls.rename(m_new.c_str(), m_one.c_str()), FileResult::kDone);
+  EXPECT_EQ(m_calls.remove(m_one.c_str()), FileResult::kDone);
+  EXPECT_EQ(read(second, 64), "1\n");
+  for (File* file : files) {
+    ASSERT_NE(file, nullptr);
     EXPECT_EQ(m_calls.close(file), FileResult::kDone);
   }
 }

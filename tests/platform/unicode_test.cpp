@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace {
 
 using LTLib::Platform::codePageToUtf16;
@@ -23,37 +21,22 @@ std::string narrow(const std::u16string& text) {
   return made;
 }
 
-TEST(Unicode, ConvertsBothWays) {
-  const struct {
-    std::string narrow;
-    std::u16string wide;
-  } cases[] = {
+TEST(Unicode, ConvertsBothWaysAndReplacesWhatIsNoText) {
+  const std::pair<std::string, std::u16string> texts[] = {
       {"", u""},
       {"a\0z"s, u"a\0z"s},
       {"\x7F\xC2\x80\xDF\xBF", u"\u007F\u0080\u07FF"},
       {"\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF", u"\u0800\uD7FF\uE000\uFFFF"},
       {"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", u"\U00010000\U0010FFFF"},
   };
-  for (const auto& row : cases) {
-    EXPECT_TRUE(wide(row.narrow) == row.wide) << row.narrow;
-    EXPECT_EQ(narrow(row.wide), row.narrow);
+  for (const auto& [bytes, units] : texts) {
+    EXPECT_TRUE(wide(bytes) == units) << bytes;
+    EXPECT_EQ(narrow(units), bytes);
   }
-}
-
-TEST(Unicode, ReplacesWhatIsNoText) {
-  const struct {
-    std::string narrow;
-    std::u16string wide;
-  } cases[] = {{"\x80", u"\uFFFD"},           {"a\xFFz", u"a\uFFFDz"},
-               {"\xE2\x82", u"\uFFFD"},       {"\xE2\x82z", u"\uFFFDz"},
-               {"\xC0\x80", u"\uFFFD\uFFFD"}, {"\xF0\x9F\x98", u"\uFFFD"}};
-  for (const auto& row : cases) {
-    EXPECT_TRUE(wide(row.narrow) == row.wide) << row.narrow;
-  }
-  for (const char16_t* lone : {u"\xD83D", u"\xDE00"}) {
-    EXPECT_EQ(narrow(lone), "\xEF\xBF\xBD");
-  }
-  EXPECT_EQ(narrow(u"\xD83D\xD83D\xDE00"), "\xEF\xBF\xBD\xF0\x9F\x98\x80");
+  EXPECT_TRUE(wide("\x80.\xFF.\xE2\x82.\xC0\x80.\xF0\x9F\x98") ==
+              u"\uFFFD.\uFFFD.\uFFFD.\uFFFD\uFFFD.\uFFFD");
+  EXPECT_EQ(narrow(u".\xDE00.\xD83D\xD83D\xDE00\xD83D"),
+            ".\xEF\xBF\xBD.\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
 }
 
 // A character that does not fit whole is left out whole.
@@ -64,10 +47,6 @@ TEST(Unicode, FillsWhatThereIsRoomFor) {
   std::u16string units = u"...";
   EXPECT_EQ(utf8ToUtf16("abc", 3, units.data(), 2), 0u);
   EXPECT_TRUE(units == u"ab.");
-}
-
-TEST(Unicode, TheCodePageHoldsAscii) {
-  std::u16string units(3, u'?');
   EXPECT_EQ(codePageToUtf16("a\\b", 3, nullptr, 0), 3u);
   EXPECT_EQ(codePageToUtf16("a\\b", 3, units.data(), 3), 3u);
   EXPECT_TRUE(units == u"a\\b");

@@ -8,27 +8,26 @@
 
 namespace LTLib::Testing {
 
-/// Runs `function` in a child, whose exit code is the function's result. No destructor and no exit
-/// handler runs there.
-template <typename Function>
-pid_t startForked(Function function) {
+/// Asks `predicate` in a child. No destructor and no exit handler runs there.
+template <typename Predicate>
+pid_t startForked(Predicate predicate) {
   const pid_t child = ::fork();
   if (child == 0) {
-    ::_exit(function());
+    ::_exit(predicate() ? 0 : 1);
   }
   return child;
 }
 
-/// Waits for a child's end and gives its exit code, or -1 when it did not exit by itself.
-inline int waitForForked(pid_t child) {
+/// Waits for a child's end and tells whether its predicate held.
+inline bool heldInForked(pid_t child) {
   int status = 0;
   ::waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-template <typename Function>
-int runForked(Function function) {
-  return waitForForked(startForked(function));
+template <typename Predicate>
+bool holdsInForked(Predicate predicate) {
+  return heldInForked(startForked(predicate));
 }
 
 }  // namespace LTLib::Testing

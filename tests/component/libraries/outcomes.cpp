@@ -6,6 +6,8 @@
 
 namespace {
 
+using Registrar = iqsDllLoader::Registrar;
+
 // Tells its end, and whether it is aggregated.
 class Component : public iqsCUnknown {
  public:
@@ -35,62 +37,36 @@ class ThrowingComponent : public Component {
   }
 };
 
-class LingeringComponent : public Component {
- public:
-  using Component::Component;
-
-  // Declines once.
-  bool FinalRelease() override {
-    if (std::exchange(m_hasDeclined, true)) {
-      return Component::FinalRelease();
-    }
-    Stage::note("declined");
-    m_refCount = 1;
-    return false;
-  }
-
- private:
-  bool m_hasDeclined = false;
-};
-
-template <class Made, QSResult kFactory = 0, QSResult... kInit>
 QSResult create(iqsUnknown* outer, iqsCUnknown** out) {
-  *out = new Made(outer, kInit...);
-  return kFactory;
-}
-
-QSResult refuse(iqsUnknown*, iqsCUnknown**) {
-  return LTLib::kFailure;
-}
-
-QSResult storeNothing(iqsUnknown*, iqsCUnknown**) {
+  *out = new Component(outer);
   return LTLib::kSuccess;
 }
 
-QSResult throwOwn(iqsUnknown*, iqsCUnknown**) {
+const Registrar s_good("Outcome.Good", create);
+const Registrar s_root("IQS_UNKNOWN", create);
+const Registrar s_positive("Outcome.Positive", [](iqsUnknown* outer, iqsCUnknown** out) {
+  *out = new Component(outer, 5);
+  return 3;
+});
+const Registrar s_refusing("Outcome.Refuses",
+                           [](iqsUnknown*, iqsCUnknown**) { return LTLib::kFailure; });
+const Registrar s_empty("Outcome.StoresNothing",
+                        [](iqsUnknown*, iqsCUnknown**) { return LTLib::kSuccess; });
+const Registrar s_own("Outcome.ThrowsOwn", [](iqsUnknown*, iqsCUnknown**) -> QSResult {
   throw QSException("outcomes", __LINE__, LTLib::kNotFound, "own exception");
-}
-
-QSResult throwStandard(iqsUnknown*, iqsCUnknown**) {
+});
+const Registrar s_standard("Outcome.ThrowsStandard", [](iqsUnknown*, iqsCUnknown**) -> QSResult {
   throw std::out_of_range("standard exception");
-}
-
-QSResult throwNumber(iqsUnknown*, iqsCUnknown**) {
-  throw 7;
-}
-
-using Registrar = iqsDllLoader::Registrar;
-
-const Registrar s_good("Outcome.Good", create<Component>);
-const Registrar s_root("IQS_UNKNOWN", create<Component>);
-const Registrar s_positive("Outcome.Positive", create<Component, 3, 5>);
-const Registrar s_refusing("Outcome.Refuses", refuse);
-const Registrar s_empty("Outcome.StoresNothing", storeNothing);
-const Registrar s_own("Outcome.ThrowsOwn", throwOwn);
-const Registrar s_standard("Outcome.ThrowsStandard", throwStandard);
-const Registrar s_number("Outcome.ThrowsNumber", throwNumber);
-const Registrar s_unready("Outcome.InitFails", create<Component, 0, LTLib::kAlreadyPresent>);
-const Registrar s_throwing("Outcome.InitThrows", create<ThrowingComponent>);
-const Registrar s_lingering("Outcome.Lingers", create<LingeringComponent>);
+});
+const Registrar s_number("Outcome.ThrowsNumber",
+                         [](iqsUnknown*, iqsCUnknown**) -> QSResult { throw 7; });
+const Registrar s_unready("Outcome.InitFails", [](iqsUnknown* outer, iqsCUnknown** out) {
+  *out = new Component(outer, LTLib::kAlreadyPresent);
+  return LTLib::kSuccess;
+});
+const Registrar s_throwing("Outcome.InitThrows", [](iqsUnknown* outer, iqsCUnknown** out) {
+  *out = new ThrowingComponent(outer);
+  return LTLib::kSuccess;
+});
 
 }  // namespace

@@ -12,18 +12,10 @@ const Stage::Presence s_presence("pair");
 // unique in the process.
 const std::shared_ptr<int> s_last = std::make_shared<int>(0);
 
-class Component : public iqsCUnknown {
- public:
-  using iqsCUnknown::iqsCUnknown;
-  ~Component() override { Stage::note("component ends"); }
-};
-
-QSResult createComponent(iqsUnknown* outer, iqsCUnknown** out) {
-  *out = new Component(outer);
+const iqsDllLoader::Registrar s_unknown("Pair.Unknown", [](iqsUnknown* outer, iqsCUnknown** out) {
+  *out = new iqsCUnknown(outer);
   return LTLib::kSuccess;
-}
-
-const iqsDllLoader::Registrar s_unknown("Pair.Unknown", createComponent);
+});
 const iqsDllLoader::Registrar s_plain(
     "Pair.Plain", []() -> void* { return new int(++*s_last); },
     [](void* instance) {

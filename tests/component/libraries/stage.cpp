@@ -9,24 +9,21 @@ namespace {
 std::mutex s_guard;
 
 // Never destroyed: libraries go when the process ends, too.
-std::vector<std::string>& notes() {
-  static auto* const taken = new std::vector<std::string>;
-  return *taken;
-}
+std::string& s_notes = *new std::string;
 
 }  // namespace
 
 void note(const std::string& event) {
   const std::lock_guard<std::mutex> hold(s_guard);
-  notes().push_back(event);
+  s_notes += (s_notes.empty() ? "" : ", ") + event;
 }
 
-std::vector<std::string> takeNotes() {
+std::string takeNotes() {
   const std::lock_guard<std::mutex> hold(s_guard);
-  return std::exchange(notes(), {});
+  return std::exchange(s_notes, {});
 }
 
-Presence::Presence(std::string library) : m_library(std::move(library)) {
+Presence::Presence(const char* library) : m_library(library) {
   note(m_library + " comes");
 }
 

@@ -1,0 +1,131 @@
+// The two families of counted objects.
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+
+#include "ltlib/component/iqsunknown.h"
+#include "ltlib/component/shared_object.h"
+#include "tests/support/threads.h"
+
+namespace {
+
+// The count that the last object saw at its end; 0 until then.
+std::uint32_t s_countAtEnd = 0;
+
+struct Component : iqsCUnknown {
+  explicit Component(iqsUnknown* outer = nullptr) : iqsCUnknown(outer) { s_countAtEnd = 0; }
+  ~Component() override { s_countAtEnd = m_refCount; }
+
+  bool FinalRelease() override {
+    m_refCount = refusal;
+    return refusal == 0 && iqsCUnknown::FinalRelease();
+  }
+
+  std::uint32_t count() const { return m_refCount; }
+  iqsUnknown* face() { return &m_innerUnknown; }
+  iqsUnknown* outer() const { return m_outerUnknown; }
+
+  std::uint32_t refusal = 0;  // the count with which the object outlives its last release
+};
+
+TEST(IqsCUnknown, BothFacesGiveTheSameAnswers) {
+  const std::string copy = "IQS_UNKNOWN";
+  for (const char* id : {copy.c_str(), "iqs_unknown", static_cast<const char*>(nullptr)}) {
+    const bool known = id == copy.c_str();
+    const QSResult result = known ? 0 : LTLib::kNotAvailable;
+    Component object;
+    void* inner = &object;
+    void* outer = &object;
+    EXPECT_EQ(object.InnerQueryInterface(id, &inner), result);
+    EXPECT_EQ(object.face()->QueryInterface(id, &outer), result);
+    EXPECT_EQ(inner, known ? object.face() : nullptr);
+    EXPECT_EQ(outer, inner);
+    EXPECT_EQ(object.InnerQueryInterface(id, nullptr), known ? LTLib::kNullArgument : result);
+    EXPECT_EQ(object.count(), known ? 3u : 1u);
+  }
+}
+
+TEST(IqsCUnknown, DiesWithItsLastReferenceUnlessItRefuses) {
+  auto* const object = new Component;
+  iqsUnknown* const face = object->face();
+  EXPECT_EQ(object->outer(), face);
+  EXPECT_EQ(Component(face).outer(), face);
+  s_countAtEnd = 0;
+  EXPECT_EQ(face->AddRef(), 2u);
+  EXPECT_EQ(object->InnerAddRef(), 3u);
+  EXPECT_EQ(object->InnerRelease(), 2u);
+  EXPECT_EQ(face->Release(), 1u);
+  object->refusal = 1;
+  EXPECT_EQ(face->Release(), 0u);
+  EXPECT_EQ(object->count(), 1u);
+  EXPECT_EQ(s_countAtEnd, 0u);
+  object->refusal = 0;
+  EXPECT_EQ(face->Release(), 0u);
+  EXPECT_EQ(s_countAtEnd, 1u);
+}
+
+struct Shared : iqsSharedObject {
+  ~Shared() override { s_countAtEnd = static_cast<std::uint32_t>(m_refCount); }
+};
+
+struct Derived : Shared {};
+
+TEST(IqsPtr, CountsCopiesAndEndsWithTheLast) {
+  s_countAtEnd = 0;
+  auto* const object = new Derived;
+  iqs_ptr<Derived> derived(object);
+  const iqs_ptr<Derived> null;
+  iqs_ptr<Shared> first(derived);
+  iqs_ptr<Shared> second(null);
+  second = first;
+  iqs_const_ptr<Shared> reading(derived);
+  iqs_const_ptr<Shared> last(reading);
+  EXPECT_EQ(object->m_refCount, 5);
+  iqs_ptr<Shared> moved(std::move(second));
+  const iqs_ptr<Shared>& same = first;
+  first = same;
+  EXPECT_EQ(object->m_refCount, 5);
+  EXPECT_TRUE(moved == first && reading == last);
+  derived.Release();
+  moved.Release();
+  EXPECT_FALSE(moved);
+  moved.swap(first);
+  moved.Release();
+  reading.Release();
+  reading.swap(last);
+  EXPECT_EQ(reading->m_refCount, 1);
+  EXPECT_EQ(s_countAtEnd, 0u);
+  reading = iqs_const_ptr<Shared>(null);
+  EXPECT_EQ(s_countAtEnd, 1u);
+}
+
+TEST(CountedObjects, CountExactlyUnderManyThreads) {
+  s_countAtEnd = 0;
+  Component component;
+  LTLib::Testing::runTogether(8, [&, shared = iqs_ptr<Shared>(new Shared)](int) {
+    for (int round = 0; round < 2000; ++round) {
+      const iqs_const_ptr<Shared> copy(shared);
+      component.InnerAddRef();
+      component.InnerRelease();
+    }
+  });
+  EXPECT_EQ(s_countAtEnd, 1u);
+  EXPECT_EQ(component.count(), 1u);
+}
+
+struct Counted : QSSharedObject {
+  ~Counted() override = default;
+  const std::atomic<std::int32_t>& count() const { return m_refCount; }
+};
+
+TEST(QSSharedObject, StartsAtOneAndLeavesMinusOne) {
+  alignas(Counted) unsigned char storage[sizeof(Counted)];
+  const auto* const object = new (storage) Counted;
+  EXPECT_EQ(object->count(), 1);
+  const auto* const count = reinterpret_cast<const volatile std::int32_t*>(&object->count());
+  object->~Counted();
+  EXPECT_EQ(*count, -1);
+}
+
+}  // namespace
