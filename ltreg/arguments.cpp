@@ -8,6 +8,7 @@
 
 #include "ltreg/commands.h"
 #include "ltreg/shown_text.h"
+#include "ltreg/value.h"
 
 namespace ltreg {
 namespace {
@@ -24,6 +25,8 @@ constexpr char kFooter[] =
     "Data goes to standard output, everything else to standard error.\n"
     "'ltreg COMMAND --help' tells about one command.";
 
+constexpr char kName[] =
+    "The value; a key's default value is 'Default', in the operating system's registry ''";
 constexpr char kPlain = '\1';  // in front of a word that CLI11 must take as it is
 constexpr std::size_t kMostShown = 400;
 constexpr int kMostSeconds = 86400;
@@ -37,6 +40,11 @@ class CommandOptions {
     m_command.callback([&invocation, command] { invocation.command = command; });
     m_command.add_option("--store", m_request.store,
                          "The store file of the root, whatever the environment says");
+    m_command
+        .add_option("--backend", m_request.backend,
+                    "Where roots lie, whatever programs go by: in store files, or in the operating"
+                    " system's registry")
+        ->check(CLI::IsMember(std::set<std::string>{kFileBackend, kSystemBackend}));
   }
 
   CommandOptions& key(const char* name = "KEY") {
@@ -78,8 +86,12 @@ class CommandOptions {
   CommandOptions& typedValues() {
     m_command
         .add_option("--type", m_request.type,
-                    "The type; without it that of the present value, or else string")
-        ->check(CLI::IsMember(std::set<std::string>{"string", "ulong", "binary", "list"}));
+                    "The type; without it that of the present value, or else string. In store"
+                    " files there are string, ulong, binary and list, in the operating system's"
+                    " registry expand, qword, none, link and type-N as well")
+        ->check([](const std::string& word) {
+          return typeOfWord(word) ? std::string() : '\'' + word + "' is no type";
+        });
     m_command.add_option("VALUE", m_request.values, "The value; for a list, any number of items");
     return *this;
   }
@@ -145,15 +157,24 @@ void unmark(Request& request) {
   }
 }
 
+// The operating system's registry lies in no file that could be named.
+void demandOneBackend(const Request& request) {
+  if (request.store && request.backend == kSystemBackend) {
+    throw Failure(ExitCode::kUsage,
+                  "--store names a store file, and --backend os a registry without any; leave one"
+                  " of them out");
+  }
+}
+
 void addKeyCommands(CLI::App& app, Invocation& asked) {
   CommandOptions list(app, asked, "list", "Sub-keys, and values with type and text", listKey);
   list.key().json();
   CommandOptions tree(app, asked, "tree", "A key and all below it", showTree);
   tree.key().json();
   CommandOptions get(app, asked, "get", "One value", getValue);
-  get.key().name(true, "The value; 'Default' is the key's default value").json();
+  get.key().name(true, kName).json();
   CommandOptions set(app, asked, "set", "Set a value and save", setValue);
-  set.key().name(true, "The value; 'Default' is the key's default value").typedValues();
+  set.key().name(true, kName).typedValues();
   CommandOptions erase(app, asked, "delete", "Delete a value, or a key, and save", deleteEntry);
   erase.key().name(false, "The value; without it the key goes").recursive();
   CommandOptions path(app, asked, "path", "The file that holds a root", showPath);
@@ -211,6 +232,7 @@ Invocation parseArguments(int count, const char* const* words) {
   try {
     app.parse(markPlainWords(count, words));
     unmark(asked.request);
+    demandOneBackend(asked.request);
   } catch (const CLI::CallForHelp&) {
     asked.text = app.help();
     asked.command = nullptr;

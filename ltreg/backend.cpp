@@ -16,6 +16,16 @@ void bindStore(const std::string& store, enumRegRoot root) {
 
 }  // namespace
 
+void chooseBackend(const Request& request) {
+  const bool system = request.backend == kSystemBackend;
+  if (request.backend && !LTLib::forceRegistryBackend(system ? LTLib::RegistryBackend::kSystem
+                                                             : LTLib::RegistryBackend::kFiles)) {
+    throw Failure(ExitCode::kUsage,
+                  "this system has no registry of its own, so that there is no --backend os; leave"
+                  " it out to work on store files");
+  }
+}
+
 Backend::Backend(const Request& request, enumRegRoot root) {
   if (request.store) {
     static QSFileRegistryManager s_files;

@@ -9,7 +9,12 @@
 
 namespace ltreg {
 
-/// The manager that all programs get, or with --store the file backend, which needs no marker.
+/// Makes the backend that --backend names the one of this process; before anything else touches the
+/// registry. Throws Failure where the system has no registry of its own.
+void chooseBackend(const Request& request);
+
+/// The manager that all programs get or that --backend names, or with --store the file backend,
+/// which needs no marker.
 class Backend {
  public:
   /// With --store the store becomes the root's file in this process. Throws Failure for a store

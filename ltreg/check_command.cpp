@@ -41,8 +41,8 @@ ExitCode checkStores(const Request& request, Output& output) {
   const enumRegRoot root = request.key ? parseRoot(*request.key) : REG_ROOT_NONE;
   const Backend backend(request, root != REG_ROOT_NONE ? root : REG_ROOT_LOCAL_MACHINE);
   if (!backend.onFiles()) {
-    output.line("all roots lie in the operating system's registry");
-    return ExitCode::kDone;
+    output.line("there is no store to check: the roots lie in the operating system's registry");
+    return request.key ? ExitCode::kAbsent : ExitCode::kDone;
   }
   if (request.store) {
     return checkStore(*request.store, output);

@@ -28,8 +28,8 @@ std::optional<Verdict> verdictOnEntry(const std::optional<Value>& entry) {
     return Verdict{ExitCode::kAbsent, std::string("not registered; ") + kAnew};
   }
   if (entry->type != REG_SZ) {
-    return faulty("its entry is a " + typeWord(entry->type) +
-                  ", and the loader reads strings alone; " + kAnew + " anew");
+    return faulty("its entry is a " + typeWord(*entry) + ", and the loader reads strings alone; " +
+                  kAnew + " anew");
   }
   if (entry->data.empty()) {
     return faulty(std::string("its entry names no file; ") + kAnew + " anew");
@@ -127,6 +127,9 @@ Verdict verdictByTrial(const Request& request, const std::string& library,
   }
   if (request.store) {
     words.insert(words.end(), {"--store", *request.store});
+  }
+  if (request.backend) {
+    words.insert(words.end(), {"--backend", *request.backend});
   }
   words.insert(words.end(), {"--", *request.clsid});
   const ChildOutcome outcome =

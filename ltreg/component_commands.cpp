@@ -53,7 +53,7 @@ ExitCode registerClass(const Request& request, Output& /*output*/) {
   if (present && present->type != REG_SZ) {
     eraseValue(session, key.path, kLibraryValue);
   }
-  putValue(session, key.path, kLibraryValue, REG_SZ, {library});
+  putValue(session, key.path, kLibraryValue, {REG_SZ}, {library});
   session.save();
   return ExitCode::kDone;
 }

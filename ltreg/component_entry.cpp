@@ -22,6 +22,9 @@ KeyArgument classKey(const std::string& id) {
 
 std::vector<ClassEntry> classesBelow(Session& session, const std::string& path) {
   std::vector<ClassEntry> classes;
+  if (!session.keyExists(path)) {
+    return classes;
+  }
   for (const std::string& id : session.subKeys(path)) {
     std::string key = path;
     key.append("\\").append(id);

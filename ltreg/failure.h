@@ -27,6 +27,12 @@ class Failure : public std::runtime_error {
   ExitCode m_code;
 };
 
+/// A manager's number in words: the operating system's registry gives that system's own.
+[[nodiscard]] std::string describeFailure(int result);
+
+/// Throws Failure for a manager's number other than 0. `what` was to be done.
+void demandDone(int result, const std::string& what);
+
 /// Writes a line to standard error, with the tool's name in front.
 void complain(const std::string& message);
 

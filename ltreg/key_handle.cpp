@@ -3,85 +3,131 @@
 namespace ltreg {
 namespace {
 
-constexpr int kMoreData = 234;  // the operating system's number for a buffer that is too small
+// The operating system's numbers.
+constexpr int kMoreData = 234;
+constexpr int kNoMoreItems = 259;
+constexpr int kSetValue = 2;  // the one right that changes of values need
+
+constexpr unsigned int kFirstSize = 256;
+constexpr unsigned int kMostSize = 1U << 16;
+constexpr std::size_t kSpare = 1024;
 
 // Collects names until `enumerate(index, buffer, size)` finds no more. A name that fills the whole
 // buffer may have been cut, so that it is asked for again with more room.
 template <class Enumerate>
-std::vector<std::string> allNames(Enumerate enumerate) {
-  std::vector<std::string> names;
-  std::string buffer(256, '\0');
+Names allNames(Enumerate enumerate) {
+  Names all;
+  std::string buffer(kFirstSize, '\0');
   for (;;) {
     auto size = static_cast<unsigned int>(buffer.size());
-    const int result = enumerate(static_cast<unsigned int>(names.size()), buffer.data(), &size);
-    if (result == 0 && size < buffer.size()) {
-      names.push_back(buffer.substr(0, size));
-    } else if (result == 0) {
+    const int result = enumerate(static_cast<unsigned int>(all.names.size()), buffer.data(), &size);
+    if (result == kDone && size < buffer.size()) {
+      all.names.push_back(buffer.substr(0, size));
+    } else if (result == kDone) {
       buffer.resize(std::size_t{size} + 1);
-    } else if (result == kMoreData && buffer.size() < 65536) {
+    } else if (result == kMoreData && buffer.size() < kMostSize) {
       buffer.resize(2 * buffer.size());
     } else {
-      return names;
+      // The file backend has one number alone, which here stands for the end.
+      all.failure = result < 0 || result == kNoMoreItems ? kDone : result;
+      return all;
     }
   }
 }
 
-bool endsInTerminators(unsigned int type) {
-  return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
+// What others wrote may lack a terminator, and what stands behind the one is no terminator. A list
+// has one for each item and one more.
+void dropTerminator(Value& value) {
+  const bool isList = value.type == REG_MULTI_SZ;
+  if ((isText(value.type) && value.data.ends_with('\0')) ||
+      (isList && (value.data.ends_with(std::string_view("\0\0", 2)) || value.data.size() == 1))) {
+    value.data.pop_back();
+  }
 }
 
 }  // namespace
 
-KeyHandle::KeyHandle(QSRegistryManager& manager, enumRegRoot root, const std::string& path,
-                     int access)
-    : m_manager(manager) {
-  if (manager.regOpenKeyEx(LTLib::predefinedRootHandle(root), path.c_str(), 0, access, &m_key) !=
-      0) {
-    m_key = nullptr;
+KeyHandle::KeyHandle(const Backend& backend, enumRegRoot root, const std::string& path, KeyUse use)
+    : m_manager(backend.manager()), m_onFiles(backend.onFiles()) {
+  void* above = LTLib::predefinedRootHandle(root);
+  const int access = use == KeyUse::kRead ? KEY_READ : kSetValue;
+  m_failure = use == KeyUse::kMake && !m_onFiles
+                  ? m_manager.regCreateKeyEx(above, path.c_str(), nullptr, 0,
+                                             static_cast<unsigned int>(access), &m_key, nullptr)
+                  : m_manager.regOpenKeyEx(above, path.c_str(), 0, access, &m_key);
+}
+
+KeyHandle::~KeyHandle() {
+  if (m_failure == kDone) {
+    m_manager.regCloseKey(m_key);
   }
 }
 
-std::vector<std::string> KeyHandle::subKeys() const {
+Names KeyHandle::subKeys() const {
   return allNames([&](unsigned int index, char* name, unsigned int* size) {
-    return m_manager.regEnumKeyEx(m_key, index, name, size);
+    return m_failure != kDone ? m_failure : m_manager.regEnumKeyEx(m_key, index, name, size);
   });
 }
 
-std::vector<std::string> KeyHandle::valueNames() const {
+Names KeyHandle::valueNames() const {
   return allNames([&](unsigned int index, char* name, unsigned int* size) {
-    return m_manager.regEnumValue(m_key, index, name, size, nullptr, nullptr, nullptr, nullptr);
+    return m_failure != kDone ? m_failure
+                              : m_manager.regEnumValue(m_key, index, name, size, nullptr, nullptr,
+                                                       nullptr, nullptr);
   });
 }
 
-std::optional<Value> KeyHandle::value(std::string name) const {
-  Value found;
+// In the operating system's registry a value may grow after it was measured: a text is cut then, and
+// all else comes whole, for which there is room to spare.
+int KeyHandle::read(std::string& name, Value& found) const {
   unsigned int size = 0;
-  if (m_manager.regQueryValueEx(m_key, name.data(), &found.type, nullptr, &size) != 0) {
-    return std::nullopt;
+  found.type = REG_NONE;
+  if (const int result = m_manager.regQueryValueEx(m_key, name.data(), &found.type, nullptr, &size);
+      result != kDone) {
+    return result;
   }
-  // The terminator of a text is copied along without being counted.
-  found.data.resize(std::size_t{size} + 1);
-  unsigned int type = REG_NONE;
-  auto* bytes = reinterpret_cast<unsigned char*>(found.data.data());
-  if (m_manager.regQueryValueEx(m_key, name.data(), &type, bytes, &size) != 0) {
-    return std::nullopt;
-  }
+  unsigned int capacity = size;
+  do {
+    capacity = size;
+    found.type = REG_NONE;
+    found.data.resize(2 * std::size_t{capacity} + kSpare);
+    auto* bytes = reinterpret_cast<unsigned char*>(found.data.data());
+    if (const int result = m_manager.regQueryValueEx(m_key, name.data(), &found.type, bytes, &size);
+        result != kDone) {
+      return result;
+    }
+  } while (size > capacity);
   found.data.resize(size);
-  while (endsInTerminators(found.type) && found.data.ends_with('\0')) {
-    found.data.pop_back();
+  return kDone;
+}
+
+int KeyHandle::value(std::string name, Value& found) const {
+  if (m_failure != kDone) {
+    return m_failure;
   }
-  return found;
+  const int result = read(name, found);
+  if (m_onFiles) {
+    while ((isText(found.type) || found.type == REG_MULTI_SZ) && found.data.ends_with('\0')) {
+      found.data.pop_back();
+    }
+  } else {
+    found.inHex = needsHex(found.type, found.data.size());
+    dropTerminator(found);
+  }
+  return result;
 }
 
 int KeyHandle::setValue(const std::string& name, unsigned int type,
                         const std::string& bytes) const {
-  return m_manager.regSetValueEx(m_key, name.c_str(), type,
-                                 reinterpret_cast<const unsigned char*>(bytes.data()),
-                                 static_cast<unsigned int>(bytes.size()));
+  return m_failure != kDone
+             ? m_failure
+             : m_manager.regSetValueEx(m_key, name.c_str(), type,
+                                       reinterpret_cast<const unsigned char*>(bytes.data()),
+                                       static_cast<unsigned int>(bytes.size()));
 }
 
 int KeyHandle::deleteValue(const std::string& name) const {
-  return m_manager.regDeleteValue(m_key, name.c_str());
+  return m_failure != kDone ? m_failure : m_manager.regDeleteValue(m_key, name.c_str());
 }
 
 }  // namespace ltreg

@@ -3,6 +3,7 @@
 
 #include "ltlib/platform/tool_process.h"
 #include "ltreg/arguments.h"
+#include "ltreg/backend.h"
 #include "ltreg/failure.h"
 #include "ltreg/output.h"
 #include "ltreg/shown_text.h"
@@ -15,6 +16,7 @@ ExitCode run(int count, const char* const* words, std::FILE* data) {
   Output output(data);
   ExitCode code = ExitCode::kDone;
   if (asked.command != nullptr) {
+    chooseBackend(asked.request);
     code = asked.command(asked.request, output);
   } else {
     output.line(asked.text);

@@ -13,13 +13,11 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string lineOf(const NamedValue& value) {
-  return typeWord(value.value.type) + '\t' + escapeControls(value.name) + '\t' +
-         onOneLine(value.value);
+  return typeWord(value.value) + '\t' + escapeControls(value.name) + '\t' + onOneLine(value.value);
 }
 
 Json jsonOf(const NamedValue& value) {
-  return {
-      {"name", value.name}, {"type", typeWord(value.value.type)}, {"value", jsonOf(value.value)}};
+  return {{"name", value.name}, {"type", typeWord(value.value)}, {"value", jsonOf(value.value)}};
 }
 
 Json jsonOf(const std::vector<NamedValue>& values) {
@@ -41,6 +39,9 @@ class ReadKey {
   }
 
   [[nodiscard]] Session& session() { return m_session; }
+  [[nodiscard]] ExitCode outcome() const {
+    return m_session.sawAll() ? ExitCode::kDone : ExitCode::kStoreFailed;
+  }
   [[nodiscard]] const std::string& path() const { return m_key.path; }
   [[nodiscard]] enumRegRoot root() const { return m_key.root; }
   [[nodiscard]] std::string name() const { return fullName(m_key.root, m_key.path); }
@@ -58,7 +59,7 @@ ExitCode listKey(const Request& request, Output& output) {
   const std::vector<NamedValue> values = key.session().values(key.path());
   if (request.json) {
     output.json({{"key", key.name()}, {"keys", subKeys}, {"values", jsonOf(values)}});
-    return ExitCode::kDone;
+    return key.outcome();
   }
   for (const std::string& name : subKeys) {
     output.line("key\t" + escapeControls(name));
@@ -66,7 +67,7 @@ ExitCode listKey(const Request& request, Output& output) {
   for (const NamedValue& value : values) {
     output.line(lineOf(value));
   }
-  return ExitCode::kDone;
+  return key.outcome();
 }
 
 ExitCode showTree(const Request& request, Output& output) {
@@ -87,7 +88,7 @@ ExitCode showTree(const Request& request, Output& output) {
   if (request.json) {
     output.json(all);
   }
-  return ExitCode::kDone;
+  return key.outcome();
 }
 
 ExitCode getValue(const Request& request, Output& output) {
@@ -104,8 +105,7 @@ ExitCode getValue(const Request& request, Output& output) {
       output.line(item);
     }
   } else {
-    const bool isText = value->type == REG_SZ || value->type == REG_EXPAND_SZ;
-    output.line(isText ? value->data : onOneLine(*value));
+    output.line(isText(value->type) ? value->data : onOneLine(*value));
   }
   return ExitCode::kDone;
 }

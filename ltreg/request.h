@@ -11,16 +11,21 @@
 
 namespace ltreg {
 
+/// The words of --backend.
+inline constexpr char kFileBackend[] = "file";
+inline constexpr char kSystemBackend[] = "os";
+
 /// The arguments of all commands; each uses those that belong to it, as they were given.
 struct Request {
-  std::optional<std::string> key;    // KEY or ROOT
-  std::optional<std::string> name;   // NAME
-  std::optional<std::string> text;   // TEXT
-  std::optional<std::string> clsid;  // CLASS
-  std::optional<std::string> file;   // FILE
-  std::optional<std::string> type;   // --type
-  std::vector<std::string> values;   // VALUE...
-  std::optional<std::string> store;  // --store
+  std::optional<std::string> key;      // KEY or ROOT
+  std::optional<std::string> name;     // NAME
+  std::optional<std::string> text;     // TEXT
+  std::optional<std::string> clsid;    // CLASS
+  std::optional<std::string> file;     // FILE
+  std::optional<std::string> type;     // --type
+  std::vector<std::string> values;     // VALUE...
+  std::optional<std::string> store;    // --store
+  std::optional<std::string> backend;  // --backend
   bool json = false;
   bool recursive = false;
   bool trace = false;

@@ -91,28 +91,55 @@ void Session::complainOfWarnings() const {
   }
 }
 
-KeyHandle Session::open(const std::string& path, int access) {
-  return KeyHandle(m_backend.manager(), m_root, path, access);
+KeyHandle Session::open(const std::string& path, KeyUse use) const {
+  return {m_backend, m_root, path, use};
 }
 
 bool Session::keyExists(const std::string& path) {
   if (!onFiles()) {
-    return open(path).isOpen();
+    const int failure = open(path).failure();
+    if (failure != kDone && failure != kNotFound) {
+      demandDone(failure, "reading the key " + inQuotes(fullName(m_root, path)));
+    }
+    return failure == kDone;
   }
   return path.empty() ? m_report.exists
                       : contains(subKeys(std::string(parentPath(path))), lastComponent(path));
 }
 
+// One complaint for each key, though its sub-keys are asked for as well as its values.
+void Session::complainOfKey(const std::string& path, int failure) {
+  if (failure != kDone && (m_sawAll || m_unreadable != path)) {
+    complain("warning: the key " + inQuotes(fullName(m_root, path)) +
+             " cannot be read in full: " + describeFailure(failure));
+    m_sawAll = false;
+    m_unreadable = path;
+  }
+}
+
 std::vector<std::string> Session::subKeys(const std::string& path) {
-  return onFiles() && isShallow(path) ? shallowSubKeys(m_report, path) : open(path).subKeys();
+  if (onFiles() && isShallow(path)) {
+    return shallowSubKeys(m_report, path);
+  }
+  Names found = open(path).subKeys();
+  complainOfKey(path, found.failure);
+  return std::move(found.names);
 }
 
 std::vector<NamedValue> Session::values(const std::string& path) {
   const KeyHandle key = open(path);
+  Names found = key.valueNames();
+  complainOfKey(path, found.failure);
   std::vector<NamedValue> values;
-  for (std::string& name : key.valueNames()) {
-    if (std::optional<Value> value = key.value(name)) {
-      values.push_back({std::move(name), std::move(*value)});
+  for (std::string& name : found.names) {
+    NamedValue value{std::move(name), {}};
+    const int failure = key.value(value.name, value.value);
+    if (failure == kDone) {
+      values.push_back(std::move(value));
+    } else if (!onFiles()) {
+      complain("warning: the value " + inQuotes(value.name) + " of the key " +
+               inQuotes(fullName(m_root, path)) + " cannot be read: " + describeFailure(failure));
+      m_sawAll = false;
     }
   }
   return values;
@@ -120,24 +147,24 @@ std::vector<NamedValue> Session::values(const std::string& path) {
 
 std::optional<Value> Session::value(const std::string& path, const std::string& name) {
   // Reading a value of an absent key would add that key to the tree.
-  return keyExists(path) ? open(path).value(name) : std::nullopt;
+  if (!keyExists(path)) {
+    return std::nullopt;
+  }
+  Value found;
+  const int failure = open(path).value(name, found);
+  if (failure != kDone && failure != kNotFound && !onFiles()) {
+    demandDone(failure, "reading the value " + inQuotes(name));
+  }
+  return failure == kDone ? std::optional(std::move(found)) : std::nullopt;
 }
 
 int Session::setValue(const std::string& path, const std::string& name, unsigned int type,
                       const std::string& bytes) {
-  if (onFiles()) {
-    return open(path, KEY_ALL_ACCESS).setValue(name, type, bytes);
-  }
-  void* made = nullptr;
-  const int result = m_backend.manager().regCreateKeyEx(
-      LTLib::predefinedRootHandle(m_root), path.c_str(), nullptr, 0,
-      static_cast<unsigned int>(KEY_ALL_ACCESS), &made, nullptr);
-  m_backend.manager().regCloseKey(made);
-  return result != 0 ? result : open(path, KEY_ALL_ACCESS).setValue(name, type, bytes);
+  return open(path, KeyUse::kMake).setValue(name, type, bytes);
 }
 
 int Session::deleteValue(const std::string& path, const std::string& name) {
-  return open(path, KEY_ALL_ACCESS).deleteValue(name);
+  return open(path, KeyUse::kChange).deleteValue(name);
 }
 
 int Session::deleteKey(const std::string& path) {

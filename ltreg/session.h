@@ -28,11 +28,17 @@ class Session {
 
   [[nodiscard]] bool onFiles() const { return m_backend.onFiles(); }
 
-  // These look without adding anything. An absent key has no sub-keys and no values.
+  // These look without adding anything, and throw Failure where the registry refuses to tell.
   [[nodiscard]] bool keyExists(const std::string& path);
+  [[nodiscard]] std::optional<Value> value(const std::string& path, const std::string& name);
+
+  // These give what can be read of a key, and complain of what cannot. On files an absent key has
+  // no sub-keys and no values. Requires of the operating system's registry: the key is there.
   [[nodiscard]] std::vector<std::string> subKeys(const std::string& path);
   [[nodiscard]] std::vector<NamedValue> values(const std::string& path);
-  [[nodiscard]] std::optional<Value> value(const std::string& path, const std::string& name);
+
+  /// Whether nothing was complained of in that way.
+  [[nodiscard]] bool sawAll() const { return m_sawAll; }
 
   // These give the manager's numbers: 0 is done.
   [[nodiscard]] int setValue(const std::string& path, const std::string& name, unsigned int type,
@@ -49,13 +55,16 @@ class Session {
  private:
   void openStore(Access access, bool quiet);
   void complainOfWarnings() const;
-  [[nodiscard]] KeyHandle open(const std::string& path, int access = KEY_READ);
+  void complainOfKey(const std::string& path, int failure);
+  [[nodiscard]] KeyHandle open(const std::string& path, KeyUse use = KeyUse::kRead) const;
 
   Backend m_backend;
   enumRegRoot m_root;
   std::string m_pathname;  // empty unless the root lies in a store file
   std::unique_ptr<LTLib::StoreGuard> m_guard;
   LTLib::StoreReport m_report;
+  bool m_sawAll = true;
+  std::string m_unreadable;  // the last key that was complained of
 };
 
 }  // namespace ltreg

@@ -11,19 +11,34 @@ char lowered(char byte) {
   return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }
 
+bool isControl(char byte) {
+  const auto code = static_cast<unsigned char>(byte);
+  return code < 0x20 || code == 0x7F;
+}
+
 }  // namespace
 
-std::string escapeControls(std::string_view text) {
+std::string hexDigits(std::string_view bytes) {
   constexpr char kDigits[] = "0123456789abcdef";
-  std::string shown;
-  shown.reserve(text.size());
-  for (const char byte : text) {
+  std::string digits;
+  for (const char byte : bytes) {
     const auto code = static_cast<unsigned char>(byte);
-    if (code < 0x20 || code == 0x7F) {
-      shown.append("\\x") += kDigits[code >> 4];
-      shown += kDigits[code & 0xF];
-    } else {
-      shown += byte;
+    digits += kDigits[code >> 4];
+    digits += kDigits[code & 0xF];
+  }
+  return digits;
+}
+
+std::string escapeControls(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const auto* control = std::find_if(text.begin(), text.end(), isControl);
+    const auto plain = static_cast<std::size_t>(control - text.begin());
+    shown.append(text.substr(0, plain));
+    text.remove_prefix(plain);
+    if (!text.empty()) {
+      shown.append("\\x").append(hexDigits(text.substr(0, 1)));
+      text.remove_prefix(1);
     }
   }
   return shown;

@@ -7,6 +7,9 @@
 
 namespace ltreg {
 
+/// Two hexadecimal digits for each byte.
+[[nodiscard]] std::string hexDigits(std::string_view bytes);
+
 /// The text with each control byte as "\x" and two hexadecimal digits; all else stays.
 [[nodiscard]] std::string escapeControls(std::string_view text);
 

@@ -8,9 +8,6 @@ namespace ltreg {
 namespace {
 
 std::string whyNoItem(const std::string& item) {
-  if (item.empty()) {
-    return "a list cannot hold an empty item; leave it out";
-  }
   if (item.find_first_of(",\\\"\n") != std::string::npos) {
     return "the list item " + inQuotes(item) +
            " holds a comma, backslash, double quote or line feed, at which a store file would"

@@ -12,13 +12,22 @@ namespace ltreg {
 namespace {
 
 // Of a value in a store file the type stays, whatever type a later call names.
-unsigned int typeToSet(const Session& session, const Request& request,
-                       const std::optional<Value>& present) {
-  const unsigned int otherwise = present ? present->type : REG_SZ;
-  const unsigned int type = request.type ? typeOfWord(*request.type) : otherwise;
-  if (session.onFiles() && present && present->type != type) {
+ValueType typeToSet(const Session& session, const Request& request,
+                    const std::optional<Value>& present) {
+  const ValueType otherwise = present ? ValueType(*present) : ValueType{REG_SZ};
+  ValueType type = request.type ? typeOfWord(*request.type).value_or(otherwise) : otherwise;
+  if (!session.onFiles()) {
+    return type;
+  }
+  type.inHex = false;
+  if (!isTypeOfFiles(type.type)) {
+    throw Failure(ExitCode::kBadInput, "a store file holds no values of the type " +
+                                           inQuotes(*request.type) +
+                                           ", but string, ulong, binary and list");
+  }
+  if (present && present->type != type.type) {
     throw Failure(ExitCode::kBadInput,
-                  "the value " + inQuotes(*request.name) + " is a " + typeWord(present->type) +
+                  "the value " + inQuotes(*request.name) + " is a " + typeWord(*present) +
                       " and would stay one; delete it first, or leave --type out");
   }
   return type;
@@ -58,7 +67,7 @@ ExitCode setValue(const Request& request, Output& /*output*/) {
   KeyArgument key = parseKey(*request.key);
   Session session(request, key, Access::kWrite);
   demandPlace(session, key.path, *request.name);
-  const unsigned int type = typeToSet(session, request, session.value(key.path, *request.name));
+  const ValueType type = typeToSet(session, request, session.value(key.path, *request.name));
   putValue(session, key.path, *request.name, type, request.values);
   session.save();
   return ExitCode::kDone;

@@ -21,20 +21,40 @@ QSCfgDataSection& sectionOf(const QSFileKeyHandle& key) {
   return *cfgRootOf(key.root).section;
 }
 
-// A walk that ends in a backslash, or adds a section each time, has to be made each time.
+// A walk that ends in a backslash, or adds a section each time, has to be made each time. Behind two
+// backslashes in a row the rest is one name, so that such a path is the start of no other.
 bool leadsBack(const std::string& path) {
-  return path.back() != '\\' && !lacksFirstComponent(path);
+  return path.back() != '\\' && !lacksFirstComponent(path) &&
+         path.find("\\\\") == std::string::npos;
+}
+
+// The name below the last walk's section to which a path leads; empty if it leads elsewhere.
+std::string_view nameBelow(const QSCfgLastWalk& walk, std::string_view path) {
+  const std::size_t start = walk.path.size() + 1;
+  if (walk.section == nullptr || path.size() <= start || path[start - 1] != '\\' ||
+      !path.starts_with(walk.path)) {
+    return {};
+  }
+  const std::string_view name = path.substr(start);
+  return name.find('\\') == std::string_view::npos ? name : std::string_view{};
 }
 
 QSCfgDataSection* resolve(QSFileKeyHandle& key, bool create) {
   QSCfgRoot& root = cfgRootOf(key.root);
-  if (root.lastWalk.section != nullptr && root.lastWalk.path == key.path) {
-    return root.lastWalk.section;
+  QSCfgLastWalk& last = root.lastWalk;
+  if (last.section != nullptr && last.path == key.path) {
+    return last.section;
   }
-  QSCfgDataSection* section = cfgResolveSection(key.path, *root.section, create);
-  if (section != nullptr && leadsBack(key.path)) {
-    root.lastWalk.path = key.path;
-    root.lastWalk.section = section;
+  const std::string_view name = nameBelow(last, key.path);
+  QSCfgDataSection* section = nullptr;
+  if (name.empty()) {
+    section = cfgResolveSection(key.path, *root.section, create);
+  } else {
+    section = create ? &last.section->findOrAddSection(name) : last.section->findSection(name);
+  }
+  if (section != nullptr && (!name.empty() || leadsBack(key.path))) {
+    last.path = key.path;
+    last.section = section;
   }
   return section;
 }

@@ -41,11 +41,26 @@ constinit ltDoOnce_t s_once;
 constinit std::atomic<QSRegistryManagerImpl*> s_instance{nullptr};
 constinit std::atomic<bool> s_ended{false};
 
-void buildInstance() {
-  if (s_ended) {
-    return;
+void install(std::unique_ptr<QSRegistryManagerImpl> manager) {
+  if (!s_ended) {
+    s_instance.store(manager.release(), std::memory_order_release);
   }
-  s_instance.store(LTLib::detail::chooseBackend().release(), std::memory_order_release);
+}
+
+void buildInstance() {
+  install(LTLib::detail::chooseBackend());
+}
+
+template <class Manager>
+void buildAs() {
+  install(std::make_unique<Manager>());
+}
+
+// Whether the instance is of that class, once there is one.
+template <class Manager>
+bool force() {
+  ltDoOnce(s_once, buildAs<Manager>);
+  return dynamic_cast<Manager*>(s_instance.load(std::memory_order_acquire)) != nullptr;
 }
 
 // Ends the instance with the library. A late caller gets null and not a second instance, nor a
@@ -63,6 +78,13 @@ const InstanceEnd s_instanceEnd;
 QSRegistryManager* QSRegistryManager::GetInstance() {
   ltDoOnce(s_once, buildInstance);
   return s_instance.load(std::memory_order_acquire);
+}
+
+bool LTLib::forceRegistryBackend(RegistryBackend backend) {
+  if (backend == RegistryBackend::kFiles) {
+    return force<QSFileRegistryManager>();
+  }
+  return Platform::hasSystemRegistry() && force<QSWin32RegistryManager>();
 }
 
 std::unique_ptr<QSRegistryManagerImpl> LTLib::detail::replaceInstance(

@@ -127,6 +127,17 @@ class LTLIB_EXPORT QSRegistryManagerImpl : public QSRegistryManager {
   virtual ~QSRegistryManagerImpl() = default;
 };
 
+namespace LTLib {
+
+enum class RegistryBackend { kFiles, kSystem };
+
+/// Makes the instance, unless there is one, whatever the marker says: for tools, at the start of a
+/// process. False if the instance is of the other backend or has ended, or if the system has no
+/// registry of its own; nothing is made then.
+LTLIB_EXPORT bool forceRegistryBackend(RegistryBackend backend);
+
+}  // namespace LTLib
+
 /// Saves a root through the instance: how a program makes its changes in a file registry last.
 /// 0, or 0x80004005 sign-extended. Nothing saves by itself.
 LTLIB_EXPORT long SaveConfiguration(enumRegRoot root);

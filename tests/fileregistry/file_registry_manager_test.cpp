@@ -336,6 +336,14 @@ TEST_F(FileManager, FindsAKeyAnewAfterItWasDeleted) {
   EXPECT_EQ(showRoot(REG_ROOT_CURRENT_CONFIG), "A\nA/\\B\\\\\nA/\\B\\\nA/\\B\n");
 }
 
+// A walk may go on from where the last one ended; reading shows the way, since it adds sections.
+TEST_F(FileManager, WalksOnAsFromTheRoot) {
+  for (const char* path : {"A\\B", "A\\B\\C\\D", "A\\B", "A\\BCD", "A\\\\B", "A\\\\B\\C"}) {
+    EXPECT_EQ(OpenKey(m_manager, REG_ROOT_USERS, path).text("n"), "<-1>");
+  }
+  EXPECT_EQ(showRoot(REG_ROOT_USERS), "A\nA/B\nA/B/C\nA/B/C/D\nA/BCD\nA/\\B\nA/\\B\\C\n");
+}
+
 TEST_F(FileManager, RefusesWhatHasNoFormInAFile) {
   const struct {
     const char* path;

@@ -4,8 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <filesystem>
+#include <iomanip>
+#include <list>
 #include <optional>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,37 +19,83 @@
 
 namespace LTLib::Testing {
 
-using Words = std::vector<std::string>;
-
-/// One run of the tool and what it has to come to.
-struct LtregCase {
-  Words arguments;
-  int exitCode = 0;
-  std::string output;                         // the whole of standard output
-  std::string errors;                         // a part of standard error; empty wants it empty
-  std::optional<std::string> before;          // the store; absent without
-  std::optional<std::string> after = before;  // as it was, unless told
-};
+using Store = std::optional<std::string>;  // the text of a store file; none where it is absent
 
 class LtregTest : public testing::Test {
  protected:
   static constexpr char kStore[] = "HKEY_LOCAL_MACHINE.cfg";
+  static constexpr char kOne[] = "[A\\B]\n\"n\"=ulong:1\n\n";
 
-  LtregTest();
+  LtregTest() {
+    for (const char* name : {"HKEY_CURRENT_USER", "HKEY_CURRENT_CONFIG", "HKEY_USERS",
+                             "HKEY_CLASSES_ROOT", "HKEY_LOCAL_MACHINE", "LTTRACER"}) {
+      m_environment.emplace_back(name, std::nullopt);
+    }
+  }
 
-  /// Runs the tool in the folder, whose file kStore the machine root then is.
-  [[nodiscard]] ProgramResult run(const Words& arguments) const;
-  [[nodiscard]] RunningProgram start(const Words& arguments) const;
+  /// Starts a program in the folder, whose file kStore the machine root then is. A word of the line
+  /// with blanks stands in single quotes, and @ stands for the key of kOne.
+  [[nodiscard]] RunningProgram start(const std::string& line, const std::string& program) const {
+    std::istringstream rest(std::regex_replace(line, std::regex("@"), R"(HKLM\A\B)"));
+    std::vector<std::string> words;
+    for (std::string word; rest >> std::quoted(word, '\'', '\0');) {
+      words.push_back(word);
+    }
+    return {program, words, m_folder.path()};
+  }
+  [[nodiscard]] ProgramResult run(const std::string& line) const {
+    return start(line, m_program).wait();
+  }
 
-  void check(const LtregCase& row) const;
+  // These run the tool over a store and look at all that it writes and leaves; `errors` is a part.
+  // The layout of JSON does not count.
+  void shows(const std::string& line, const std::string& output, const Store& store) const {
+    check(line, {0, output, ""}, store, store);
+  }
+  void changes(const std::string& line, const Store& before, const Store& after) const {
+    check(line, {}, before, after);
+  }
+  void fails(int exitCode, const std::string& line, const std::string& errors, const Store& store,
+             const std::string& output = "") const {
+    check(line, {exitCode, output, errors}, store, store);
+  }
 
-  /// The store's bytes; nothing if it does not exist.
-  [[nodiscard]] std::optional<std::string> store() const;
+  static void contains(const std::string& text, const std::vector<std::string>& parts) {
+    for (const std::string& part : parts) {
+      EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text.substr(0, 4000);
+    }
+  }
+
+  /// The store; none if it does not exist. And one that has this line in the place of kOne's.
+  [[nodiscard]] Store store() const {
+    const std::string path = m_folder.path(kStore);
+    return std::filesystem::exists(path) ? Store(readFile(path)) : std::nullopt;
+  }
+  static std::string holding(const std::string& line) { return "[A\\B]\n" + line + "\n\n"; }
 
   TempFolder m_folder;
+  std::string m_program = LTREG_PROGRAM;
 
  private:
-  std::vector<std::unique_ptr<ScopedEnvironment>> m_environment;
+  void check(const std::string& line, const ProgramResult& expected, const Store& before,
+             const Store& after) const {
+    SCOPED_TRACE(line.substr(0, 200) + " over " + before.value_or("no store"));
+    std::filesystem::remove(m_folder.path(kStore));
+    if (before) {
+      m_folder.write(kStore, *before);
+    }
+    ProgramResult result = run(line);
+    if (line.find("--json") != std::string::npos) {
+      result.output = std::regex_replace(result.output, std::regex("\n *"), "");
+    }
+    EXPECT_EQ(result.exitCode, expected.exitCode);
+    EXPECT_EQ(result.output, expected.output);
+    EXPECT_EQ(result.errors.empty(), expected.errors.empty()) << result.errors;
+    EXPECT_NE(result.errors.find(expected.errors), std::string::npos) << result.errors;
+    EXPECT_EQ(store(), after);
+  }
+
+  std::list<ScopedEnvironment> m_environment;
 };
 
 }  // namespace LTLib::Testing

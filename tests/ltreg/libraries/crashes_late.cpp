@@ -9,14 +9,8 @@ namespace {
 
 struct Late {
   bool isDue = false;
-  ~Late() {
-    if (isDue) {
-      std::abort();
-    }
-  }
-};
-
-Late s_late;
+  ~Late() { isDue ? std::abort() : void(); }
+} s_late;
 
 QSResult crash(iqsUnknown*, iqsCUnknown**) {
   std::abort();

@@ -1,9 +1,5 @@
 // Calls a function that is missing at run time: of a library that the loader does not find, or one
 // that no library has.
-#include "tests/ltreg/libraries/absent.h"
+int ltregTestAbsent();
 
-namespace {
-
-const int s_value = ltregTestAbsent();
-
-}  // namespace
+const int kValue = ltregTestAbsent();
