@@ -93,6 +93,22 @@ TEST_F(LtregSystem, WritesWhatOthersRead) {
   fails(4, "list HKCU\\" + std::string(300, 'x'), "refused by the registry with error ", {});
 }
 
+// Half a pair of UTF-16 has no form in any narrow text.
+TEST_F(LtregSystem, TellsOfNamesThatNobodyCanAskFor) {
+  const std::string path = m_own.path();
+  const std::u16string key = u"[HKEY_CURRENT_USER\\" + std::u16string(path.begin(), path.end());
+  m_folder.write("odd.reg",
+                 wide(u"\uFEFFWindows Registry Editor Version 5.00\r\n\r\n" + key +
+                      u"]\r\n\"\xD801\"=\"x\"\r\n\"n\"=\"y\"\r\n\r\n" + key + u"\\\xD800]\r\n"));
+  EXPECT_EQ(reg("import odd.reg"), 0);
+  const ProgramResult result = run("tree " + m_key);
+  EXPECT_EQ(reg("delete " + m_key + " /f"), 0);
+  EXPECT_EQ(result.exitCode, 4);
+  contains(result.output, {path + "\n\tstring\tn\ty\n", path + "\\"});
+  contains(result.errors,
+           {path + "' cannot be read: error 2, ", "cannot be read in full: error 2, "});
+}
+
 TEST_F(LtregSystem, TheBackendGoesByTheMarkerUnlessItIsNamed) {
   put("n", REG_SZ, "of the system");
   m_folder.write("HKEY_CURRENT_USER.cfg", '[' + m_own.path() + "]\n\"n\"=string:\"of a file\"\n");
