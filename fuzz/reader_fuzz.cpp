@@ -6,24 +6,26 @@
 #include <string>
 #include <string_view>
 
-#include "fuzz/fuzz_tree.h"
+#include "fuzz/demand.h"
+#include "tests/support/text_tree.h"
 
-using namespace LTLib::Fuzzing;
+using LTLib::Fuzzing::demand;
+using namespace LTLib::Testing;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
-  const Reading first = readTree(text);
-  const std::string shown = showFields(*first.root);
-  const Reading pieces = readTree(text, 7);
-  demand(pieces.whole == first.whole && showFields(*pieces.root) == shown,
+  const Reading first = readText(text);
+  const Reading pieces = readText(text, 7);
+  demand(pieces.end == first.end && showTree(*pieces.root) == showTree(*first.root),
          "the tree depends on the pieces in which the text arrives");
 
-  const std::optional<std::string> written = writeTree(*first.root);
+  const std::optional<std::string> written = writeText(*first.root);
   if (written.has_value()) {
-    const Reading second = readTree(*written);
-    demand(second.whole, "the written text does not load");
-    demand(showFields(*second.root) == shown, "the written text loads as another tree");
-    demand(writeTree(*second.root) == written, "a second save writes another text");
+    const Reading second = readText(*written);
+    demand(second.end == "whole", "the written text does not load");
+    demand(showFields(*second.root) == showFields(*first.root),
+           "the written text loads as another tree");
+    demand(writeText(*second.root) == written, "a second save writes another text");
   }
   return 0;
 }

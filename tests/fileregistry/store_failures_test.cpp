@@ -4,253 +4,183 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
-#include "ltlib/fileregistry/kFileRegistry.h"
-#include "ltlib/fileregistry/store_files.h"
+#include "ltlib/foundation/kqsresult.h"
 #include "tests/support/store_fixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using namespace LTLib::Testing;
 using LTLib::Platform::File;
+using LTLib::Platform::FileCalls;
 using LTLib::Platform::fileCalls;
-using LTLib::Platform::FilePermissions;
 using LTLib::Platform::FileResult;
-using LTLib::Testing::forgetStores;
-using LTLib::Testing::OpenKey;
-using LTLib::Testing::readFile;
 
-constexpr enumRegRoot kMachine = REG_ROOT_LOCAL_MACHINE;
-constexpr char kText[] = "[A\\B]\n\"n\"=ulong:1\n\n";
+FileCalls s_real;
+constexpr int kNever = -1;
+int s_callsLeft = kNever;  // ahead of the one that fails
 
-bool s_failing = false;
-int s_renamesLeft = 0;
+// Stands in for one call of the table.
+template <auto Call>
+struct Watched;
 
-// Each fails as long as s_failing is set and hands on to the real call otherwise.
-LTLib::Platform::FileCalls s_real;
-
-File* openNothing(const char* path) {
-  return s_failing ? nullptr : s_real.openForReading(path);
-}
-
-FileResult failRead(File& file, char* buffer, std::size_t capacity, std::size_t* taken) {
-  const FileResult result = s_real.read(file, buffer, std::min<std::size_t>(capacity, 12), taken);
-  return s_failing && *taken < 12 ? FileResult::kFailed : result;
-}
-
-FileResult failWrite(File& file, const char* bytes, std::size_t count) {
-  return s_failing ? FileResult::kFailed : s_real.write(file, bytes, count);
-}
-
-FileResult failFlush(File& file) {
-  return s_failing ? FileResult::kFailed : s_real.flush(file);
-}
-
-FileResult failClose(File* file) {
-  const FileResult result = s_real.close(file);
-  return s_failing ? FileResult::kFailed : result;
-}
-
-FileResult failLink(const char* path, const char* second) {
-  return s_failing ? FileResult::kFailed : s_real.link(path, second);
-}
-
-FileResult noLinks(const char* path, const char* second) {
-  return s_failing ? FileResult::kUnsupported : s_real.link(path, second);
-}
-
-FileResult failLaterRename(const char* from, const char* to) {
-  return s_failing && s_renamesLeft-- <= 0 ? FileResult::kFailed : s_real.rename(from, to);
-}
-
-FileResult failFlushDirectory(const char* path) {
-  return s_failing ? FileResult::kFailed : s_real.flushDirectory(path);
-}
-
-class StoreFailures : public LTLib::Testing::StoreTest {
- protected:
-  StoreFailures() {
-    s_real = fileCalls();
-    s_failing = false;
-    s_renamesLeft = 0;
-    m_folder.write("qsconfig.dat", m_folder.name());
-    m_folder.write("HKEY_LOCAL_MACHINE.cfg", kText);
-    m_folder.write("HKEY_LOCAL_MACHINE.cfg_old", "older");
-    EXPECT_EQ(load(), 1);
-    EXPECT_EQ(OpenKey(m_manager, kMachine, "A\\B").setNumber("n", 2), 0);
-  }
-
-  // A save fails, the files stay, the locks are free, and the next save works.
-  void expectSaveFails() {
-    s_failing = true;
-    EXPECT_EQ(m_manager.saveConfiguration(kMachine), static_cast<long>(LTLib::kFailure));
-    s_failing = false;
-    EXPECT_EQ(readFile(store()), kText);
-    EXPECT_EQ(readFile(store() + "_old"), "older");
-    EXPECT_EQ(m_folder.names(),
-              (std::vector<std::string>{"HKEY_LOCAL_MACHINE.cfg", "HKEY_LOCAL_MACHINE.cfg_old",
-                                        "qsconfig.dat"}));
-    EXPECT_TRUE(locksAreFree());
-    EXPECT_EQ(m_manager.saveConfiguration(kMachine), 0);
-    EXPECT_EQ(readFile(store()), "[A\\B]\n\"n\"=ulong:2\n\n");
-    EXPECT_EQ(readFile(store() + "_old"), kText);
+template <class Result, class... Arguments, Result (*FileCalls::*Call)(Arguments...)>
+struct Watched<Call> {
+  static Result ask(Arguments... arguments) {
+    // A file is closed, and freed, whatever the result.
+    constexpr bool kCloses = std::is_same_v<decltype(Call), decltype(&FileCalls::close)>;
+    const bool fails = s_callsLeft >= 0 && s_callsLeft-- == 0;
+    const Result result = !fails || kCloses ? (s_real.*Call)(arguments...) : Result();
+    if constexpr (std::is_same_v<Result, File*>) {
+      return result;
+    } else {
+      return fails ? FileResult::kFailed : result;
+    }
   }
 };
 
-TEST_F(StoreFailures, OfTheWriter) {
-  fileCalls().write = failWrite;
-  expectSaveFails();
+template <auto... Calls>
+void watch() {
+  ((fileCalls().*Calls = Watched<Calls>::ask), ...);
 }
 
-TEST_F(StoreFailures, OfTheFlushToTheDevice) {
-  fileCalls().flush = failFlush;
-  expectSaveFails();
+constexpr char kText[] = "[A\\B]\n\"n\"=ulong:1\n\n";
+constexpr char kChanged[] = "[A\\B]\n\"n\"=ulong:2\n\n";
+
+class StoreFailures : public StoreTest {
+ protected:
+  StoreFailures() {
+    s_real = fileCalls();
+    watch<&FileCalls::openForReading, &FileCalls::openForWriting, &FileCalls::read,
+          &FileCalls::write, &FileCalls::flush, &FileCalls::close, &FileCalls::status,
+          &FileCalls::remove, &FileCalls::link, &FileCalls::rename, &FileCalls::flushDirectory>();
+  }
+
+  // A loaded root whose one number was changed from 1 to 2.
+  void change() {
+    restartWith(kText);
+    m_folder.write("HKEY_LOCAL_MACHINE.cfg_old", "older");
+    EXPECT_TRUE(load());
+    EXPECT_EQ(OpenKey("A\\B").setNumber("n", 2), 0);
+  }
+
+  void expectNothingDone() {
+    EXPECT_EQ(readFile(store()) + readFile(store() + "_old"), std::string(kText) + "older");
+    EXPECT_FALSE(fs::exists(store() + "_new"));
+    EXPECT_TRUE(locksAreFree());
+  }
+
+  // What comes of a save in which one call fails.
+  std::string saveFailingAt(int callsLeft) {
+    change();
+    s_callsLeft = callsLeft;
+    const bool saved = save() == 0;
+    s_callsLeft = kNever;
+    if (!saved) {
+      expectNothingDone();
+      EXPECT_EQ(save(), 0) << "the next one works";
+    }
+    EXPECT_EQ(readFile(store()) + readFile(store() + "_old"), std::string(kChanged) + kText);
+    fs::remove(store() + "_old_aside");
+    return saved ? "works " : "fails ";
+  }
+
+  // What comes of a load in which one call fails.
+  std::string loadFailingAt(int callsLeft) {
+    s_callsLeft = callsLeft;
+    try {
+      EXPECT_TRUE(load());
+      return showRoot().empty() ? "empty " : "whole ";
+    } catch (const std::length_error&) {
+      return "no lock ";
+    } catch (const QSException& caught) {
+      EXPECT_EQ(caught.Result(), LTLib::kFailure);
+      EXPECT_STREQ(caught.File(), "kFileRegistry");
+      return caught.What() + ' ';
+    }
+  }
+};
+
+// They are status, open, write, flush, close, status of the old version, which is set aside by a
+// rename, link or a further rename, rename, flush of the directory, and removal.
+TEST_F(StoreFailures, OfEachCallOfASave) {
+  const std::string fourFail = "fails fails fails fails ";
+  std::string told;
+  for (int calls = 0; calls < 11; ++calls) {
+    told += saveFailingAt(calls);
+  }
+  EXPECT_EQ(told, "works " + fourFail + "works " + fourFail + "works ");
+  s_real.link = [](const char*, const char*) { return FileResult::kUnsupported; };
+  told.clear();
+  for (int calls = 0; calls < 12; ++calls) {
+    told += saveFailingAt(calls);
+  }
+  EXPECT_EQ(told, "works " + fourFail + "works fails " + fourFail + "works ");
 }
 
-TEST_F(StoreFailures, OfTheClose) {
-  fileCalls().close = failClose;
-  expectSaveFails();
+// They are status, open, write and close of the folder's identity, open, two reads and close of it,
+// and the same of the store.
+TEST_F(StoreFailures, OfEachCallOfALoad) {
+  std::string told;
+  for (int calls = 0; calls < 12; ++calls) {
+    fs::remove(m_folder.path("qsconfig.dat"));
+    restartWith(kText);
+    told += loadFailingAt(calls);
+    EXPECT_EQ(readFile(store()), kText);
+    EXPECT_TRUE(locksAreFree());
+    EXPECT_EQ(save(), 0);
+    EXPECT_TRUE(showRoot() == "A\nA/B|n|0|1\n" || told.ends_with("empty "));
+  }
+  EXPECT_EQ(told,
+            "whole no lock no lock no lock no lock no lock no lock whole "
+            "empty registry read failed registry read failed whole ");
 }
 
-TEST_F(StoreFailures, OfTheSecondName) {
-  fileCalls().link = failLink;
-  expectSaveFails();
-}
-
-TEST_F(StoreFailures, OfTheDirectoryFlush) {
-  fileCalls().flushDirectory = failFlushDirectory;
-  expectSaveFails();
-}
-
-TEST_F(StoreFailures, OfEveryRename) {
-  fileCalls().rename = failLaterRename;
-  expectSaveFails();
-}
-
-// One rename works, the one that brings the new file in fails, and those that undo it work.
-FileResult failSecondRename(const char* from, const char* to) {
-  return s_failing && s_renamesLeft++ == 1 ? FileResult::kFailed : s_real.rename(from, to);
-}
-
-TEST_F(StoreFailures, OfTheRenameOntoTheStore) {
-  fileCalls().rename = failSecondRename;
-  expectSaveFails();
-}
-
-FileResult failThirdRename(const char* from, const char* to) {
-  return s_failing && s_renamesLeft++ == 2 ? FileResult::kFailed : s_real.rename(from, to);
-}
-
-TEST_F(StoreFailures, OfTheRenameOntoTheStoreWithoutSecondNames) {
-  fileCalls().link = noLinks;
-  fileCalls().rename = failThirdRename;
-  expectSaveFails();
-}
-
-TEST_F(StoreFailures, SystemsWithoutSecondNamesAreServedByRenames) {
-  fileCalls().link = noLinks;
-  s_failing = true;
-  EXPECT_EQ(m_manager.saveConfiguration(kMachine), 0);
-  EXPECT_EQ(readFile(store()), "[A\\B]\n\"n\"=ulong:2\n\n");
-  EXPECT_EQ(readFile(store() + "_old"), kText);
+// What is wrong with the text leaves the root to be read again, and other roots alone.
+TEST_F(StoreFailures, OfTheText) {
+  restartWith("[A\\B]\n\"n\"=ulong:1\n\"s\"=string:\"x\n");
+  EXPECT_EQ(loadFailingAt(kNever) + loadFailingAt(kNever),
+            "registry read failed registry read failed ");
+  EXPECT_TRUE(locksAreFree() && load(REG_ROOT_USERS));
+  m_folder.write("HKEY_LOCAL_MACHINE.cfg", "[A\\B]\n\"n\"=ulong:1\n\"n\"=ulong:7\n[]\n[C\\D]\n");
+  EXPECT_FALSE(load());
+  EXPECT_LT(save(), 0);
+  EXPECT_EQ(showRoot(), "A\nA/B|n|0|1\nA/B|n|0|7\n") << "nothing comes double";
+  EXPECT_EQ(OpenKey("A\\B").remove("N") + OpenKey("A\\B").setNumber("n", 3), 0);
+  m_folder.write("HKEY_LOCAL_MACHINE.cfg",
+                 "[a\\b]\n\"N\"=ulong:1\n\"n\"=ulong:7\n\"n\"=ulong:9\n[C\\D]\n\"x\"=ulong:4\n");
+  EXPECT_EQ(save(), 0);
+  EXPECT_EQ(readFile(store()), "[A\\B]\n\"n\"=ulong:3\n\"n\"=ulong:9\n\n[C\\D]\n\"x\"=ulong:4\n\n");
 }
 
 // What stands in the way is a folder, since a test that runs with all rights is refused little.
-TEST_F(StoreFailures, OfAFolderInTheWay) {
+TEST_F(StoreFailures, OfWhatStandsInTheWay) {
   for (const char* suffix : {"_new", "_old"}) {
-    SCOPED_TRACE(suffix);
+    change();
     const std::string way = store() + suffix;
     fs::remove(way);
     fs::create_directory(way);
-    m_folder.write(fs::path(way).filename().string() + "/inside", "x");
-    EXPECT_LT(m_manager.saveConfiguration(kMachine), 0);
-    EXPECT_EQ(readFile(store()), kText);
-    EXPECT_EQ(readFile(way + "/inside"), "x");
-    EXPECT_TRUE(locksAreFree());
-    fs::remove_all(way);
+    EXPECT_LT(save(), 0);
+    EXPECT_TRUE(fs::remove(way));
     m_folder.write("HKEY_LOCAL_MACHINE.cfg_old", "older");
+    expectNothingDone();
   }
-}
-
-TEST_F(StoreFailures, OfAFolderInPlaceOfTheStore) {
+  if (fs::exists("/dev/full")) {
+    fs::create_symlink("/dev/full", store() + "_new");
+    EXPECT_LT(save(), 0);
+    expectNothingDone();
+  }
+  std::string pathname = m_folder.path("no/such/store.cfg");
+  EXPECT_EQ(m_manager.saveConfiguration(kMachine, pathname), static_cast<long>(LTLib::kFailure));
+  expectNothingDone();
   fs::remove(store());
   fs::create_directory(store());
-  EXPECT_LT(m_manager.saveConfiguration(kMachine), 0);
+  EXPECT_LT(save(), 0);
   EXPECT_TRUE(fs::is_directory(store()));
-  EXPECT_EQ(readFile(store() + "_old"), "older");
-  EXPECT_TRUE(locksAreFree());
   forgetStores();
-  EXPECT_EQ(load(), 1) << "reads as empty";
-}
-
-TEST_F(StoreFailures, OfAFullDisk) {
-  if (!fs::exists("/dev/full")) {
-    GTEST_SKIP() << "this system has no full device";
-  }
-  fs::create_symlink("/dev/full", store() + "_new");
-  EXPECT_LT(m_manager.saveConfiguration(kMachine), 0);
-  EXPECT_EQ(readFile(store()), kText);
-  EXPECT_EQ(readFile(store() + "_old"), "older");
-  EXPECT_FALSE(fs::is_symlink(store() + "_new"));
-  EXPECT_TRUE(locksAreFree());
-}
-
-TEST_F(StoreFailures, OfTextsThatNoFileCanHold) {
-  forgetStores();
-  m_folder.write("HKEY_LOCAL_MACHINE.cfg", "[A\\B]\n\"n\"=binary:x\\\\");
-  EXPECT_EQ(load(), 1);
-  EXPECT_LT(m_manager.saveConfiguration(kMachine), 0);
-  EXPECT_EQ(readFile(store()), "[A\\B]\n\"n\"=binary:x\\\\");
-  EXPECT_EQ(readFile(store() + "_old"), "older");
-  EXPECT_EQ(OpenKey(m_manager, kMachine, "A\\B").setText("n", "mended", REG_BINARY), 0);
-  EXPECT_EQ(m_manager.saveConfiguration(kMachine), 0);
-}
-
-TEST_F(StoreFailures, OfAReadInTheMiddleOfTheFile) {
-  forgetStores();
-  fileCalls().read = failRead;
-  (void)LTLib::detail::cfgLockName(store());
-  s_failing = true;
-  EXPECT_THROW((void)load(), QSException);
-  EXPECT_EQ(m_manager.saveConfiguration(kMachine), static_cast<long>(LTLib::kFailure));
-  s_failing = false;
-  EXPECT_EQ(readFile(store()), kText);
-  EXPECT_TRUE(locksAreFree());
-  EXPECT_EQ(load(), 1);
-  EXPECT_EQ(LTLib::Testing::showRoot(kMachine), "A\nA/B|n|0|1\n");
-}
-
-TEST_F(StoreFailures, OfAnUnreadableStoreIsAnEmptyRoot) {
-  forgetStores();
-  (void)LTLib::detail::cfgLockName(store());
-  fileCalls().openForReading = openNothing;
-  s_failing = true;
-  EXPECT_EQ(load(), 1);
-  EXPECT_EQ(LTLib::Testing::showRoot(kMachine), "");
-}
-
-TEST_F(StoreFailures, OfAnIdentityFileThatCannotBeMade) {
-  const LTLib::Testing::ScopedEnvironment absent("HKEY_USERS", m_folder.path("no/such/users.cfg"));
-  EXPECT_THROW((void)load(REG_ROOT_USERS), std::length_error);
-  std::string pathname = m_folder.path("no/such/users.cfg");
-  EXPECT_EQ(m_manager.saveConfiguration(kMachine, pathname), static_cast<long>(LTLib::kFailure));
-  EXPECT_TRUE(locksAreFree());
-
-  fs::create_directories(m_folder.path("full/qsconfig.dat"));
-  const LTLib::Testing::ScopedEnvironment folder("HKEY_USERS", m_folder.path("full/users.cfg"));
-  EXPECT_THROW((void)load(REG_ROOT_USERS), std::length_error);
-  EXPECT_TRUE(locksAreFree());
-}
-
-TEST_F(StoreFailures, OfAnIdentityFileThatCannotBeWritten) {
-  const LTLib::Testing::ScopedEnvironment elsewhere("HKEY_USERS", m_folder.path("sub/users.cfg"));
-  fs::create_directory(m_folder.path("sub"));
-  fileCalls().write = failWrite;
-  s_failing = true;
-  EXPECT_THROW((void)load(REG_ROOT_USERS), std::length_error);
-  EXPECT_TRUE(fs::is_empty(m_folder.path("sub")));
-  s_failing = false;
-  EXPECT_EQ(load(REG_ROOT_USERS), 1);
+  EXPECT_EQ(loadFailingAt(kNever), "empty ");
 }
 
 }  // namespace

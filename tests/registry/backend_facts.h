@@ -3,60 +3,72 @@
 #ifndef LTLIB_TESTS_REGISTRY_BACKEND_FACTS_H
 #define LTLIB_TESTS_REGISTRY_BACKEND_FACTS_H
 
-#include <string>
-
-#include "ltlib/foundation/kqsresult.h"
-#include "ltlib/registry/registry_manager.h"
+#include "ltlib/ltlib.h"
 
 namespace LTLib::Testing {
 
-struct BackendFacts {
-  const char* name;
+/// Whether the backend over store files serves this process.
+inline bool filesServe() {
+  return !GetConfigurationPathname(REG_ROOT_CURRENT_USER).empty();
+}
 
-  // Keys and values that are not there.
-  int openMissingKey;           // the number of regOpenKeyEx
-  bool missingKeyIsCreated;     // CQSRegKey::IsCreated
-  QSResult readMissingKey;      // CQSRegValue::Read
-  bool readingAddsKeys;         // such a read leaves empty keys behind
-  int missing;                  // the number of a deletion of what is not there
-  int nullHandle;               // the number of an operation on a null handle
-  QSResult deleteUnderMissing;  // CQSRegValue::Delete under a key that is not there
-  QSResult unknownRoot;         // a read under a root outside 1 to 5
-  QSResult keyHasSubKeys;       // CQSRegKey::DeleteKey of one
+/// One difference.
+template <class Answer>
+struct Fact {
+  Answer file;
+  Answer system;  // over the operating system's registry
 
-  // Walks.
-  QSResult endOfWalk;
-  QSResult walkOfMissingKey;
-  int nameTooLong;  // the number of regEnumKeyEx
-  int enumKey;      // the number of regEnumKey for a key that is there
-
-  // Raw calls.
-  bool typeAsksForNumber;   // a type of 4 on entry reads any value as a number
-  bool typeMayBeNull;       // and so may the size, in a query of the size
-  bool closesFormerHandle;  // regOpenKeyEx closes what its result holds
-  bool createSetsDefault;   // regCreateKey sets the default value to "0"
-  bool writesDisposition;
-
-  // Values.
-  unsigned int textTerminators;  // counted in the size of a text
-  unsigned int listTerminators;  // counted in the size of a list, behind its last item
-  unsigned int expandType;       // what REG_EXPAND_SZ is read back as
-  bool keepsTypeOfExisting;      // a set of another type changes the text alone
-  bool keepsForeignTypes;        // types that no record holds come back as they were set
-  bool binaryEndsAtNul;
-  bool splitsListItems;          // at backslashes and commas
-  bool keepsBytesThatAreNoText;  // texts are bytes, and not characters
-  const char* defaultName;       // means the default value, as null does
-  QSResult writeEmptyName;       // a store file has no place for one
-
-  // The rest.
-  bool rootKeysHoldValues;  // keys directly under a root are keys like others
-  bool durableAtOnce;
-  bool hasStoreFile;
+  Answer operator()() const { return filesServe() ? file : system; }
 };
 
-/// The facts of the backend that serves this process.
-[[nodiscard]] const BackendFacts& facts();
+// The system's own numbers, and as results.
+inline constexpr int kNotThere = 2;
+inline constexpr int kBadHandle = 6;
+inline constexpr int kMoreData = 234;
+inline constexpr QSResult kKeyNotThere = resultFromSystemError(kNotThere);
+inline constexpr QSResult kNoHandle = resultFromSystemError(kBadHandle);
+
+// Keys and values that are not there, and handles that are none.
+inline constexpr Fact<int> kOpenMissingKey{0, kNotThere};
+inline constexpr Fact<bool> kMissingKeyIsCreated{true, false};
+inline constexpr Fact<QSResult> kReadMissingKey{kFailure, kKeyNotThere};
+inline constexpr Fact<bool> kReadingAddsKeys{true, false};
+inline constexpr Fact<int> kMissing{-1, kNotThere};  // the number of a deletion
+inline constexpr Fact<int> kNullHandle{-1, kBadHandle};
+inline constexpr Fact<QSResult> kDeleteUnderMissing{-1, kNoHandle};
+inline constexpr Fact<QSResult> kUnknownRoot{-1, kNoHandle};
+inline constexpr Fact<QSResult> kKeyHasSubKeys{-1, resultFromSystemError(5)};
+
+// Walks.
+inline constexpr Fact<QSResult> kEndOfWalk{-1, resultFromSystemError(259)};
+inline constexpr Fact<QSResult> kWalkOfMissingKey{-1, kKeyNotThere};
+inline constexpr Fact<int> kNameTooLong{0, kMoreData};  // comes cut, or not at all
+inline constexpr Fact<int> kEnumKey{-1, 0};
+inline constexpr Fact<bool> kOrderOfArrival{true, false};
+
+// Raw calls.
+inline constexpr Fact<bool> kTypeAsksForNumber{true, false};
+inline constexpr Fact<bool> kTypeMayBeNull{true, false};  // and so may the size, without data
+inline constexpr Fact<bool> kClosesFormerHandle{true, false};
+inline constexpr Fact<const char*> kDefaultOfCreated{"0", nullptr};  // set by regCreateKey
+inline constexpr Fact<bool> kWritesDisposition{false, true};
+
+// Values.
+inline constexpr Fact<unsigned int> kTextTerminators{0, 1};  // counted in the size of a text
+inline constexpr Fact<unsigned int> kListTerminators{0, 2};  // and of a list, behind its last item
+inline constexpr Fact<const char*> kExpandable{"text", "expandable"};  // what REG_EXPAND_SZ becomes
+inline constexpr Fact<bool> kKeepsTypeOfExisting{true, false};
+inline constexpr Fact<bool> kBinaryEndsAtNul{true, false};
+inline constexpr Fact<bool> kSplitsListItems{true, false};  // at backslashes and commas
+inline constexpr Fact<bool> kKeepsForeignTypes{false, true};
+inline constexpr Fact<bool> kKeepsBytesThatAreNoText{true, false};
+inline constexpr Fact<const char*> kDefaultName{"Default", ""};  // means what null means
+inline constexpr Fact<QSResult> kWriteEmptyName{-1, 0};
+inline constexpr Fact<bool> kFoldsAsciiAlone{true, false};  // in the comparison of names
+
+// The rest.
+inline constexpr Fact<bool> kRootKeysHoldValues{false, true};
+inline constexpr Fact<bool> kDurableAtOnce{false, true};
 
 }  // namespace LTLib::Testing
 

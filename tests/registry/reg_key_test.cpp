@@ -1,209 +1,132 @@
-// Keys by name: what each way of setting one leaves, and what deletion reaches.
+// Keys and walks: what each way of setting one leaves, what walks find and deletion reaches.
+#include <tuple>
+
 #include "tests/registry/registry_fixture.h"
 
 namespace {
 
+using namespace LTLib::Testing;
 using LTLib::kFailure;
-using LTLib::Testing::kUser;
-using LTLib::Testing::namesOf;
+using LTLib::resultFromSystemError;
 
-constexpr enumRegRoot kMachine = REG_ROOT_LOCAL_MACHINE;
 constexpr auto kUnknown = static_cast<enumRegRoot>(6);
-constexpr char kCompany[] = "Software\\Tarn Quillmere";
 
-class RegKey : public LTLib::Testing::RegistryObjects {};
+class RegKey : public RegistryObjects {};
 
-// A variable for the length of a test.
-class ScopedVariable {
- public:
-  ScopedVariable(const char* name, const char* value) : m_name(name) {
-    EXPECT_EQ(QSConfigVariableManager::GetInstance()->AddVariable(name, value), 0);
-  }
-  ~ScopedVariable() {
-    EXPECT_EQ(QSConfigVariableManager::GetInstance()->RemoveVariable(m_name), 0);
-  }
-  ScopedVariable(const ScopedVariable&) = delete;
-  ScopedVariable& operator=(const ScopedVariable&) = delete;
-
- private:
-  std::string m_name;
-};
-
-void expectNames(const CQSRegKey& key, enumRegRoot root, const std::string& path,
-                 const std::string& label) {
-  EXPECT_EQ(key.GetRootKEY(), root) << label;
-  EXPECT_EQ(key.GetPath(), path) << label;
+QSConfigVariableManager& variables() {
+  return *QSConfigVariableManager::GetInstance();
 }
 
-struct SettingCase {
-  enumRegRoot root;
-  const char* path;
-  QSResult result;
-  const char* left;  // the path afterwards; null where nothing changes
-};
-
-constexpr SettingCase kSettings[] = {
-    {kMachine, "A\\B", 0, "A\\B"},
-    {kMachine, "", 0, ""},
-    {kMachine, "%CompanyRoot%", 0, kCompany},
-    {kMachine, "%CompanyRoot%\\x", 0, "Software\\Tarn Quillmere\\x"},
-    {kMachine, "%CompanyRoot%%Nowhere%x", kFailure, "Software\\Tarn Quillmere%Nowhere%x"},
-    {kMachine, "%Nowhere%\\%CompanyRoot%", kFailure, "%Nowhere%\\%CompanyRoot%"},
-    {kMachine, "%companyroot%", kFailure, "%companyroot%"},
-    {kMachine, "50% off", kFailure, "50% off"},
-    {kMachine, "ends in %", kFailure, "ends in %"},
-    {kUnknown, "A", 0, "A"},
-    {kMachine, nullptr, kFailure, nullptr},
-};
-
-TEST_F(RegKey, EveryWayOfSettingDropsOrTellsTheResult) {
-  for (const SettingCase& row : kSettings) {
-    const std::string label = row.path != nullptr ? row.path : "null";
-    CQSRegKey set(kUser, "Old");
-    EXPECT_EQ(set.SetKey(row.root, row.path), row.result) << label;
-    const CQSRegKey built(row.root, row.path);
-    if (row.left != nullptr) {
-      expectNames(set, row.root, row.left, label);
-      expectNames(built, row.root, row.left, label);
-    } else {
-      expectNames(set, kUser, "Old", label);
-      expectNames(built, REG_ROOT_NONE, "", label);
-    }
-  }
-  expectNames({}, REG_ROOT_NONE, "", "default");
+// "root|path".
+std::string shown(const CQSRegKey& key) {
+  return std::to_string(key.GetRootKEY()) + '|' + key.GetPath();
 }
 
-TEST_F(RegKey, AChildIsItsParentsPathABackslashAndAName) {
+TEST_F(RegKey, EveryWayOfSettingExpandsThePath) {
   const std::string longName(400, 'n');
-  const struct {
-    const char* parent;
-    const char* child;
-    QSResult result;
-    std::string path;
-  } cases[] = {
-      {"A", "B", 0, "A\\B"},
-      {"A\\", "B", 0, "A\\\\B"},
-      {"", "B", 0, "\\B"},
-      {"A", "", 0, "A\\"},
-      {"A", longName.c_str(), 0, "A\\" + longName},
-      {longName.c_str(), longName.c_str(), 0, longName + '\\' + longName},
-      {"A", "%CompanyName%", 0, "A\\Tarn Quillmere"},
-      {"A", "%Nowhere%", kFailure, "A\\%Nowhere%"},
-      // The marks of both parts pair up.
-      {"A%", "CompanyName%", kFailure, "A%\\CompanyName%"},
+  const std::tuple<const char*, const char*, QSResult, std::string> cases[] = {
+      {nullptr, "A\\B", 0, "1|A\\B"},
+      {nullptr, "", 0, "1|"},
+      {nullptr, "%CompanyRoot%\\x", 0, "1|Software\\Tarn Quillmere\\x"},
+      {nullptr, "%CompanyName%%Nowhere%x", kFailure, "1|Tarn Quillmere%Nowhere%x"},
+      {nullptr, "%Nowhere%\\%CompanyRoot%", kFailure, "1|%Nowhere%\\%CompanyRoot%"},
+      {nullptr, "ends in %", kFailure, "1|ends in %"},
+      {nullptr, nullptr, kFailure, ""},
+      {"A", "B", 0, "1|A\\B"},
+      {"A\\", "B", 0, "1|A\\\\B"},
+      {"", "B", 0, "1|\\B"},
+      {"A", "", 0, "1|A\\"},
+      {longName.c_str(), longName.c_str(), 0, "1|" + longName + '\\' + longName},
+      {"A", "%CompanyName%", 0, "1|A\\Tarn Quillmere"},
+      {"A", "%Nowhere%", kFailure, "1|A\\%Nowhere%"},
+      {"A%", "CompanyName%", kFailure, "1|A%\\CompanyName%"},  // the marks pair up
+      {"A", nullptr, kFailure, ""},
   };
-  for (const auto& row : cases) {
-    const CQSRegKey parent(kMachine, row.parent);
-    CQSRegKey set(kUser, "Old");
-    EXPECT_EQ(set.SetKey(parent, row.child), row.result) << row.path;
-    expectNames(set, kMachine, row.path, row.path);
-    expectNames({parent, row.child}, kMachine, row.path, row.path);
+  for (const auto& [above, path, result, left] : cases) {
+    const CQSRegKey parent(kUser, above);
+    CQSRegKey set(REG_ROOT_USERS, "Old");
+    EXPECT_EQ(above != nullptr ? set.SetKey(parent, path) : set.SetKey(kUser, path), result);
+    // Null changes nothing.
+    EXPECT_EQ(shown(set), path != nullptr ? left : "3|Old");
+    EXPECT_EQ(shown(above != nullptr ? CQSRegKey(parent, path) : CQSRegKey(kUser, path)),
+              path != nullptr ? left : "0|");
   }
-  CQSRegKey key(kUser, "Old");
-  const CQSRegKey parent(kMachine, "A");
-  EXPECT_EQ(key.SetKey(parent, nullptr), kFailure);
-  expectNames(key, kUser, "Old", "null child");
-  expectNames({parent, nullptr}, REG_ROOT_NONE, "", "null child");
+  EXPECT_EQ(shown({}), "0|");
 }
 
-TEST_F(RegKey, AKeyMayBeSetFromItself) {
-  CQSRegKey key(kMachine, "A");
-  EXPECT_EQ(key.SetKey(key, "B"), 0);
-  EXPECT_EQ(key.SetKey(key, key.GetPath()), 0);
-  expectNames(key, kMachine, "A\\B\\A\\B", "own parent");
+TEST_F(RegKey, AKeyMayBeSetFromItselfAndCopiesExpandOnceMore) {
+  CQSRegKey key(kUser, "A");
+  EXPECT_EQ(key.SetKey(key, "B") + key.SetKey(key, key.GetPath()), 0);
+  EXPECT_EQ(shown(key), "1|A\\B\\A\\B");
   EXPECT_EQ(key.SetKey(kUser, key.GetPath() + 2), 0);
-  expectNames(key, kUser, "B\\A\\B", "own path");
   const CQSRegKey& same = key;
   key = same;
-  expectNames(key, kUser, "B\\A\\B", "assigned to itself");
-}
-
-TEST_F(RegKey, CopiesExpandOnceMore) {
+  EXPECT_EQ(shown(key), "1|B\\A\\B");
   const CQSRegKey early(kUser, "%KeyTestLate%\\x");
-  const ScopedVariable late("KeyTestLate", "now");
-  CQSRegKey assigned;
-  assigned = early;
-  const CQSRegKey copied(early);
-  expectNames(early, kUser, "%KeyTestLate%\\x", "the first");
-  expectNames(copied, kUser, "now\\x", "copied");
-  expectNames(assigned, kUser, "now\\x", "assigned");
+  EXPECT_EQ(variables().AddVariable("KeyTestLate", "now"), 0);
+  key = early;
+  EXPECT_EQ(shown(early) + shown(key) + shown(CQSRegKey(early)),
+            "1|%KeyTestLate%\\x1|now\\x1|now\\x");
+  EXPECT_EQ(variables().RemoveVariable("KeyTestLate"), 0);
 }
 
-TEST_F(RegKey, IsCreatedSaysWhatAnOpenSays) {
-  EXPECT_EQ(key("Never").IsCreated(), m_facts.missingKeyIsCreated);
+TEST_F(RegKey, KeysThatAreNotThereAndUnknownRoots) {
+  const std::int64_t handles[] = {0, 0x80000001, 0x80000005, 0x80000003, 0x80000000, 0x80000002, 0};
+  for (int root = 0; root <= 6; ++root) {
+    void* const handle = LTLib::predefinedRootHandle(static_cast<enumRegRoot>(root));
+    EXPECT_EQ(reinterpret_cast<std::intptr_t>(handle) & 0xFFFFFFFF, handles[root]);
+  }
   make("There");
   EXPECT_TRUE(key("There").IsCreated());
+  EXPECT_EQ(key("Never").IsCreated(), kMissingKeyIsCreated());
   EXPECT_FALSE(CQSRegKey().IsCreated());
-  EXPECT_FALSE(CQSRegKey(kUnknown, path("There").c_str()).IsCreated());
-}
-
-TEST_F(RegKey, KeysOfUnknownRootsFailEverywhere) {
   for (const enumRegRoot root : {REG_ROOT_NONE, kUnknown, static_cast<enumRegRoot>(-1)}) {
     CQSRegValue value(root, "A\\B", "v");
     CQSRegKey key(root, "A\\B");
-    CQSRegValue::e_data_struct data;
     std::string name;
-    EXPECT_EQ(value.Read(data), m_facts.unknownRoot) << root;
-    EXPECT_EQ(value.Write("x"), m_facts.unknownRoot) << root;
-    EXPECT_EQ(value.Delete("v"), m_facts.unknownRoot) << root;
-    EXPECT_EQ(key.DeleteKey(false), m_facts.unknownRoot) << root;
-    EXPECT_EQ(key.DeleteKey(true), m_facts.unknownRoot) << root;
-    EXPECT_EQ(CQSRegEnumKey(key).GetFirst(name), m_facts.unknownRoot) << root;
-    EXPECT_EQ(CQSRegEnumValue(key).GetFirst(name), m_facts.unknownRoot) << root;
+    EXPECT_EQ(contentOf(value), codeOf(kUnknownRoot()));
+    for (const QSResult result :
+         {value.Write("x"), value.Delete("v"), key.DeleteKey(false), key.DeleteKey(true),
+          CQSRegEnumKey(key).GetFirst(name), CQSRegEnumValue(key).GetFirst(name)}) {
+      EXPECT_EQ(result, kUnknownRoot()) << root;
+    }
+    EXPECT_FALSE(key.IsCreated());
   }
 }
 
 TEST_F(RegKey, DeletesWhatHasNoSubKeysAndAllBelowWhenAsked) {
-  for (const char* below : {"T\\A\\B\\C", "T\\A\\D", "T\\E", "U\\F"}) {
-    make(below);
-  }
-  EXPECT_EQ(key("T").DeleteKey(false), m_facts.keyHasSubKeys);
-  EXPECT_EQ(namesOf(CQSRegEnumKey(key("T"))), (std::vector<std::string>{"A", "E"}));
-  EXPECT_EQ(key("T\\E").DeleteKey(false), 0);
-  EXPECT_EQ(key("T").DeleteKey(true), 0);
-  EXPECT_EQ(namesOf(CQSRegEnumKey(key(""))), std::vector<std::string>{"U"});
-  EXPECT_EQ(key("T").DeleteKey(true), LTLib::resultFromSystemError(m_facts.missing));
-  EXPECT_EQ(key("T").DeleteKey(false), LTLib::resultFromSystemError(m_facts.missing));
-}
-
-TEST_F(RegKey, DeletesAHundredLevels) {
-  std::string deep = "T";
+  std::string deep = "T\\E";
   for (int level = 0; level < 100; ++level) {
     deep += "\\L";
   }
+  make("T\\A\\B\\C");
+  make("T\\A\\D");
   make(deep);
+  EXPECT_EQ(key("T").DeleteKey(false), kKeyHasSubKeys());
+  EXPECT_EQ(key("T\\A\\D").DeleteKey(false), 0);
+  EXPECT_EQ(namesOf(CQSRegEnumKey(key("T\\A"))), Names{"B"});
+  EXPECT_EQ(namesOf(CQSRegEnumKey(key("T"))), (Names{"A", "E"}));
   EXPECT_EQ(key("T").DeleteKey(true), 0);
-  EXPECT_EQ(namesOf(CQSRegEnumKey(key(""))), std::vector<std::string>());
+  EXPECT_EQ(namesOf(CQSRegEnumKey(key(""))), Names());
+  EXPECT_EQ(key("T").DeleteKey(true), resultFromSystemError(kMissing()));
+  EXPECT_EQ(key("T").DeleteKey(false), resultFromSystemError(kMissing()));
 }
 
 // A sub-key's name goes through the expansion, so that it may lead to another key or to none. The
-// walk stops there, whatever the name leads to, and nothing outside the key is touched.
+// walk stops there, and nothing outside the key is touched.
 TEST_F(RegKey, RecursiveDeletionStopsAtANameThatMeansAnotherKey) {
-  const ScopedVariable empty("KeyTestEmpty", "");
-  const ScopedVariable slashes("KeyTestSlashes", "\\\\");
-  const ScopedVariable other("KeyTestOther", "Sibling");
-  for (const char* name : {"%KeyTestEmpty%", "%KeyTestSlashes%", "%KeyTestOther%", "%Nowhere%"}) {
-    make("T\\!First");  // the first by arrival and by order
-    make("Kept");
-    const std::string below = path(std::string("T\\") + name);
-    void* made = nullptr;
-    ASSERT_EQ(QSRegistryManager::GetInstance()->regCreateKey(LTLib::predefinedRootHandle(kUser),
-                                                             below.c_str(), &made),
-              0);
-    EXPECT_EQ(QSRegistryManager::GetInstance()->regCloseKey(made), 0);
-    if (std::string(name) == "%Nowhere%") {
-      // No such variable: the name stays as it is, and is deleted under it.
-      EXPECT_EQ(key("T").DeleteKey(true), 0);
-    } else {
-      EXPECT_LT(key("T").DeleteKey(true), 0) << name;
-      EXPECT_EQ(namesOf(CQSRegEnumKey(key("T"))), std::vector<std::string>{name});
-    }
-    EXPECT_EQ(QSRegistryManager::GetInstance()->regDeleteKey(LTLib::predefinedRootHandle(kUser),
-                                                             below.c_str()),
-              std::string(name) == "%Nowhere%" ? m_facts.missing : 0);
-    unsigned long number = 0;
-    EXPECT_EQ(value("Kept", "made").Read(number), 0);
+  make("Kept");
+  for (const std::string meaning : {"", "\\\\", "Sibling"}) {
+    const std::string top = "T" + std::to_string(meaning.size());
+    make(top + "\\!First");  // the first by arrival and by order
+    makeRaw(top + "\\%KeyTest%");
+    EXPECT_EQ(variables().AddVariable("KeyTest", meaning), 0);
+    EXPECT_LT(key(top).DeleteKey(true), 0) << meaning;
+    EXPECT_EQ(namesOf(CQSRegEnumKey(key(top))), Names{"%KeyTest%"});
+    EXPECT_EQ(variables().RemoveVariable("KeyTest"), 0);
+    EXPECT_EQ(key(top).DeleteKey(true), 0) << "no such variable: the name stays as it is";
   }
+  EXPECT_EQ(namesOf(CQSRegEnumValue(key("Kept"))), Names{"made"});
 }
 
 TEST_F(RegKey, AKeyRightBelowARoot) {
@@ -212,19 +135,127 @@ TEST_F(RegKey, AKeyRightBelowARoot) {
   CQSRegValue value(kUser, name.c_str(), "v");
   EXPECT_EQ(value.Write("text"), 0);
   EXPECT_EQ(CQSRegValue(kUser, (name + "\\Sub").c_str(), "v").Write("text"), 0);
-  char* text = nullptr;
   std::string found;
-  const bool full = m_facts.rootKeysHoldValues;
-  EXPECT_EQ(value.Read(text), full ? 0 : kFailure);
+  const bool full = kRootKeysHoldValues();
+  EXPECT_EQ(contentOf(value), full ? "text:text" : codeOf(kFailure));
   EXPECT_EQ(CQSRegEnumValue(top).GetFirst(found), full ? 0 : -1);
   EXPECT_EQ(CQSRegEnumKey(top).GetFirst(found), full ? 0 : -1);
   // What cannot be listed cannot be deleted with what is below it.
-  EXPECT_EQ(top.DeleteKey(false), m_facts.keyHasSubKeys);
-  EXPECT_EQ(top.DeleteKey(true), full ? 0 : m_facts.keyHasSubKeys);
+  EXPECT_EQ(top.DeleteKey(true), full ? 0 : kKeyHasSubKeys());
   if (!full) {
     EXPECT_EQ(CQSRegKey(top, "Sub").DeleteKey(false), 0);
     EXPECT_EQ(top.DeleteKey(false), 0);
   }
+}
+
+class RegEnum : public RegistryObjects {};
+
+TEST_F(RegEnum, WalksAllAndStartsOver) {
+  const Names arrival = {"Mid dle", "Zeta", "alpha", "\xC3\xA4\xE2\x82\xAC"};
+  for (const std::string& name : arrival) {
+    make("K\\" + name);
+    EXPECT_EQ(value("K", name.c_str()).Write("x"), 0);
+  }
+  EXPECT_EQ(namesOf(CQSRegEnumKey(key("K"))), arrival);
+  CQSRegEnumValue walk(kUser, path("K").c_str());
+  EXPECT_EQ(namesOf(walk), arrival);
+  std::string name = "untouched";
+  EXPECT_EQ(walk.GetNext(name), kEndOfWalk());
+  EXPECT_EQ(name, "untouched");
+  EXPECT_EQ(namesOf(walk), arrival);
+  EXPECT_EQ(namesOf(CQSRegEnumKey(key("K\\alpha"))), Names());
+}
+
+TEST_F(RegEnum, AWalkOverNothingTouchesNothing) {
+  std::string name = "name";
+  CQSRegKey sub(kUser, "Old");
+  CQSRegValue entry(kUser, "Old", "old");
+  for (const QSResult result :
+       {CQSRegEnumKey(key("Never")).GetFirst(name), CQSRegEnumValue(key("Never")).GetFirst(name),
+        CQSRegEnumKey(key("Never")).GetFirst(sub), CQSRegEnumValue(key("Never")).GetFirst(entry)}) {
+    EXPECT_EQ(result, kWalkOfMissingKey());
+  }
+  // A null path leaves the walked key without a root.
+  EXPECT_EQ(CQSRegEnumKey(kUser, nullptr).GetFirst(name), kUnknownRoot());
+  EXPECT_EQ(CQSRegEnumValue(kUser, nullptr).GetFirst(name), kUnknownRoot());
+  EXPECT_EQ(name + shown(sub) + entry.GetPath() + entry.GetName(), "name1|OldOldold");
+}
+
+TEST_F(RegEnum, EntriesAreSetUpWithKeyAndName) {
+  const char* const name = "50%CompanyName%";
+  makeRaw("K\\" + std::string(name));
+  EXPECT_EQ(value("K", name).Write("text"), 0);
+  CQSRegEnumKey keys(key("K"));
+  CQSRegKey sub;
+  EXPECT_EQ(keys.GetFirst(sub) + keys.GetFirst(sub), 0);
+  EXPECT_EQ(shown(sub), "1|" + path("K\\50Tarn Quillmere")) << "expanded in keys alone";
+  EXPECT_EQ(namesOf(keys), Names{name});
+
+  CQSRegEnumValue values(key("K"));
+  CQSRegValue entry;
+  do {
+    EXPECT_EQ(values.GetNext(entry), 0);
+  } while (std::string(entry.GetName()) != name);
+  EXPECT_EQ(entry.GetPath(), path("K"));
+  char* text = nullptr;
+  ASSERT_EQ(entry.Read(text), 0);
+  EXPECT_EQ(values.GetFirst(entry) + values.GetFirst(entry), 0);
+  EXPECT_STREQ(text, "text") << "what was read stays through a step of the walk";
+  EXPECT_EQ(deleteRaw("K\\" + std::string(name)), 0);
+}
+
+// Names of 200 bytes and more do not fit; the walk stays where it is, also when it is tried again.
+TEST_F(RegEnum, LongNamesEndAWalk) {
+  for (const std::size_t length : {199u, 200u, 210u}) {
+    const std::string below = "K" + std::to_string(length);
+    const std::string longName(length, 'n');
+    make(below + "\\a");
+    make(below + '\\' + longName);
+    EXPECT_EQ(value(below, "a").Write("x") + value(below, longName.c_str()).Write("x"), 0);
+    CQSRegEnumKey keys(key(below));
+    CQSRegEnumValue values(key(below));
+    const auto bothGive = [&](QSResult result, const std::string& expected) {
+      std::string name = "old";
+      std::string valueName = "old";
+      EXPECT_EQ(keys.GetNext(name), result) << length;
+      EXPECT_EQ(values.GetNext(valueName), result) << length;
+      EXPECT_EQ(name + valueName, expected + expected);
+    };
+    bothGive(0, "a");
+    if (length >= 200) {
+      bothGive(resultFromSystemError(kMoreData), "old");
+      bothGive(resultFromSystemError(kMoreData), "old");
+      // Once the name is out of the way the same index gives what comes next.
+      EXPECT_EQ(key(below + '\\' + longName).DeleteKey(false), 0);
+      EXPECT_EQ(value(below, "").Delete(longName.c_str()), 0);
+      make(below + "\\z");
+      EXPECT_EQ(value(below, "z").Write("x"), 0);
+    }
+    bothGive(0, length < 200 ? longName : "z");
+  }
+}
+
+// Derived classes may take part in a walk: the steps call one another virtually.
+class Marking : public CQSRegEnumValue {
+ public:
+  using CQSRegEnumValue::CQSRegEnumValue;
+  using CQSRegEnumValue::GetNext;
+
+  QSResult GetNext(std::string& name) override {
+    const QSResult result = CQSRegEnumValue::GetNext(name);
+    name = '<' + name + '>';
+    return result;
+  }
+};
+
+TEST_F(RegEnum, StepsCallOneAnotherVirtually) {
+  EXPECT_EQ(value("K", "v").Write("x"), 0);
+  std::string name;
+  CQSRegValue entry;
+  EXPECT_EQ(Marking(key("K")).GetFirst(name), 0);
+  EXPECT_EQ(name, "<v>");
+  EXPECT_EQ(Marking(key("K")).GetFirst(entry), 0);
+  EXPECT_STREQ(entry.GetName(), "<v>");
 }
 
 }  // namespace

@@ -1,42 +1,37 @@
 #include "tests/registry/registry_fixture.h"
 
+#include <cstdio>
 #include <cstring>
+#include <deque>
 #include <random>
+
+#include "tests/support/environment.h"
 
 namespace LTLib::Testing {
 namespace {
 
-constexpr enumRegRoot kRoots[] = {REG_ROOT_CURRENT_USER, REG_ROOT_CURRENT_CONFIG, REG_ROOT_USERS,
-                                  REG_ROOT_CLASSES_ROOT, REG_ROOT_LOCAL_MACHINE};
-
-std::unique_ptr<StoreFolder> s_stores;
-
 class Stores : public testing::Environment {
  public:
-  void SetUp() override { s_stores = std::make_unique<StoreFolder>(); }
-  void TearDown() override { s_stores.reset(); }
+  void SetUp() override {
+    for (int root = REG_ROOT_CURRENT_USER; root <= REG_ROOT_LOCAL_MACHINE; ++root) {
+      const std::string name = registryRootName(static_cast<enumRegRoot>(root));
+      m_variables.emplace_back(name, m_folder.path(name + ".cfg"));
+    }
+  }
+
+  const TempFolder m_folder;
+
+ private:
+  std::deque<ScopedEnvironment> m_variables;
 };
 
-testing::Environment* const s_environment = testing::AddGlobalTestEnvironment(new Stores);
-
-QSRegistryManager& manager() {
-  return *QSRegistryManager::GetInstance();
-}
+auto* const s_stores = new Stores;
+testing::Environment* const s_environment = testing::AddGlobalTestEnvironment(s_stores);
 
 }  // namespace
 
-StoreFolder::StoreFolder() {
-  for (const enumRegRoot root : kRoots) {
-    m_variables.push_back(std::make_unique<ScopedEnvironment>(registryRootName(root), store(root)));
-  }
-}
-
-std::string StoreFolder::store(enumRegRoot root) const {
-  return m_folder.path(std::string(registryRootName(root)) + ".cfg");
-}
-
-const StoreFolder& stores() {
-  return *s_stores;
+const TempFolder& stores() {
+  return s_stores->m_folder;
 }
 
 RegistryObjects::RegistryObjects()
@@ -62,48 +57,64 @@ void RegistryObjects::make(const std::string& below) const {
   EXPECT_EQ(value(below, "made").Write(1ul), 0) << below;
 }
 
+void RegistryObjects::makeRaw(const std::string& below) {
+  void* made = nullptr;
+  EXPECT_EQ(m_manager.regCreateKey(m_root, path(below).c_str(), &made), 0) << below;
+  EXPECT_EQ(m_manager.regCloseKey(made), 0);
+}
+
+int RegistryObjects::deleteRaw(const std::string& below) {
+  return m_manager.regDeleteKey(m_root, path(below).c_str());
+}
+
 RawKey::RawKey(const std::string& path) {
-  void* root = predefinedRootHandle(kUser);
-  int result = manager().regOpenKeyEx(root, path.c_str(), 0, KEY_ALL_ACCESS, &m_handle);
-  if (result > 0) {
-    unsigned int disposition = 0;
-    result = manager().regCreateKeyEx(root, path.c_str(), nullptr, 0, KEY_ALL_ACCESS, &m_handle,
-                                      &disposition);
-  }
-  EXPECT_EQ(result, 0);
+  QSRegistryManager& manager = *QSRegistryManager::GetInstance();
+  EXPECT_EQ(
+      manager.regOpenKeyEx(predefinedRootHandle(kUser), path.c_str(), 0, KEY_ALL_ACCESS, &m_handle),
+      0);
 }
 
 RawKey::~RawKey() {
-  EXPECT_EQ(manager().regCloseKey(m_handle), 0);
+  EXPECT_EQ(QSRegistryManager::GetInstance()->regCloseKey(m_handle), 0);
 }
 
 int RawKey::set(const char* name, unsigned int type, const std::string& bytes) const {
-  return manager().regSetValueEx(m_handle, name, type,
-                                 reinterpret_cast<const unsigned char*>(bytes.data()),
-                                 static_cast<unsigned int>(bytes.size()));
+  return QSRegistryManager::GetInstance()->regSetValueEx(
+      m_handle, name, type, reinterpret_cast<const unsigned char*>(bytes.data()),
+      static_cast<unsigned int>(bytes.size()));
+}
+
+std::string codeOf(QSResult result) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%08X", static_cast<unsigned int>(result));
+  return text;
 }
 
 std::string contentOf(const CQSRegValue::e_data_struct& data) {
   const auto* bytes = static_cast<const char*>(data.pData);
+  const std::string label[] = {"none:", "text:", "expandable:", "list:", "number:", "bytes:"};
+  std::string content;
   switch (data.type) {
-    case CQSRegValue::DATA_STRING:
-    case CQSRegValue::DATA_EXPAND_STRING:
-      EXPECT_EQ(data.size, std::strlen(bytes) + facts().textTerminators);
-      return bytes;
-    case CQSRegValue::DATA_MULTI_STRING: {
-      const char* end = bytes;
-      while (*end != '\0') {
-        end += std::strlen(end) + 1;
-      }
-      std::string items = end == bytes ? "" : std::string(bytes, end - 1);
-      EXPECT_EQ(data.size, items.size() + facts().listTerminators);
-      return items;
-    }
+    case CQSRegValue::DATA_NONE:
+      content = std::to_string(data.size);
+      break;
+    case CQSRegValue::DATA_DWORD:
+      content = std::to_string(data.dwValue);
+      break;
     case CQSRegValue::DATA_BINARY:
-      return {bytes, data.size};
+      content.assign(bytes, data.size);
+      break;
+    case CQSRegValue::DATA_MULTI_STRING:
+      for (; *bytes != '\0'; bytes += std::strlen(bytes) + 1) {
+        content += (content.empty() ? "" : "|") + std::string(bytes);
+      }
+      EXPECT_EQ(data.size, content.size() + kListTerminators());
+      break;
     default:
-      return {};
+      content = bytes;
+      EXPECT_EQ(data.size, content.size() + kTextTerminators());
   }
+  return label[data.type] + content;
 }
 
 }  // namespace LTLib::Testing

@@ -4,35 +4,21 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <algorithm>
 #include <string>
 #include <vector>
 
-#include "ltlib/ltlib.h"
 #include "tests/registry/backend_facts.h"
-#include "tests/support/environment.h"
 #include "tests/support/temp_folder.h"
 
 namespace LTLib::Testing {
 
 inline constexpr enumRegRoot kUser = REG_ROOT_CURRENT_USER;
 
-/// A folder for the store files of all roots, for the length of the object.
-class StoreFolder {
- public:
-  StoreFolder();
+using Names = std::vector<std::string>;
 
-  /// The store file of a root.
-  [[nodiscard]] std::string store(enumRegRoot root) const;
-  [[nodiscard]] const TempFolder& folder() const { return m_folder; }
-
- private:
-  TempFolder m_folder;
-  std::vector<std::unique_ptr<ScopedEnvironment>> m_variables;
-};
-
-/// The folder of this test program, ready before any root is touched.
-[[nodiscard]] const StoreFolder& stores();
+/// The folder of this test program's store files, ready before any root is touched.
+[[nodiscard]] const TempFolder& stores();
 
 /// Tests below a private key of HKEY_CURRENT_USER, which is deleted afterwards.
 class RegistryObjects : public testing::Test {
@@ -48,7 +34,12 @@ class RegistryObjects : public testing::Test {
   /// Writes a number, so that the key is there.
   void make(const std::string& below) const;
 
-  const BackendFacts& m_facts = facts();
+  /// Makes and deletes a key past the objects, which would expand its name.
+  void makeRaw(const std::string& below);
+  int deleteRaw(const std::string& below);
+
+  QSRegistryManager& m_manager = *QSRegistryManager::GetInstance();
+  void* const m_root = predefinedRootHandle(kUser);
 
  private:
   std::string m_base;
@@ -69,21 +60,55 @@ class RawKey {
   void* m_handle = nullptr;
 };
 
-/// The names of a walk to its end, whose result has to be that of the backend.
+/// The names of a walk to its end, whose result has to be that of the backend; sorted where the
+/// system has an order of its own.
 template <class Walk>
-std::vector<std::string> namesOf(Walk&& walk) {
-  std::vector<std::string> names;
+Names namesOf(Walk&& walk) {
+  Names names;
   std::string name;
   QSResult result = walk.GetFirst(name);
   for (; result >= 0; result = walk.GetNext(name)) {
     names.push_back(name);
   }
-  EXPECT_EQ(result, facts().endOfWalk);
+  EXPECT_EQ(result, kEndOfWalk());
+  if (!kOrderOfArrival()) {
+    std::sort(names.begin(), names.end());
+  }
   return names;
 }
 
-/// A text or list record without the terminators that the backend counts, or bytes as they are.
+/// What is in a record, without the terminators that the backend counts: "text:x", "number:5",
+/// "list:a|b", or the size of what no record holds: "none:3".
 [[nodiscard]] std::string contentOf(const CQSRegValue::e_data_struct& data);
+
+/// A negative result as eight digits.
+[[nodiscard]] std::string codeOf(QSResult result);
+
+/// What every form of Read makes of a value, with a name or without: as contentOf, or the code.
+template <class... Name>
+std::string contentOf(CQSRegValue& value, Name... name) {
+  CQSRegValue::e_data_struct data;
+  const QSResult result = value.Read(name..., data);
+  const auto only = [&](bool fits) { return result < 0 ? result : fits ? 0 : kFailure; };
+  unsigned long number = 7;
+  char* text = nullptr;
+  void* bytes = &data;
+  unsigned long size = 7;
+  EXPECT_EQ(value.Read(name..., number), only(data.type == CQSRegValue::DATA_DWORD));
+  EXPECT_EQ(value.Read(name..., text), only(data.type == CQSRegValue::DATA_STRING));
+  EXPECT_EQ(value.Read(name..., bytes, size),
+            only(data.type == CQSRegValue::DATA_BINARY || data.type == CQSRegValue::DATA_NONE));
+  if (result < 0) {
+    EXPECT_TRUE(number == 7 && text == nullptr && bytes == &data && size == 7) << "left alone";
+    return codeOf(result);
+  }
+  const bool isBuffer = data.type != CQSRegValue::DATA_DWORD && data.type != CQSRegValue::DATA_NONE;
+  EXPECT_EQ(text != nullptr, isBuffer) << "a number is no pointer";
+  EXPECT_EQ(bytes != nullptr, isBuffer);
+  EXPECT_EQ(size, data.size) << "as the backend reported it";
+  EXPECT_EQ(data.type == CQSRegValue::DATA_DWORD ? number : data.dwValue, data.dwValue);
+  return contentOf(data);
+}
 
 }  // namespace LTLib::Testing
 

@@ -29,40 +29,39 @@ std::string showRoot(enumRegRoot root) {
   return record.section != nullptr ? showTree(*record.section) : "<no tree>";
 }
 
-OpenKey::OpenKey(QSRegistryManager& manager, enumRegRoot root, const char* path)
-    : m_manager(manager) {
-  EXPECT_EQ(manager.regOpenKeyEx(predefinedRootHandle(root), path, 0, KEY_READ, &m_handle), 0);
+OpenKey::OpenKey(const std::string& path, enumRegRoot root) {
+  EXPECT_EQ(
+      m_manager.regOpenKeyEx(predefinedRootHandle(root), path.c_str(), 0, KEY_READ, &m_handle), 0);
 }
 
 OpenKey::~OpenKey() {
   EXPECT_EQ(m_manager.regCloseKey(m_handle), 0);
 }
 
-int OpenKey::setText(const char* name, const std::string& text, unsigned int type) const {
+int OpenKey::set(const char* name, const std::string& bytes, unsigned int type) {
   return m_manager.regSetValueEx(m_handle, name, type,
-                                 reinterpret_cast<const unsigned char*>(text.c_str()),
-                                 static_cast<unsigned int>(text.size() + 1));
+                                 reinterpret_cast<const unsigned char*>(bytes.data()),
+                                 static_cast<unsigned int>(bytes.size()));
 }
 
-int OpenKey::setNumber(const char* name, std::uint32_t number) const {
-  return m_manager.regSetValueEx(m_handle, name, REG_DWORD,
-                                 reinterpret_cast<const unsigned char*>(&number), 4);
+int OpenKey::setNumber(const char* name, std::uint32_t number) {
+  return set(name, {reinterpret_cast<const char*>(&number), sizeof number}, REG_DWORD);
 }
 
-std::string OpenKey::text(const char* name) const {
+std::string OpenKey::text(const char* name) {
   std::string ownName = name != nullptr ? name : "";
-  char* asked = name != nullptr ? ownName.data() : nullptr;
-  unsigned int type = 0;
+  std::string data;
   unsigned int size = 0;
-  if (m_manager.regQueryValueEx(m_handle, asked, &type, nullptr, &size) != 0) {
+  const auto query = [&](unsigned char* bytes) {
+    unsigned int type = 0;
+    return m_manager.regQueryValueEx(m_handle, name != nullptr ? ownName.data() : nullptr, &type,
+                                     bytes, &size);
+  };
+  if (query(nullptr) != 0) {
     return "<-1>";
   }
-  std::string data(size + 1, '\0');
-  auto* bytes = reinterpret_cast<unsigned char*>(data.data());
-  if (m_manager.regQueryValueEx(m_handle, asked, &type, bytes, &size) != 0) {
-    return "<-1 for the data>";
-  }
-  return data.substr(0, size);
+  data.resize(size + 1);
+  return query(reinterpret_cast<unsigned char*>(data.data())) == 0 ? data.substr(0, size) : "<-1>";
 }
 
 StoreTest::StoreTest() : m_calls(Platform::fileCalls()) {
@@ -82,6 +81,16 @@ std::string StoreTest::store(enumRegRoot root) const {
   return m_folder.path(detail::defaultFileName(root));
 }
 
+void StoreTest::restartWith(const std::string& text) {
+  forgetStores();
+  m_folder.write(detail::defaultFileName(kMachine), text);
+}
+
+bool StoreTest::load(enumRegRoot root) {
+  detail::cfgEnsureLoaded({predefinedRootHandle(root), "A\\B"});
+  return detail::cfgRootOf(predefinedRootHandle(root)).loaded;
+}
+
 // A lock that stayed held would keep the other thread out for ever; the test's time limit ends it.
 bool StoreTest::locksAreFree() const {
   return std::async(std::launch::async,
@@ -94,11 +103,6 @@ bool StoreTest::locksAreFree() const {
                       return true;
                     })
       .get();
-}
-
-int StoreTest::load(enumRegRoot root) {
-  detail::cfgEnsureLoaded({predefinedRootHandle(root), "A\\B"});
-  return detail::cfgRootOf(predefinedRootHandle(root)).loaded ? 1 : 0;
 }
 
 }  // namespace LTLib::Testing

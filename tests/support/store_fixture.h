@@ -16,29 +16,34 @@
 
 namespace LTLib::Testing {
 
+/// The root of most tests, and the handle that stands for it.
+inline constexpr enumRegRoot kMachine = REG_ROOT_LOCAL_MACHINE;
+inline void* const kRoot = predefinedRootHandle(kMachine);
+
 /// Forgets every tree, every load and every lock's name, as a new process does.
 void forgetStores();
 
 /// The tree of a root as it stands, in the form of showTree.
-[[nodiscard]] std::string showRoot(enumRegRoot root);
+[[nodiscard]] std::string showRoot(enumRegRoot root = kMachine);
 
-/// The names of an open manager's key handle, closed at the end.
+/// An open handle of the file backend.
 class OpenKey {
  public:
-  OpenKey(QSRegistryManager& manager, enumRegRoot root, const char* path);
+  explicit OpenKey(const std::string& path, enumRegRoot root = kMachine);
   ~OpenKey();
   OpenKey(const OpenKey&) = delete;
   OpenKey& operator=(const OpenKey&) = delete;
 
   [[nodiscard]] void* get() const { return m_handle; }
 
-  int setText(const char* name, const std::string& text, unsigned int type = 1) const;
-  int setNumber(const char* name, std::uint32_t number) const;
+  int set(const char* name, const std::string& bytes, unsigned int type = REG_SZ);
+  int setNumber(const char* name, std::uint32_t number);
+  int remove(const char* name) { return m_manager.regDeleteValue(m_handle, name); }
   /// The value as two queries give it, size and data; "<-1>" for a failure.
-  [[nodiscard]] std::string text(const char* name) const;
+  [[nodiscard]] std::string text(const char* name);
 
  private:
-  QSRegistryManager& m_manager;
+  QSFileRegistryManager m_manager;
   void* m_handle = nullptr;
 };
 
@@ -47,10 +52,13 @@ class StoreTest : public testing::Test {
   StoreTest();
   ~StoreTest() override;
 
-  [[nodiscard]] std::string store(enumRegRoot root = REG_ROOT_LOCAL_MACHINE) const;
+  [[nodiscard]] std::string store(enumRegRoot root = kMachine) const;
+  /// Lays down a store file for what is then as good as a new process.
+  void restartWith(const std::string& text);
+  [[nodiscard]] static bool load(enumRegRoot root = kMachine);
+  long save() { return m_manager.saveConfiguration(kMachine); }
   /// Whether another may take every lock that a load or save takes.
   [[nodiscard]] bool locksAreFree() const;
-  [[nodiscard]] static int load(enumRegRoot root = REG_ROOT_LOCAL_MACHINE);
 
   TempFolder m_folder;
   QSFileRegistryManager m_manager;

@@ -1,67 +1,101 @@
 #include "tests/support/text_tree.h"
 
+#include <cstddef>
+#include <utility>
+
+#include "ltlib/fileregistry/text_reader.h"
 #include "ltlib/fileregistry/text_writer.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/platform/files.h"
-#include "tests/support/temp_folder.h"
 
 namespace LTLib::Testing {
 namespace {
 
-void show(const QSCfgDataSection& section, const std::string& path, std::string& shown) {
-  if (section.fieldCount() == 0 && !path.empty()) {
+class PieceSource final : public detail::LineSource {
+ public:
+  PieceSource(std::string_view text, std::size_t size)
+      : LineSource(LineEnds::kAsTheFirst), m_text(text), m_size(size) {}
+
+ protected:
+  std::string_view nextPiece() override {
+    const std::string_view piece = m_text.substr(0, m_size);
+    m_text.remove_prefix(piece.size());
+    return piece;
+  }
+
+ private:
+  std::string_view m_text;
+  std::size_t m_size;
+};
+
+void show(const QSCfgDataSection& section, const std::string& path, bool all, std::string& shown) {
+  if (all && section.fieldCount() == 0 && !path.empty()) {
     shown += path + '\n';
   }
   for (std::size_t i = 0; i < section.fieldCount(); ++i) {
     const QSCfgDataField& field = section.fieldAt(i);
-    std::string text;
-    for (const char byte : field.getValue()) {
-      text += byte == '\n' ? std::string("|n") : std::string(1, byte);
+    std::string text = field.getValue();
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n')) {
+      text.replace(at, 1, "|n");
     }
-    shown.append(path).append("|").append(field.name()).append("|");
-    shown.append(std::to_string(field.type())).append("|").append(text).append("\n");
+    shown += path + '|' + field.name() + '|' + std::to_string(field.type()) + '|' + text + '\n';
   }
   for (std::size_t i = 0; i < section.sectionCount(); ++i) {
     const QSCfgDataSection& child = section.sectionAt(i);
-    show(child, path.empty() ? child.name() : path + '/' + child.name(), shown);
+    show(child, path.empty() ? child.name() : path + '/' + child.name(), all, shown);
   }
 }
 
 }  // namespace
 
-Reading readText(std::string_view text) {
+Reading readText(std::string_view text, std::size_t pieceSize) {
   Reading reading;
   reading.root = std::make_unique<QSCfgDataSection>("root");
-  detail::TextLineSource source(text);
+  PieceSource source(text, pieceSize);
   detail::ReadContext context{source, reading.lineCount,
                               [&](const char* message) { reading.messages += message; }};
   try {
-    reading.result = detail::cfgReadText(context, *reading.root);
-  } catch (const QSException& caught) {
-    reading.threw = caught.What() == "Registry file parsing error";
+    const bool whole = detail::cfgReadText(context, *reading.root) == detail::ReadResult::kWhole;
+    reading.end = whole ? "whole" : "bad header";
+  } catch (const QSException&) {
+    reading.end = "parse error";
   }
   return reading;
 }
 
-std::string showTree(const QSCfgDataSection& root) {
-  std::string shown;
-  show(root, {}, shown);
-  return shown;
-}
-
-std::string writeText(const QSCfgDataSection& root) {
-  const TempFolder folder;
-  const std::string path = folder.path("text");
-  {
-    const std::unique_ptr<Platform::File, Platform::FileResult (*)(Platform::File*)> file(
-        Platform::fileCalls().openForWriting(path.c_str(), nullptr), Platform::fileCalls().close);
-    detail::LineSink sink(*file);
+std::optional<std::string> writeText(const QSCfgDataSection& root) {
+  static std::string s_written;
+  static std::max_align_t s_noFile;  // nothing looks into it while writing goes to memory
+  const auto toMemory = [](Platform::File&, const char* bytes, std::size_t count) {
+    s_written.append(bytes, count);
+    return Platform::FileResult::kDone;
+  };
+  s_written.clear();
+  const auto toFile = std::exchange(Platform::fileCalls().write, toMemory);
+  bool accepted = true;
+  try {
+    detail::LineSink sink(*reinterpret_cast<Platform::File*>(&s_noFile));
     for (std::size_t i = 0; i < root.sectionCount(); ++i) {
       detail::cfgWriteSection(sink, root.sectionAt(i));
     }
     sink.flush();
+  } catch (const QSException&) {
+    accepted = false;
   }
-  return readFile(path);
+  Platform::fileCalls().write = toFile;
+  return accepted ? std::optional(s_written) : std::nullopt;
+}
+
+std::string showTree(const QSCfgDataSection& root) {
+  std::string shown;
+  show(root, {}, true, shown);
+  return shown;
+}
+
+std::string showFields(const QSCfgDataSection& root) {
+  std::string shown;
+  show(root, {}, false, shown);
+  return shown;
 }
 
 }  // namespace LTLib::Testing

@@ -1,4 +1,5 @@
-// The registry objects before the library's own static objects are made, and after its teardown.
+// The variables and the registry objects before the library's own static objects are made, and
+// after its teardown.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -7,12 +8,18 @@
 #include "ltlib/registry/reg_enum.h"
 #include "ltlib/registry/reg_value.h"
 #include "ltlib/variables/variable_manager.h"
+#include "ltlib/variables/variable_report.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_folder.h"
 
 namespace {
 
 using LTLib::kFailure;
+
+QSREGISTRYVARIABLE s_early[] = {{"Early", "%CompanyName%"}, {nullptr, nullptr}};
+QSREGISTRYVARIABLE s_late[] = {{"Late", ""}, {nullptr, nullptr}};
+QSREGISTRYVARIABLE s_clashing[] = {
+    {"Mine", "1"}, {"CompanyName", "2"}, {"Other", "3"}, {nullptr, nullptr}};
 
 void demand(bool holds, const char* what) {
   if (!holds) {
@@ -24,10 +31,15 @@ void demand(bool holds, const char* what) {
 void useEverythingLate(CQSRegKey& key, CQSRegValue& value) {
   std::string text = "%CompanyName%";
   std::string name;
+  std::vector<LTLib::ExpansionStep> steps;
   unsigned long number = 0;
   CQSRegValue::e_data_struct data;
-  demand(QSRegistryManager::GetInstance() == nullptr, "no manager");
+  const QSVariableRegistrar late(s_late);
+  demand(QSConfigVariableManager::GetInstance() == nullptr, "no manager of variables");
   demand(QSExpandString(text) == kFailure && text == "%CompanyName%", "expansion");
+  demand(LTLib::traceExpansion(text, steps) == kFailure && LTLib::reportVariables().empty(),
+         "reports");
+  demand(QSRegistryManager::GetInstance() == nullptr, "no manager of the registry");
   demand(key.SetKey(REG_ROOT_USERS, "A\\B") == kFailure, "setting a key");
   demand(std::string(CQSRegKey(key).GetPath()) == "A\\B", "copying a key");
   demand(!key.IsCreated(), "opening a key");
@@ -38,32 +50,43 @@ void useEverythingLate(CQSRegKey& key, CQSRegValue& value) {
   demand(CQSRegEnumKey(key).GetFirst(name) == kFailure, "walking over keys");
   demand(CQSRegEnumValue(key).GetFirst(name) == kFailure, "walking over values");
   demand(GetConfigurationPathname(REG_ROOT_USERS).empty(), "the store's name");
-  demand(SaveConfiguration(REG_ROOT_USERS) == kFailure &&
-             SaveConfiguration(REG_ROOT_USERS, text) == kFailure,
-         "saving");
+  demand(SaveConfiguration(REG_ROOT_USERS) == kFailure, "saving");
+  demand(SaveConfiguration(REG_ROOT_USERS, text) == kFailure, "saving to a file");
 }
 
 // The first static object of the program: made before those of the library, destroyed after them.
 struct Outermost {
+  Outermost() { const QSVariableRegistrar early(s_early); }
+  ~Outermost() { useEverythingLate(key, value); }
+
   CQSRegKey key;
   CQSRegValue value;
-
-  ~Outermost() { useEverythingLate(key, value); }
 };
 
 __attribute__((init_priority(101))) Outermost s_outermost;
 
-TEST(RegistryLifetime, ObjectsOutliveTheLibrary) {
-  const LTLib::Testing::TempFolder folder;
-  const LTLib::Testing::ScopedEnvironment users("HKEY_USERS", folder.path("users.cfg"));
-  const LTLib::Testing::ScopedEnvironment machine("HKEY_LOCAL_MACHINE", folder.path("machine.cfg"));
+class Lifetime : public testing::Test {
+  const LTLib::Testing::TempFolder m_folder;
+  const LTLib::Testing::ScopedEnvironment m_users{"HKEY_USERS", m_folder.path("users.cfg")};
+  const LTLib::Testing::ScopedEnvironment m_machine{"HKEY_LOCAL_MACHINE",
+                                                    m_folder.path("machine.cfg")};
+};
+
+TEST_F(Lifetime, ObjectsOutliveTheLibrary) {
   EXPECT_EQ(s_outermost.key.SetKey(REG_ROOT_USERS, "A\\B"), 0);
   EXPECT_EQ(s_outermost.value.SetKey(s_outermost.key), 0);
   EXPECT_EQ(s_outermost.value.SetName("v"), 0);
   EXPECT_EQ(s_outermost.value.Write("text"), 0);
-  char* text = nullptr;
-  ASSERT_EQ(s_outermost.value.Read(text), 0);
-  EXPECT_STREQ(text, "text");
+}
+
+TEST_F(Lifetime, ARegistrarsTableStaysAndClashesAreIgnored) {
+  { const QSVariableRegistrar registrar(s_clashing); }
+  std::string text = "%Early%%Mine%";
+  EXPECT_EQ(QSExpandString(text), 0);
+  EXPECT_EQ(text, "Tarn Quillmere1");
+  bool defined = true;
+  EXPECT_EQ(QSConfigVariableManager::GetInstance()->IsVariableDefined("Other", defined), 0);
+  EXPECT_FALSE(defined);
 }
 
 }  // namespace

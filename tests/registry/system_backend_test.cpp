@@ -1,0 +1,250 @@
+// The backend over the operating system's registry, or over the tree in memory that stands for it,
+// and the registry objects over that backend when calls fail. This program also runs the tests of
+// the objects over it.
+#include <tuple>
+
+#include "ltlib/platform/os_registry.h"
+#include "ltlib/registry/backend_choice.h"
+#include "ltlib/registry/win32_registry_manager.h"
+#include "tests/registry/registry_fixture.h"
+
+namespace {
+
+using namespace std::string_literals;
+using namespace LTLib::Testing;
+namespace OsRegistry = LTLib::Platform::OsRegistry;
+using LTLib::kFailure;
+using LTLib::resultFromSystemError;
+
+class FailingManager : public QSWin32RegistryManager {
+ public:
+  int m_fetch = 0;        // the number that a query of data gives, if not its own
+  bool m_throws = false;  // from a query
+  std::string m_undeletable = "none";
+  int m_openHandles = 0;  // of keys that were opened and not made
+
+  int regCloseKey(void* key) override {
+    --m_openHandles;
+    return QSWin32RegistryManager::regCloseKey(key);
+  }
+
+  // A backend may pass over backslashes at the end.
+  int regOpenKeyEx(void* key, const char* subKey, unsigned int options, int samDesired,
+                   void** result) override {
+    std::string path = subKey;
+    path.resize(path.find_last_not_of('\\') + 1);
+    ++m_openHandles;
+    return QSWin32RegistryManager::regOpenKeyEx(key, path.c_str(), options, samDesired, result);
+  }
+
+  int regQueryValueEx(void* key, char* valueName, unsigned int* type, unsigned char* data,
+                      unsigned int* dataSize) override {
+    if (m_throws) {
+      throw QSException("failing_manager", __LINE__, kFailure, "registry read failed");
+    }
+    const int result =
+        QSWin32RegistryManager::regQueryValueEx(key, valueName, type, data, dataSize);
+    return data != nullptr && m_fetch != 0 ? m_fetch : result;
+  }
+
+  int regDeleteKey(void* key, const char* subKey) override {
+    return std::string(subKey).ends_with(m_undeletable)
+               ? 5
+               : QSWin32RegistryManager::regDeleteKey(key, subKey);
+  }
+};
+
+FailingManager* s_manager = nullptr;
+
+// Serves from before the first test to behind the last.
+class SystemServes : public testing::Environment {
+  void SetUp() override {
+    auto manager = std::make_unique<FailingManager>();
+    s_manager = manager.get();
+    m_former = LTLib::detail::replaceInstance(std::move(manager));
+  }
+  void TearDown() override { LTLib::detail::replaceInstance(std::move(m_former)); }
+
+  std::unique_ptr<QSRegistryManagerImpl> m_former;
+};
+
+testing::Environment* const s_system = testing::AddGlobalTestEnvironment(new SystemServes);
+
+class SystemBackend : public RegistryObjects {
+ protected:
+  SystemBackend() { make("K"); }
+  ~SystemBackend() override {
+    s_manager->m_fetch = 0;
+    s_manager->m_throws = false;
+    s_manager->m_undeletable = "none";
+  }
+
+  int set(const char* name, unsigned int type, const std::string& bytes) const {
+    return RawKey(path("K")).set(name, type, bytes);
+  }
+
+  // A query for the size, or with a capacity for the data, as "result|type|size|data".
+  std::string query(const char* name, unsigned int capacity) {
+    const RawKey key(path("K"));
+    std::string own = name;
+    std::string data(capacity + 16, '.');
+    unsigned int type = 77;
+    const int result = m_manager.regQueryValueEx(
+        key.get(), own.data(), &type,
+        capacity != 0 ? reinterpret_cast<unsigned char*>(data.data()) : nullptr, &capacity);
+    return std::to_string(result) + '|' + std::to_string(type) + '|' + std::to_string(capacity) +
+           '|' + data.substr(0, data.find_last_not_of('.') + 1);
+  }
+
+  // What the system stores, past the conversions of the backend, and with bytes puts it there.
+  std::u16string stored(const char16_t* name, std::u16string text = {}, unsigned int bytes = 0) {
+    const RawKey key(path("K"));
+    if (bytes != 0) {
+      EXPECT_EQ(OsRegistry::setValue(key.get(), name, REG_SZ,
+                                     reinterpret_cast<const unsigned char*>(text.data()), bytes),
+                0);
+    }
+    text.resize(64);
+    unsigned int size = 128;
+    EXPECT_EQ(OsRegistry::queryValue(key.get(), name, nullptr,
+                                     reinterpret_cast<unsigned char*>(text.data()), &size),
+              0);
+    return text.substr(0, size / 2);
+  }
+};
+
+TEST_F(SystemBackend, StoresTextsWideAndGivesThemAsUtf8) {
+  const std::pair<std::string, std::u16string> cases[] = {
+      {"abc\0"s, u"abc\0"s},
+      {"\0"s, u"\0"s},
+      {"\xC3\xA4\xE2\x82\xAC\0"s, u"\u00E4\u20AC\0"s},
+      {"\xF0\x9F\x98\x80\0"s, u"\xD83D\xDE00\0"s},
+      {"one\0two\0\0"s, u"one\0two\0\0"s},
+      {"abc", u"abc"},
+  };
+  for (const unsigned int type : {REG_SZ, REG_EXPAND_SZ, REG_LINK, REG_MULTI_SZ}) {
+    for (const auto& [text, wide] : cases) {
+      EXPECT_EQ(set("n", type, text), 0);
+      EXPECT_TRUE(stored(u"n") == wide) << text;
+      const std::string size = std::to_string(text.size());
+      EXPECT_EQ(query("n", 0), "0|" + std::to_string(type) + '|' + size + '|');
+      EXPECT_EQ(query("n", static_cast<unsigned int>(text.size())),
+                "0|" + std::to_string(type) + '|' + size + '|' + text);
+    }
+    EXPECT_EQ(set("none", type, ""), 0) << "a text of no bytes is not written";
+    EXPECT_EQ(query("none", 0).substr(0, 2), "2|");
+  }
+  EXPECT_EQ(set("n", REG_SZ, "a\x80z\0"s), 0);
+  EXPECT_TRUE(stored(u"n") == u"a\xFFFDz\0"s);
+  EXPECT_TRUE(stored(u"n", u"a\xD83Dz\0"s, 8) == u"a\xD83Dz\0"s);
+  EXPECT_EQ(query("n", 6), "0|1|6|a\xEF\xBF\xBDz\0"s);
+  (void)stored(u"n", u"abcd", 7);
+  EXPECT_EQ(query("n", 3), "0|1|3|\0\0\0"s) << "an odd size cannot be fetched";
+  // Names pass through the system's code page.
+  const std::string name = LTLib::Platform::hasSystemRegistry() ? "n\xE4" : "n\xC3\xA4";
+  EXPECT_EQ(set(name.c_str(), REG_SZ, "text"), 0);
+  EXPECT_TRUE(stored(u"n\u00E4") == u"text");
+}
+
+// Texts are cut to the caller's capacity, at a character; for all other types the size of the value
+// goes to the system instead.
+TEST_F(SystemBackend, Capacities) {
+  EXPECT_EQ(set("n", REG_SZ, "a\xE2\x82\xAC"s + "bc\0"s), 0);
+  EXPECT_EQ(query("n", 1), "0|1|7|a");
+  EXPECT_EQ(query("n", 3), "0|1|7|a");
+  EXPECT_EQ(query("n", 4), "0|1|7|a\xE2\x82\xAC");
+  EXPECT_EQ(query("n", 6), "0|1|7|a\xE2\x82\xAC"s + "bc");
+  EXPECT_EQ(set("n", REG_BINARY, "\0\xFF\x80 more"s), 0);
+  EXPECT_EQ(query("n", 2), "0|3|8|\0\xFF\x80 more"s);
+  EXPECT_EQ(set("n", REG_DWORD, ""), 0);
+  EXPECT_EQ(query("n", 4), "0|4|0|");
+}
+
+TEST_F(SystemBackend, EnumeratesValuesWithTheirData) {
+  const RawKey key(path("K"));
+  const std::tuple<unsigned int, unsigned int, int, std::string> cases[] = {
+      {4, 4, kMoreData, ""}, {5, 3, kMoreData, ""}, {5, 4, 0, "made|4|\1\0\0\0"s}};
+  for (const auto& [nameCapacity, dataCapacity, result, expected] : cases) {
+    char name[8];
+    char data[8];
+    unsigned int nameSize = nameCapacity;
+    unsigned int type = 0;
+    unsigned int size = dataCapacity;
+    EXPECT_EQ(m_manager.regEnumValue(key.get(), 0, name, &nameSize, nullptr, &type,
+                                     reinterpret_cast<unsigned char*>(data), &size),
+              result);
+    EXPECT_EQ(result == 0 ? std::string(name, nameSize) + '|' + std::to_string(type) + '|' +
+                                std::string(data, size)
+                          : "",
+              expected);
+  }
+  EXPECT_EQ(m_manager.regCloseKey(m_root), 0) << "stays open";
+  EXPECT_FALSE(namesOf(CQSRegEnumKey(kUser, "")).empty());
+}
+
+TEST_F(SystemBackend, FailuresOfReadsAndWrites) {
+  CQSRegValue value = this->value("K", "v");
+  for (const unsigned int type : {unsigned{REG_SZ}, unsigned{REG_DWORD}, unsigned{REG_QWORD}}) {
+    EXPECT_EQ(set("v", type, std::string(type == REG_DWORD ? 4 : 8, '\0')), 0);
+    for (const int number : {5, -1}) {
+      s_manager->m_fetch = number;
+      EXPECT_EQ(contentOf(value), codeOf(resultFromSystemError(number)));
+    }
+    s_manager->m_fetch = 0;
+  }
+  s_manager->m_throws = true;
+  const int before = s_manager->m_openHandles;
+  char* text = nullptr;
+  EXPECT_THROW(value.Read(text), QSException);
+  EXPECT_EQ(s_manager->m_openHandles, before);
+  EXPECT_EQ(CQSRegValue(REG_ROOT_NONE, "", "v").Write("text"), kFailure) << "no key to make";
+  EXPECT_EQ(CQSRegValue(kUser, "%Nowhere%\\K", "v").Write("text"), kFailure);
+  for (const int type : {-1, 0, 6}) {
+    CQSRegValue::e_data_struct data;
+    data.type = static_cast<CQSRegValue::e_data_type>(type);
+    EXPECT_EQ(value.Write(data), kFailure) << type;
+    data.type = CQSRegValue::DATA_NONE;
+  }
+}
+
+TEST_F(SystemBackend, StoredBytesThatAreNotOfTheirType) {
+  const std::tuple<unsigned int, std::string, const char*> cases[] = {
+      {REG_DWORD, "\7\0\0\0\0\0\0\0"s, "8007000D"},
+      {REG_DWORD, "\7\0"s, "8007000D"},
+      {REG_QWORD, "\7\0\0\0"s, "8007000D"},
+      {REG_QWORD, "\xFF\xFF\xFF\xFF\0\0\0\0"s, "number:4294967295"},
+      {5, "1234", "none:4"},
+      {99, "123456789", "none:9"},
+  };
+  CQSRegValue value = this->value("K", "v");
+  for (const auto& [type, bytes, content] : cases) {
+    EXPECT_EQ(set("v", type, bytes), 0);
+    EXPECT_EQ(contentOf(value), content) << type;
+  }
+  // Buffers end in a zero byte also where what is stored does not.
+  for (const unsigned int type : {REG_SZ, REG_EXPAND_SZ, REG_BINARY}) {
+    EXPECT_EQ(set("v", type, "abc"), 0);
+    CQSRegValue::e_data_struct data;
+    EXPECT_EQ(value.Read(data), 0);
+    EXPECT_STREQ(static_cast<const char*>(data.pData), "abc");
+  }
+}
+
+TEST_F(SystemBackend, RecursiveDeletionGoesDeepestFirstAndStopsAtAFailure) {
+  for (const char* below : {"T\\A\\B\\C", "T\\A\\Kept", "T\\D"}) {
+    make(below);
+  }
+  s_manager->m_undeletable = "Kept";
+  EXPECT_EQ(key("T").DeleteKey(true), resultFromSystemError(5));
+  s_manager->m_undeletable = "none";
+  EXPECT_EQ(namesOf(CQSRegEnumKey(key("T\\A"))), Names{"Kept"});
+  EXPECT_EQ(namesOf(CQSRegEnumKey(key("T"))), (Names{"A", "D"}));
+  EXPECT_EQ(key("T").DeleteKey(true), 0);
+  // A sub-key that leads to the key it lies in would be followed for ever.
+  EXPECT_EQ(QSConfigVariableManager::GetInstance()->AddVariable("KeyTestBack", ""), 0);
+  makeRaw("T\\%KeyTestBack%");
+  EXPECT_EQ(key("T").DeleteKey(true), kFailure);
+  EXPECT_EQ(deleteRaw("T\\%KeyTestBack%"), 0);
+}
+
+}  // namespace
