@@ -86,7 +86,7 @@ int KeyHandle::read(std::string& name, Value& found) const {
       result != kDone) {
     return result;
   }
-  unsigned int capacity = size;
+  unsigned int capacity = 0;
   do {
     capacity = size;
     found.type = REG_NONE;

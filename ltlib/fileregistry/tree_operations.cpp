@@ -28,11 +28,10 @@ bool leadsBack(const std::string& path) {
          path.find("\\\\") == std::string::npos;
 }
 
-// The name below the last walk's section to which a path leads; empty if it leads elsewhere.
-std::string_view nameBelow(const QSCfgLastWalk& walk, std::string_view path) {
-  const std::size_t start = walk.path.size() + 1;
-  if (walk.section == nullptr || path.size() <= start || path[start - 1] != '\\' ||
-      !path.starts_with(walk.path)) {
+// The name by which a path goes on from another one; empty if it leads elsewhere, or further.
+std::string_view nameBelow(std::string_view above, std::string_view path) {
+  const std::size_t start = above.size() + 1;
+  if (path.size() <= start || path[start - 1] != '\\' || !path.starts_with(above)) {
     return {};
   }
   const std::string_view name = path.substr(start);
@@ -45,14 +44,15 @@ QSCfgDataSection* resolve(QSFileKeyHandle& key, bool create) {
   if (last.section != nullptr && last.path == key.path) {
     return last.section;
   }
-  const std::string_view name = nameBelow(last, key.path);
+  const std::string_view name = nameBelow(last.path, key.path);
+  const bool goesOn = last.section != nullptr && !name.empty();
   QSCfgDataSection* section = nullptr;
-  if (name.empty()) {
-    section = cfgResolveSection(key.path, *root.section, create);
-  } else {
+  if (goesOn) {
     section = create ? &last.section->findOrAddSection(name) : last.section->findSection(name);
+  } else {
+    section = cfgResolveSection(key.path, *root.section, create);
   }
-  if (section != nullptr && (!name.empty() || leadsBack(key.path))) {
+  if (section != nullptr && (goesOn || leadsBack(key.path))) {
     last.path = key.path;
     last.section = section;
   }
