@@ -8,11 +8,11 @@
 namespace {
 
 using namespace LTLib::Testing;
+
 constexpr char kDemo[] =
     "[Software\\Demo]\n\"Title\"=string:\"Hello, \"world\"\tx\"\n\"Dir\"=dir:\"C:\\x\\\"\n"
-    "\"Retries\"=ulong:4294967295\n\"Blob\"=binary:00\tA0\n\"Paths\"=liststring:\"one\",\"two "
-    "2\"\n\n"
-    "[Software\\Demo\\Sub]\n\"n\"=ulong:2\n\n";
+    "\"Retries\"=ulong:4294967295\n\"Blob\"=binary:00\tA0\n"
+    "\"Paths\"=liststring:\"one\",\"two 2\"\n\n[Software\\Demo\\Sub]\n\"n\"=ulong:2\n\n";
 
 class LtregValues : public LtregTest {
  protected:
@@ -151,9 +151,10 @@ TEST_F(LtregValues, TakesVeryLongArguments) {
 }
 
 TEST_F(LtregValues, SurvivesRandomArguments) {
+  // Never the system's own registry, of which not all is the test's.
   std::istringstream known(
       "list tree get set delete path check expand vars component register unregister probe --json"
-      " --store s.cfg --store= --type string ulong binary type-9 --backend file os -r -- --help -h"
+      " --store s.cfg --store= --type string ulong binary type-9 --backend file -r -- --help -h"
       " --version --trace --create --as-is HKLM HKCU HKLM\\A HKLM\\ @ @\\%QSRoot% \\\\\\ n X ''"
       " %s%n [a,b] {} %% ++ - = --= -1 0x10");
   const std::vector<std::string> words{std::istream_iterator<std::string>(known), {}};
