@@ -17,6 +17,8 @@ class ComponentTest : public testing::Test {
  protected:
   ComponentTest() {
     static const ScopedEnvironment s_store("HKEY_LOCAL_MACHINE", folder().path("HKLM.cfg"));
+    enterClass("Pair.Plain", libraryPath("pair"));
+    enterClass("Pair.Unknown", libraryPath("pair"));
     Stage::takeNotes();
   }
 

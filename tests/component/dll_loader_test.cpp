@@ -17,11 +17,6 @@ using Registrar = iqsDllLoader::Registrar;
 
 class DllLoaderTest : public ComponentTest {
  protected:
-  DllLoaderTest() {
-    enterClass("Pair.Plain", libraryPath("pair"));
-    enterClass("Pair.Unknown", libraryPath("pair"));
-  }
-
   // The text that a load stores; empty when it stores none. A load that succeeds is given back.
   static std::string failureOf(const std::string& id) {
     char* text = nullptr;
@@ -68,21 +63,6 @@ TEST_F(DllLoaderTest, ALibraryStaysWhileAnotherClassHoldsIt) {
   iqsDllLoader::ReleaseInstance(plain, iqsDllLoader::CreateInstance(plain));
   iqsDllLoader::Unload(unknown);
   EXPECT_EQ(Stage::takeNotes(), "pair comes, plain ends, pair goes");
-}
-
-TEST_F(DllLoaderTest, ALibraryWithoutRegistrarsLoadsAndMakesNothing) {
-  enterClass("Quiet.Class", libraryPath("quiet"));
-  FactoryDll* const record = iqsDllLoader::Load("Quiet.Class", nullptr);
-  EXPECT_EQ(stateOf("Quiet.Class"), "1 loaded -");
-  EXPECT_EQ(iqsDllLoader::CreateInstance(record), nullptr);
-  iqsDllLoader::ReleaseInstance(record, record);
-  char* text = nullptr;
-  EXPECT_EQ(iqsDllLoader::iqsGetCreateInstance("Quiet.Class", &text), nullptr);
-  EXPECT_EQ(text, nullptr);
-  EXPECT_EQ(stateOf("Quiet.Class"), "2 loaded -");
-  iqsDllLoader::Unload(record);
-  iqsDllLoader::Unload(record);
-  EXPECT_EQ(Stage::takeNotes(), "quiet comes, quiet goes");
 }
 
 TEST_F(DllLoaderTest, NullArgumentsDoNothing) {
@@ -167,6 +147,9 @@ int s_second = 2;
 
 const iqsDllLoader::CreatePlain kCreateFirst = []() -> void* { return &s_first; };
 const iqsDllLoader::CreatePlain kCreateSecond = []() -> void* { return &s_second; };
+const iqsDllLoader::ReleasePlain kRelease = [](void* instance) {
+  *static_cast<int*>(instance) += 10;
+};
 
 // Registrars of the program itself fill records without a load. Each test has a class of its own,
 // since a process keeps the records.
@@ -178,8 +161,7 @@ class RegistrarTest : public ComponentTest {
 };
 
 TEST_F(RegistrarTest, OfTwoForOneClassTheLaterCountsAndTheEndOfEitherClears) {
-  std::optional<Registrar> first(std::in_place, m_id, kCreateFirst,
-                                 [](void* instance) { *static_cast<int*>(instance) = 11; });
+  std::optional<Registrar> first(std::in_place, m_id, kCreateFirst, kRelease);
   EXPECT_EQ(stateOf(m_id), "0 - factory");
   FactoryDll* const record = iqsDllLoader::Load(m_id, nullptr);
   EXPECT_EQ(iqsDllLoader::CreateInstance(record), &s_first);
@@ -193,9 +175,11 @@ TEST_F(RegistrarTest, OfTwoForOneClassTheLaterCountsAndTheEndOfEitherClears) {
   EXPECT_EQ(stateOf(m_id), "0 - factory");
   first.reset();
   EXPECT_EQ(stateOf(m_id), "0 - -");
-  first.emplace(m_id, kCreateFirst, nullptr);
+  first.emplace(m_id, kCreateFirst, kRelease);
   second.reset();
   EXPECT_EQ(stateOf(m_id), "0 - -");
+  iqsDllLoader::ReleaseInstance(record, &s_first);
+  EXPECT_EQ(s_first, 11);
 }
 
 TEST_F(RegistrarTest, TouchesNothingWithoutIdFactoryOrEntry) {

@@ -34,7 +34,7 @@ TEST(QSResultCodec, TakesApartOnlyMarkedCodes) {
   const Case cases[] = {
       {0x8004102Eu, true, {1, 2, 0, 46}},
       {0x80070005u, true, {1, 0, 0, 5}},
-      {0x0004FBFFu, true, {0, 31, 3, 255}},
+      {0x0004FFFFu, true, {0, 31, 3, 255}},
       {0x80004005u, false, {1, 8, 0, 5}},
   };
   for (const Case& row : cases) {

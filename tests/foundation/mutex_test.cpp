@@ -18,17 +18,18 @@ using LTLib::Testing::runTogether;
 // Now and then a holder keeps the lock until the others have run out of tries and sleep.
 TEST(Mutex, ExcludesOthersUntilAsManyUnlocksAsLocks) {
   constexpr int kThreads = 4;
-  constexpr int kRounds = 20000;
+  constexpr int kRounds = 200000;
   LTLib::Mutex mutex;
   long counter = 0;
   runTogether(kThreads, [&](int) {
     for (int round = 0; round < kRounds; ++round) {
       const ScopedLock outer(mutex);
+      const long seen = counter;
       { const ScopedLock inner(mutex); }
-      ++counter;
-      for (volatile int work = round % 5000 == 0 ? 1000000 : 0; work > 0;) {
+      for (volatile int work = round % 50000 == 0 ? 1000000 : 0; work > 0;) {
         work = work - 1;
       }
+      counter = seen + 1;
     }
   });
   EXPECT_EQ(counter, long{kThreads} * kRounds);

@@ -42,8 +42,9 @@ bool isHeld(const std::string& name) {
 // Every name is a mutex of its own, which processes share and which is told in full.
 TEST(NamedMutexNames, AnyTextIsAName) {
   const MutexName base;
-  const std::string big(10000, 'x');
-  std::vector<std::string> texts = {"/" + base.text(), "../" + base.text(), big + base.text()};
+  const std::string big(300, 'x');
+  std::vector<std::string> texts = {"/" + base.text(), "../" + base.text(),
+                                    std::string(10000, '/') + base.text()};
   for (const char* end : {"", "/", "\n", "\\", "\xff", "A", "a", " "}) {
     texts.push_back(base.text() + end);
     texts.push_back(base.text() + end + big);
@@ -80,6 +81,12 @@ TEST_F(NamedMutexTest, IsHeldUntilItsOwnersLastUnlock) {
   EXPECT_FALSE(isHeld(m_name.text()));
   same.unlock();
   EXPECT_EQ(passFailure(m_mutex), "");
+
+  const MutexName other;
+  NamedMutex(other.c_str()).lock();
+  EXPECT_TRUE(isHeld(other.text())) << "beyond the only object";
+  NamedMutex(other.c_str()).unlock();
+  EXPECT_FALSE(isHeld(other.text()));
 }
 
 TEST_F(NamedMutexTest, AForkedChildOwnsNothingOfItsParentsAndWaits) {

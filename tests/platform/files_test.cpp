@@ -76,7 +76,7 @@ TEST_F(Files, FoldersAndAbsentFilesAreTold) {
   EXPECT_NE(m_calls.remove(folder), FileResult::kDone);
   EXPECT_EQ(m_calls.status(folder, &found), FileResult::kDone);
   EXPECT_FALSE(found.regular);
-  for (const std::string& absent : {m_new, m_folder.path("no/such/folder")}) {
+  for (const std::string& absent : {m_new, m_folder.path("no/such"), m_one + "/below"}) {
     EXPECT_EQ(m_calls.openForReading(absent.c_str()), nullptr);
     EXPECT_EQ(m_calls.status(absent.c_str(), &found), FileResult::kAbsent);
     EXPECT_EQ(m_calls.remove(absent.c_str()), FileResult::kAbsent);

@@ -33,10 +33,10 @@ TEST(Unicode, ConvertsBothWaysAndReplacesWhatIsNoText) {
     EXPECT_TRUE(wide(bytes) == units) << bytes;
     EXPECT_EQ(narrow(units), bytes);
   }
-  EXPECT_TRUE(wide("\x80.\xFF.\xE2\x82.\xC0\x80.\xF0\x9F\x98") ==
-              u"\uFFFD.\uFFFD.\uFFFD.\uFFFD\uFFFD.\uFFFD");
-  EXPECT_EQ(narrow(u".\xDE00.\xD83D\xD83D\xDE00\xD83D"),
-            ".\xEF\xBF\xBD.\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
+  EXPECT_TRUE(wide("\x80.\xFF.\xE2\x82.\xC0\x80.\xE0\x80\x80.\xF0\x9F\x98") ==
+              u"\uFFFD.\uFFFD.\uFFFD.\uFFFD\uFFFD.\uFFFD\uFFFD\uFFFD.\uFFFD");
+  EXPECT_EQ(narrow(u".\xDE00\xDE00.\xD83D\xD83D\xDE00\xD83D"),
+            ".\xEF\xBF\xBD\xEF\xBF\xBD.\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
 }
 
 // A character that does not fit whole is left out whole.
