@@ -58,16 +58,25 @@ class StoreFailures : public StoreTest {
           &FileCalls::remove, &FileCalls::link, &FileCalls::rename, &FileCalls::flushDirectory>();
   }
 
-  // A loaded root whose one number was changed from 1 to 2.
+  // A loaded root whose one number was changed from 1 to 2, with an older version of its store.
   void change() {
     restartWith(kText);
-    m_folder.write("HKEY_LOCAL_MACHINE.cfg_old", "older");
+    setOlder();
     EXPECT_TRUE(load());
     EXPECT_EQ(OpenKey("A\\B").setNumber("n", 2), 0);
   }
 
+  void setOlder() const {
+    fs::remove(store() + "_old");
+    if (m_older) {
+      m_folder.write("HKEY_LOCAL_MACHINE.cfg_old", "older");
+    }
+  }
+
   void expectNothingDone() {
-    EXPECT_EQ(readFile(store()) + readFile(store() + "_old"), std::string(kText) + "older");
+    EXPECT_EQ(readFile(store()), kText);
+    EXPECT_EQ(fs::exists(store() + "_old"), m_older);
+    EXPECT_TRUE(!m_older || readFile(store() + "_old") == "older");
     EXPECT_FALSE(fs::exists(store() + "_new"));
     EXPECT_TRUE(locksAreFree());
   }
@@ -101,23 +110,29 @@ class StoreFailures : public StoreTest {
       return caught.What() + ' ';
     }
   }
+
+  bool m_older = true;
 };
 
 // They are status, open, write, flush, close, status of the old version, which is set aside by a
 // rename, link or a further rename, rename, flush of the directory, and removal.
 TEST_F(StoreFailures, OfEachCallOfASave) {
   const std::string fourFail = "fails fails fails fails ";
-  std::string told;
-  for (int calls = 0; calls < 11; ++calls) {
-    told += saveFailingAt(calls);
+  const auto realLink = s_real.link;
+  const auto told = [this](int calls) {
+    std::string outcomes;
+    for (int call = 0; call < calls; ++call) {
+      outcomes += saveFailingAt(call);
+    }
+    return outcomes;
+  };
+  for (const bool older : {true, false}) {
+    m_older = older;
+    s_real.link = realLink;
+    EXPECT_EQ(told(11), "works " + fourFail + "works " + fourFail + "works ");
+    s_real.link = [](const char*, const char*) { return FileResult::kUnsupported; };
+    EXPECT_EQ(told(12), "works " + fourFail + "works fails " + fourFail + "works ");
   }
-  EXPECT_EQ(told, "works " + fourFail + "works " + fourFail + "works ");
-  s_real.link = [](const char*, const char*) { return FileResult::kUnsupported; };
-  told.clear();
-  for (int calls = 0; calls < 12; ++calls) {
-    told += saveFailingAt(calls);
-  }
-  EXPECT_EQ(told, "works " + fourFail + "works fails " + fourFail + "works ");
 }
 
 // They are status, open, write and close of the folder's identity, open, two reads and close of it,
@@ -164,7 +179,7 @@ TEST_F(StoreFailures, OfWhatStandsInTheWay) {
     fs::create_directory(way);
     EXPECT_LT(save(), 0);
     EXPECT_TRUE(fs::remove(way));
-    m_folder.write("HKEY_LOCAL_MACHINE.cfg_old", "older");
+    setOlder();
     expectNothingDone();
   }
   if (fs::exists("/dev/full")) {
