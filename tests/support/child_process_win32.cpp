@@ -100,12 +100,14 @@ ChildProcess::ChildProcess(const std::string& scenario, const std::vector<std::s
   STARTUPINFOA start{};
   start.cb = sizeof start;
   PROCESS_INFORMATION made{};
-  const BOOL started = CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                      nullptr, &start, &made);
+  const bool runs = started([&] {
+    return CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                          &start, &made);
+  });
   CloseHandle(down.readEnd);
   CloseHandle(up.writeEnd);
-  if (started == 0) {
-    throw std::runtime_error("no child process");
+  if (!runs) {
+    throw std::runtime_error("no child process: error " + std::to_string(GetLastError()));
   }
   CloseHandle(made.hThread);
   m_state->process = made.hProcess;

@@ -21,17 +21,18 @@ std::string PrivateKey::path(const std::string& subKey) const {
   return subKey.empty() ? m_path : m_path + '\\' + subKey;
 }
 
-void PrivateKey::removeTree(const std::string& path) {
+bool PrivateKey::removeTree(const std::string& path) {
   void* key = nullptr;
   if (m_manager.regOpenKeyEx(root(), path.c_str(), 0, KEY_READ, &key) != 0) {
-    return;
+    return false;
   }
   char name[256];
-  while (m_manager.regEnumKey(key, 0, name, sizeof name) == 0) {
-    removeTree(path + '\\' + name);
+  bool removed = true;
+  while (removed && m_manager.regEnumKey(key, 0, name, sizeof name) == 0) {
+    removed = removeTree(path + '\\' + name);
   }
   m_manager.regCloseKey(key);
-  m_manager.regDeleteKey(root(), path.c_str());
+  return removed && m_manager.regDeleteKey(root(), path.c_str()) == 0;
 }
 
 }  // namespace LTLib::Testing

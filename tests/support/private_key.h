@@ -25,7 +25,7 @@ class PrivateKey {
   [[nodiscard]] QSWin32RegistryManager& manager() { return m_manager; }
 
  private:
-  void removeTree(const std::string& path);
+  bool removeTree(const std::string& path);
 
   QSWin32RegistryManager m_manager;
   std::string m_path;

@@ -46,13 +46,17 @@ RunningProgram::RunningProgram(const std::string& program,
   start.hStdOutput = openForChild(m_state->written.path("output"), GENERIC_WRITE, CREATE_ALWAYS);
   start.hStdError = openForChild(m_state->written.path("errors"), GENERIC_WRITE, CREATE_ALWAYS);
   PROCESS_INFORMATION made{};
-  const BOOL started = CreateProcessW(wide(file).c_str(), command.data(), nullptr, nullptr, TRUE, 0,
-                                      nullptr, wide(folder).c_str(), &start, &made);
+  const bool runs = started([&] {
+    return CreateProcessW(wide(file).c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                          wide(folder).c_str(), &start, &made);
+  });
+  const DWORD error = runs ? 0 : GetLastError();
   for (const HANDLE handle : {start.hStdInput, start.hStdOutput, start.hStdError}) {
     CloseHandle(handle);
   }
-  if (started == 0) {
-    throw std::runtime_error("the program cannot be run: " + program);
+  if (!runs) {
+    throw std::runtime_error("the program cannot be run: " + program + ": error " +
+                             std::to_string(error));
   }
   CloseHandle(made.hThread);
   m_state->process = made.hProcess;
