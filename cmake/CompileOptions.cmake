@@ -4,6 +4,10 @@ add_compile_options(-Wall -Wextra -Wpedantic -Wconversion)
 if(LTLIB_SANITIZE)
   add_compile_options(-fsanitize=${LTLIB_SANITIZE} -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
+  # What a sanitizer adds makes GCC see uninitialised variables in the standard library.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-Wno-maybe-uninitialized)
+  endif()
   add_link_options(-fsanitize=${LTLIB_SANITIZE})
 endif()
 
