@@ -13,6 +13,7 @@
 #include "ltlib/export.h"
 #include "ltlib/fileregistry/file_registry_manager.h"
 #include "ltlib/fileregistry/store_check.h"
+#include "ltlib/fileregistry/store_failure.h"
 #include "ltlib/fileregistry/store_guard.h"
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"

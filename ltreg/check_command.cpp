@@ -22,6 +22,9 @@ ExitCode checkStore(const std::string& pathname, Output& output) {
   for (const LTLib::StoreFault& warning : report.warnings) {
     output.line(placeOf(pathname, warning));
   }
+  if (const std::string left = whatIsLeft(pathname, report); !left.empty()) {
+    output.line(left);
+  }
   if (!report.loads()) {
     complain(whyNotLoaded(pathname, report));
     output.line(escapeControls(pathname) + ": does not load");

@@ -80,6 +80,9 @@ void Session::openStore(Access access, bool quiet) {
 
 // The library reports empty values itself when it loads.
 void Session::complainOfWarnings() const {
+  if (const std::string left = whatIsLeft(m_pathname, m_report); !left.empty()) {
+    complain("warning: " + left);
+  }
   std::size_t told = 0;
   for (const LTLib::StoreFault& warning : m_report.warnings) {
     if (warning.kind != LTLib::StoreFaultKind::kEmptyValue && told++ < kMostComplaints) {
@@ -173,15 +176,8 @@ int Session::deleteKey(const std::string& path) {
 
 void Session::save() {
   if (m_backend.manager().saveConfiguration(m_root) != 0) {
-    const bool blocked = std::any_of(
-        m_report.warnings.begin(), m_report.warnings.end(),
-        [](const auto& warning) { return warning.kind == LTLib::StoreFaultKind::kNotSavable; });
     throw Failure(ExitCode::kStoreFailed,
-                  "the store " + inQuotes(m_pathname) +
-                      " cannot be saved and was left as it was; " +
-                      (blocked ? "correct the lines that no save can write"
-                               : "see to it that its folder can be written, the disk has room, and"
-                                 " nothing but files bears its name with '_new' or '_old' behind"));
+                  escapeControls(LTLib::lastStoreFailure()) + "; it was left as it was");
   }
 }
 

@@ -11,6 +11,8 @@ const char* adviceOn(LTLib::StoreFaultKind kind) {
     case Kind::kLockFailed:
       return "a lock that was abandoned is free for the next try; otherwise make sure that the"
              " folder exists and can be written";
+    case Kind::kForeignLink:
+      return "name the file itself, or let its folder's owner lay the link";
     case Kind::kNoFile:
       return "name a plain file";
     case Kind::kUnreadable:
@@ -37,6 +39,16 @@ std::string whyNotLoaded(const std::string& pathname, const LTLib::StoreReport& 
   return (locked ? "the store was not looked at: "
                  : "the store does not load and was left alone: ") +
          placeOf(pathname, *report.fault) + " (" + adviceOn(report.fault->kind) + ')';
+}
+
+std::string whatIsLeft(const std::string& pathname, const LTLib::StoreReport& report) {
+  std::string names;
+  for (const std::string& left : report.left) {
+    names.append(names.empty() ? "" : ", ").append(inQuotes(left));
+  }
+  return names.empty() ? names
+                       : "there is no store " + inQuotes(pathname) + ", but a save has left " +
+                             names + "; put back what is needed";
 }
 
 }  // namespace ltreg

@@ -15,6 +15,10 @@ namespace ltreg {
 [[nodiscard]] std::string whyNotLoaded(const std::string& pathname,
                                        const LTLib::StoreReport& report);
 
+/// That the store is missing beside what a save has left; empty where that is not so.
+[[nodiscard]] std::string whatIsLeft(const std::string& pathname,
+                                     const LTLib::StoreReport& report);
+
 }  // namespace ltreg
 
 #endif  // LTREG_STORE_MESSAGES_H

@@ -2,8 +2,10 @@
 
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include "ltlib/fileregistry/load_merge.h"
+#include "ltlib/fileregistry/store_failure.h"
 #include "ltlib/fileregistry/store_files.h"
 #include "ltlib/fileregistry/store_swap.h"
 #include "ltlib/fileregistry/text_writer.h"
@@ -12,27 +14,59 @@
 namespace LTLib::detail {
 namespace {
 
+using Platform::FileHandle;
 using Platform::FileResult;
 
+[[noreturn]] void fail(int line, const std::string& text) {
+  throw QSException("kFileRegistry", line, kFailure, text.c_str());
+}
+
 // Reads into a tree of its own first, since a repeated reading must not double what is there.
-ReadResult readStore(QSCfgRoot& root, const std::string& pathname) {
-  Platform::FileCalls& calls = Platform::fileCalls();
-  const std::unique_ptr<Platform::File, FileResult (*)(Platform::File*)> file(
-      calls.openForReading(pathname.c_str()), calls.close);
+ReadResult readText(QSCfgRoot& root, Platform::File& file) {
   QSCfgDataSection read(root.section->name());
+  FileLineSource source(file);
+  ReadContext context{source, root.lineCount, printSyntaxMessage};
   ReadResult result = ReadResult::kWhole;
-  if (file != nullptr) {
-    FileLineSource source(*file);
-    ReadContext context{source, root.lineCount, printSyntaxMessage};
-    try {
-      result = cfgReadText(context, read);
-    } catch (...) {
-      takeOverReading(root, read, false);
-      throw;
-    }
+  try {
+    result = cfgReadText(context, read);
+  } catch (...) {
+    takeOverReading(root, read, false);
+    throw;
   }
   takeOverReading(root, read, result == ReadResult::kWhole);
   return result;
+}
+
+// A file that is there and cannot be opened reads as empty, as a missing one does, but no save may
+// put what was made up instead in its place.
+void countAsUnreadable(QSCfgRoot& root, const std::string& reason) {
+  root.unreadable = "the store " + root.fileName + " counts as empty, since " + reason;
+  traceStoreFailure(root.unreadable);
+}
+
+void lookForLeftFiles(QSCfgRoot& root, const std::string& located) {
+  std::string names;
+  for (const std::string& left : filesLeftBeside(located)) {
+    names.append(names.empty() ? "" : ", ").append(left);
+  }
+  if (!names.empty()) {
+    root.leftBehind = located;
+    traceStoreFailure("there is no store " + located + ", but a save has left " + names);
+  }
+}
+
+ReadResult readStore(QSCfgRoot& root, const std::string& located) {
+  FileHandle file;
+  const FileResult opened = Platform::openFile(located, Platform::Links::kRefused, file);
+  if (opened == FileResult::kDone) {
+    return readText(root, *file);
+  }
+  if (opened == FileResult::kAbsent) {
+    lookForLeftFiles(root, located);
+  } else {
+    countAsUnreadable(root, "it cannot be opened: " + Platform::lastFileFailure());
+  }
+  return ReadResult::kWhole;
 }
 
 void loadStep(QSCfgRoot& root) {
@@ -46,41 +80,71 @@ void loadStep(QSCfgRoot& root) {
   root.loadFailed = !root.loaded;
 }
 
-void writeStore(const QSCfgDataSection& section, const std::string& path,
-                const Platform::FilePermissions* permissions) {
+void writeStore(const QSCfgDataSection& section, Platform::File* made) {
   Platform::FileCalls& calls = Platform::fileCalls();
-  std::unique_ptr<Platform::File, FileResult (*)(Platform::File*)> file(
-      calls.openForWriting(path.c_str(), permissions), calls.close);
-  if (file == nullptr) {
-    throw QSException("kFileRegistry", __LINE__, kFailure, "registry file cannot be made");
-  }
+  FileHandle file(made);
   LineSink sink(*file);
   for (std::size_t i = 0; i < section.sectionCount(); ++i) {
     cfgWriteSection(sink, section.sectionAt(i));
   }
   sink.flush();
   const bool flushed = calls.flush(*file) == FileResult::kDone;
+  const std::string words = flushed ? std::string() : Platform::lastFileFailure();
   const bool closed = calls.close(file.release()) == FileResult::kDone;
   if (!flushed || !closed) {
-    throw QSException("kFileRegistry", __LINE__, kFailure, "registry file cannot be kept");
+    fail(__LINE__, "the new text cannot be brought to the device: " +
+                       (flushed ? Platform::lastFileFailure() : words));
   }
+}
+
+// A file of that name is the rest of a save that was cut off, or a trap: whatever it is, it goes.
+Platform::File* makeNew(const std::string& newName, const char* like) {
+  Platform::FileCalls& calls = Platform::fileCalls();
+  const FileResult removed = calls.remove(newName.c_str());
+  Platform::File* file = nullptr;
+  if ((removed != FileResult::kDone && removed != FileResult::kAbsent) ||
+      calls.create(newName.c_str(), like, &file) != FileResult::kDone) {
+    fail(__LINE__, "the file " + newName + " cannot be made: " + Platform::lastFileFailure());
+  }
+  return file;
 }
 
 // The new text is whole and on the device before the store file is touched. Its file is removed
 // here, while the directory is locked: later it might be another process's.
-void replaceStore(const QSCfgDataSection& section, const std::string& pathname) {
-  const std::string newName = pathname + "_new";
+void writeNew(const QSCfgDataSection& section, const std::string& newName, const char* like) {
+  Platform::File* const file = makeNew(newName, like);
   try {
-    Platform::FileStatus store;
-    const bool exists = Platform::fileCalls().status(pathname.c_str(), &store) == FileResult::kDone;
-    if (exists && !store.regular) {
-      throw QSException("kFileRegistry", __LINE__, kFailure, "registry file is no file");
-    }
-    writeStore(section, newName, exists ? &store.permissions : nullptr);
-    swapStore(newName, pathname);
+    writeStore(section, file);
   } catch (...) {
     (void)Platform::fileCalls().remove(newName.c_str());
     throw;
+  }
+}
+
+void replaceStore(QSCfgRoot& root, const std::string& located) {
+  Platform::FileStatus store;
+  const FileResult status = Platform::fileCalls().status(located.c_str(), &store);
+  if (status != FileResult::kDone && status != FileResult::kAbsent) {
+    fail(__LINE__, "the store cannot be looked at: " + Platform::lastFileFailure());
+  }
+  const std::string newName = located + "_new";
+  if (status == FileResult::kDone) {
+    if (!store.regular) {
+      fail(__LINE__, "the store is no regular file");
+    }
+    writeNew(*root.section, newName, located.c_str());
+    swapStore(newName, located);
+    return;
+  }
+  std::optional<KeptAside> left;
+  if (root.leftBehind == located) {
+    left.emplace(located);
+  }
+  writeNew(*root.section, newName, nullptr);
+  bringInFirst(newName, located);
+  if (left) {
+    left->keep();
+    root.leftBehind.clear();
   }
 }
 
@@ -99,7 +163,10 @@ bool readyToSave(QSCfgRoot& root, const std::string& pathname) {
     loadStep(root);
   }
   if (root.loadFailed) {
-    throw QSException("kFileRegistry", __LINE__, kFailure, "registry file was not read");
+    fail(__LINE__, "the store has not been read");
+  }
+  if (!root.unreadable.empty()) {
+    fail(__LINE__, root.unreadable);
   }
   return true;
 }
@@ -108,10 +175,20 @@ bool readyToSave(QSCfgRoot& root, const std::string& pathname) {
 
 ReadResult cfgLoadFile(QSCfgRoot& root, const std::string& pathname) {
   root.fileName = pathname;
-  const StoreHold hold(pathname);
+  root.unreadable.clear();
+  root.leftBehind.clear();
+  std::string located;
   try {
-    return readStore(root, pathname);
-  } catch (...) {
+    located = locateStore(pathname);
+  } catch (const QSException& failure) {
+    countAsUnreadable(root, failure.What());
+    return ReadResult::kWhole;
+  }
+  const StoreHold hold(located);
+  try {
+    return readStore(root, located);
+  } catch (const std::exception& failure) {
+    noteStoreFailure(located, "was not read", failure.what());
     throw QSException("kFileRegistry", __LINE__, kFailure, "registry read failed");
   }
 }
@@ -140,12 +217,14 @@ QSResult cfgSaveFile(enumRegRoot root, std::string& pathname) {
   try {
     QSCfgRoot& record = cfgRootOf(predefinedRootHandle(root));
     const bool ready = readyToSave(record, pathname);
-    const StoreHold store(pathname);
+    const std::string located = locateStore(pathname);
+    const StoreHold store(located);
     if (ready) {
-      replaceStore(*record.section, pathname);
+      replaceStore(record, located);
     }
     return kSuccess;
-  } catch (const std::exception&) {
+  } catch (const std::exception& failure) {
+    noteStoreFailure(pathname, "was not saved", failure.what());
     return kFailure;
   }
 }

@@ -12,6 +12,7 @@
 #include "ltlib/fileregistry/key_path.h"
 #include "ltlib/fileregistry/line_source.h"
 #include "ltlib/fileregistry/store_files.h"
+#include "ltlib/fileregistry/store_swap.h"
 #include "ltlib/fileregistry/text_reader.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/platform/files.h"
@@ -22,7 +23,6 @@ namespace {
 using namespace detail;
 using Platform::FileResult;
 using Kind = StoreFaultKind;
-using OpenFile = std::unique_ptr<Platform::File, FileResult (*)(Platform::File*)>;
 
 // Hands a file over line by line, so that the number of lines taken is known at any moment.
 class CountedLines final : public LineSource {
@@ -192,20 +192,20 @@ void Check::keepTopKeys() {
 }
 
 void checkHeldFile(const std::string& pathname, StoreReport& report) {
-  Platform::FileCalls& calls = Platform::fileCalls();
   Platform::FileStatus found;
-  const FileResult status = calls.status(pathname.c_str(), &found);
+  const FileResult status = Platform::fileCalls().status(pathname.c_str(), &found);
   report.exists = status == FileResult::kDone;
   if (status == FileResult::kAbsent) {
+    report.left = filesLeftBeside(pathname);
     return;
   }
   if (report.exists && !found.regular) {
     report.fault = StoreFault{Kind::kNoFile, 0, {}};
     return;
   }
-  const OpenFile file(calls.openForReading(pathname.c_str()), calls.close);
-  if (file == nullptr) {
-    report.fault = StoreFault{Kind::kUnreadable, 0, {}};
+  Platform::FileHandle file;
+  if (Platform::openFile(pathname, Platform::Links::kRefused, file) != FileResult::kDone) {
+    report.fault = StoreFault{Kind::kUnreadable, 0, Platform::lastFileFailure()};
     return;
   }
   report.exists = true;
@@ -218,6 +218,8 @@ const char* describeStoreFault(StoreFaultKind kind) noexcept {
   switch (kind) {
     case Kind::kLockFailed:
       return "the lock of its folder cannot be taken";
+    case Kind::kForeignLink:
+      return "it is a link that is not followed";
     case Kind::kNoFile:
       return "it is no regular file";
     case Kind::kUnreadable:
@@ -246,13 +248,16 @@ const char* describeStoreFault(StoreFaultKind kind) noexcept {
 
 StoreReport checkStoreFile(const std::string& pathname) {
   StoreReport report;
+  Kind step = Kind::kForeignLink;
   try {
-    const StoreHold hold(pathname);
-    checkHeldFile(pathname, report);
+    const std::string located = locateStore(pathname);
+    step = Kind::kLockFailed;
+    const StoreHold hold(located);
+    checkHeldFile(located, report);
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& failure) {
-    report.fault = StoreFault{Kind::kLockFailed, 0, failure.what()};
+    report.fault = StoreFault{step, 0, failure.what()};
   }
   return report;
 }

@@ -21,6 +21,7 @@ namespace LTLib {
 enum class StoreFaultKind {
   // These stop a load.
   kLockFailed,    // the directory's lock could not be taken; the text says why
+  kForeignLink,   // a link that is not to be followed; the text says why
   kNoFile,        // a folder, a device or the like
   kUnreadable,    // the file cannot be opened
   kReadError,     // the system failed to read on behind this line
@@ -55,6 +56,7 @@ struct StoreTopKey {
 
 struct StoreReport {
   bool exists = false;               // an absent file loads as an empty one
+  std::vector<std::string> left;     // beside an absent file, what a save has left there
   std::optional<StoreFault> fault;   // what stops a load, if anything does
   std::vector<StoreFault> warnings;  // the first kMostStoreWarnings of them, up to the fault
   std::size_t warningCount = 0;      // all of them

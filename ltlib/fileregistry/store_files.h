@@ -6,6 +6,7 @@
 
 #include "ltlib/foundation/mutex.h"
 #include "ltlib/foundation/named_mutex.h"
+#include "ltlib/platform/files.h"
 #include "ltlib/registry/registry_manager.h"
 
 namespace LTLib::detail {
@@ -14,8 +15,13 @@ namespace LTLib::detail {
 [[nodiscard]] std::string defaultFileName(enumRegRoot root);
 
 /// The value of the environment variable that bears the root's name, even an empty one, else the
-/// default file name; empty for a value outside 1 to 5.
+/// default file name; empty for a value outside 1 to 5. A process with more rights than its caller
+/// does not look at the environment.
 [[nodiscard]] std::string cfgDefaultPathname(enumRegRoot root);
+
+/// Where a store's file lies behind the links that its pathname may be. Throws QSException with the
+/// reason where a link is not to be followed or leads nowhere.
+[[nodiscard]] std::string locateStore(const std::string& pathname);
 
 /// The name of the lock of a store file's directory, which the directory's identity file holds;
 /// makes that file if it is missing. Each pathname is looked up once in the life of the process.
@@ -37,17 +43,38 @@ class NamedMutexHold {
   NamedMutex& m_mutex;
 };
 
-/// Keeps other threads and other processes away from the store files of one directory.
-class StoreHold {
+/// Holds the system's lock on a directory's identity file, which all meet who share the directory,
+/// be it from another container, session or machine; a file system without such locks is used
+/// without. One thread may hold it several times. Requires: the stores' lock is held throughout.
+class FolderHold {
  public:
-  /// Throws what cfgLockName and LTLib::NamedMutex throw; nothing is held then.
-  explicit StoreHold(const std::string& pathname);
+  /// Makes the identity file anew with the lock's name if it has gone. Throws as cfgLockName does.
+  FolderHold(const std::string& pathname, const std::string& lockName);
+  ~FolderHold();
+
+  FolderHold(const FolderHold&) = delete;
+  FolderHold& operator=(const FolderHold&) = delete;
 
  private:
-  // Built and undone in this order: the mutex object, the lock between threads, the mutex's lock.
+  Platform::FileIdentity m_identity;
+};
+
+/// Keeps other threads, processes and machines away from the store files of one directory.
+class StoreHold {
+ public:
+  /// `pathname` is that of a store's file itself. Throws what cfgLockName and LTLib::NamedMutex
+  /// throw; nothing is held then.
+  explicit StoreHold(const std::string& pathname) : StoreHold(pathname, cfgLockName(pathname)) {}
+
+ private:
+  StoreHold(const std::string& pathname, const std::string& lockName);
+
+  // Built and undone in this order: the mutex object, the lock between threads, the mutex's lock,
+  // the lock on the file.
   NamedMutex m_mutex;
   ScopedLock m_threads;
   NamedMutexHold m_processes;
+  FolderHold m_folder;
 };
 
 }  // namespace LTLib::detail

@@ -7,7 +7,8 @@ namespace LTLib {
 
 // All three are re-entrant; the tree's lock comes first, as in every operation on the tree.
 struct StoreGuard::Holds {
-  explicit Holds(const std::string& pathname) : tree(detail::treeLock()), store(pathname) {}
+  explicit Holds(const std::string& pathname)
+      : tree(detail::treeLock()), store(detail::locateStore(pathname)) {}
 
   ScopedLock tree;
   detail::StoreHold store;

@@ -1,106 +1,149 @@
 #include "ltlib/fileregistry/store_swap.h"
 
+#include <utility>
+
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/platform/files.h"
 
 namespace LTLib::detail {
 namespace {
 
+using Platform::fileCalls;
 using Platform::FileResult;
 
-// The steps of one swap; whatever was done is undone at the end of an object that did not finish.
-class Swap {
- public:
-  explicit Swap(const std::string& pathname)
-      : m_store(pathname), m_old(pathname + "_old"), m_aside(pathname + "_old_aside") {}
-  ~Swap();
-  Swap(const Swap&) = delete;
-  Swap& operator=(const Swap&) = delete;
+// No longer than "_new" and "_old", so that each name of a store that can be saved once can be
+// saved again.
+constexpr char kFormer[] = "_tmp";
+constexpr const char* kLeftBehind[] = {"_new", "_old", kFormer};
 
-  void setOldAside();
-  void keepStoreAsOld();
-  void bringIn(const std::string& newName);
-  void finish();
-
- private:
-  static Platform::FileCalls& calls() { return Platform::fileCalls(); }
-  static void demand(bool done) {
-    if (!done) {
-      throw QSException("kFileRegistry", __LINE__, kFailure, "registry file cannot be replaced");
-    }
-  }
-  static FileResult rename(const std::string& from, const std::string& to) {
-    return calls().rename(from.c_str(), to.c_str());
-  }
-
-  std::string m_store;
-  std::string m_old;
-  std::string m_aside;
-  bool m_oldIsAside = false;
-  bool m_linked = false;
-  bool m_moved = false;
-  bool m_broughtIn = false;
-  bool m_finished = false;
-};
-
-void Swap::setOldAside() {
-  Platform::FileStatus old;
-  if (calls().status(m_old.c_str(), &old) == FileResult::kDone) {
-    demand(old.regular);
-  }
-  const FileResult result = rename(m_old, m_aside);
-  m_oldIsAside = result == FileResult::kDone;
-  demand(m_oldIsAside || result == FileResult::kAbsent);
+[[noreturn]] void fail(const std::string& text) {
+  throw QSException("kFileRegistry", __LINE__, kFailure, text.c_str());
 }
 
-// A second name keeps the store file in its place; a rename serves where there are none.
-void Swap::keepStoreAsOld() {
-  FileResult result = calls().link(m_store.c_str(), m_old.c_str());
-  m_linked = result == FileResult::kDone;
-  if (result == FileResult::kUnsupported) {
-    result = rename(m_store, m_old);
-    m_moved = result == FileResult::kDone;
-  }
-  demand(result == FileResult::kDone || result == FileResult::kAbsent);
+[[noreturn]] void failWithWords(const std::string& text) {
+  fail(text + ": " + Platform::lastFileFailure());
 }
 
-void Swap::bringIn(const std::string& newName) {
-  m_broughtIn = rename(newName, m_store) == FileResult::kDone;
-  demand(m_broughtIn);
+bool rename(const std::string& from, const std::string& to) {
+  return fileCalls().rename(from.c_str(), to.c_str()) == FileResult::kDone;
 }
 
-void Swap::finish() {
-  const FileResult flushed = calls().flushDirectory(m_store.c_str());
-  demand(flushed == FileResult::kDone || flushed == FileResult::kUnsupported);
-  m_finished = true;
+void remove(const std::string& path) {
+  (void)fileCalls().remove(path.c_str());
 }
 
-Swap::~Swap() {
-  if (m_finished) {
-    (void)calls().remove(m_aside.c_str());
-    return;
+bool flushNames(const std::string& path) {
+  const FileResult flushed = fileCalls().flushDirectory(path.c_str());
+  return flushed == FileResult::kDone || flushed == FileResult::kUnsupported;
+}
+
+// For systems that cannot exchange names: a second name keeps the store file in its place, and a
+// rename serves where there are none. False with the store file as it was.
+bool exchangeByNames(const std::string& newName, const std::string& store,
+                     const std::string& former) {
+  remove(former);
+  const FileResult linked = fileCalls().link(store.c_str(), former.c_str());
+  if (linked != FileResult::kDone &&
+      (linked != FileResult::kUnsupported || !rename(store, former))) {
+    return false;
   }
-  if (m_linked && !m_broughtIn) {
-    // The store file never left its place; it only gives up its second name.
-    (void)calls().remove(m_old.c_str());
-  } else if (m_linked || m_moved) {
-    (void)rename(m_old, m_store);
-  } else if (m_broughtIn) {
-    (void)calls().remove(m_store.c_str());
+  if (rename(newName, store)) {
+    return true;
   }
-  if (m_oldIsAside) {
-    (void)rename(m_aside, m_old);
+  if (linked == FileResult::kDone) {
+    remove(former);
+  } else {
+    (void)rename(former, store);
   }
+  return false;
 }
 
 }  // namespace
 
+// The former version gets the "_old" name last: until then a failure can be taken back.
 void swapStore(const std::string& newName, const std::string& pathname) {
-  Swap swap(pathname);
-  swap.setOldAside();
-  swap.keepStoreAsOld();
-  swap.bringIn(newName);
-  swap.finish();
+  const std::string old = pathname + "_old";
+  std::string former = newName;
+  FileResult exchanged = fileCalls().exchange(newName.c_str(), pathname.c_str());
+  if (exchanged == FileResult::kUnsupported) {
+    former = pathname + kFormer;
+    exchanged =
+        exchangeByNames(newName, pathname, former) ? FileResult::kDone : FileResult::kFailed;
+  }
+  if (exchanged != FileResult::kDone) {
+    const std::string words = Platform::lastFileFailure();
+    remove(newName);
+    fail("the store file cannot be replaced: " + words);
+  }
+  if (flushNames(pathname) && rename(former, old)) {
+    return;
+  }
+  const std::string words = Platform::lastFileFailure();
+  if (former != newName
+          ? !rename(former, pathname)
+          : fileCalls().exchange(newName.c_str(), pathname.c_str()) != FileResult::kDone) {
+    fail("the store file was replaced, but its former version stays " + former + ": " + words);
+  }
+  remove(newName);
+  fail("the former version cannot become " + old + ": " + words);
+}
+
+void bringInFirst(const std::string& newName, const std::string& pathname) {
+  const std::string old = pathname + "_old";
+  if (!rename(newName, pathname)) {
+    const std::string words = Platform::lastFileFailure();
+    remove(newName);
+    fail("the store file cannot get its name: " + words);
+  }
+  if (!flushNames(pathname)) {
+    const std::string words = Platform::lastFileFailure();
+    remove(pathname);
+    fail("the store's folder cannot be flushed: " + words);
+  }
+  remove(old);
+}
+
+std::vector<std::string> filesLeftBeside(const std::string& pathname) {
+  std::vector<std::string> found;
+  for (const char* suffix : kLeftBehind) {
+    Platform::FileStatus ignored;
+    if (fileCalls().status((pathname + suffix).c_str(), &ignored) == FileResult::kDone) {
+      found.push_back(pathname + suffix);
+    }
+  }
+  return found;
+}
+
+// The object is whole before the first file is renamed, so that its end undoes half a start.
+KeptAside::KeptAside(const std::string& pathname) : KeptAside() {
+  const std::vector<std::string> left = filesLeftBeside(pathname);
+  m_kept.reserve(left.size());
+  for (const std::string& path : left) {
+    setAside(path);
+  }
+}
+
+void KeptAside::setAside(const std::string& path) {
+  Names names{path, path};
+  for (const char last : {'~', '1', '2', '3', '4', '5', '6', '7', '8', '9'}) {
+    names.present.back() = last;
+    Platform::FileStatus taken;
+    if (fileCalls().status(names.present.c_str(), &taken) != FileResult::kAbsent) {
+      continue;
+    }
+    if (!rename(names.former, names.present)) {
+      failWithWords("the file " + path + " cannot be set aside");
+    }
+    m_kept.push_back(std::move(names));
+    return;
+  }
+  fail("the file " + path + " cannot be set aside, since names for it are used up");
+}
+
+KeptAside::~KeptAside() {
+  for (const Names& names : m_kept) {
+    (void)rename(names.present, names.former);
+  }
 }
 
 }  // namespace LTLib::detail

@@ -9,8 +9,10 @@
 namespace LTLib::detail {
 namespace {
 
-[[noreturn]] void throwWriteError(int line) {
-  throw QSException("kFileRegistry", line, kFailure, "registry write failed");
+[[noreturn]] void throwNoForm(int line, std::string_view path, const char* what) {
+  std::string text = "the key ";
+  text.append(path).append(what).append(" no line of a store file can hold");
+  throw QSException("kFileRegistry", line, kFailure, text.c_str());
 }
 
 struct FieldForm {
@@ -46,7 +48,8 @@ void LineSink::put(std::string_view text) {
 void LineSink::flush() {
   if (Platform::fileCalls().write(m_file, m_held.data(), m_held.size()) !=
       Platform::FileResult::kDone) {
-    throwWriteError(__LINE__);
+    const std::string text = "registry write failed: " + Platform::lastFileFailure();
+    throw QSException("kFileRegistry", __LINE__, kFailure, text.c_str());
   }
   m_held.clear();
 }
@@ -70,7 +73,7 @@ void cfgWriteFields(LineSink& sink, const QSCfgDataSection& section, std::string
     const QSCfgDataField& field = section.fieldAt(i);
     // What a load brought in and no line can hold would spoil the file for the next reader.
     if (!fieldComesBack(field.name(), field.type(), field.getValue(), ListLines::kJoined)) {
-      throwWriteError(__LINE__);
+      throwNoForm(__LINE__, path, (" has the value " + field.name() + ", which").c_str());
     }
     sink.put(cfgFieldLine(field.name(), field.type(), field.getValue()));
   }
@@ -92,7 +95,7 @@ void cfgWriteSection(LineSink& sink, const QSCfgDataSection& section) {
     path.append(path.empty() ? "" : "\\").append(entered.name());
     if (entered.fieldCount() != 0) {
       if (!headerComesBack(names)) {
-        throwWriteError(__LINE__);
+        throwNoForm(__LINE__, path, " has a name that");
       }
       cfgWriteFields(sink, entered, path);
     }

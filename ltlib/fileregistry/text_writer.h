@@ -19,7 +19,7 @@ struct File;
 namespace detail {
 
 /// Where the writer's lines go. A line that cannot be written is thrown as QSException "registry
-/// write failed", and nothing is written behind it.
+/// write failed", with the system's words behind it, and nothing is written after it.
 class LineSink {
  public:
   explicit LineSink(Platform::File& file) : m_file(file) {}
@@ -44,7 +44,7 @@ class LineSink {
 void cfgWriteFields(LineSink& sink, const QSCfgDataSection& section, std::string_view path);
 
 /// Writes a child of the root and everything below it. What no file can hold is thrown as
-/// QSException "registry write failed" too.
+/// QSException that names it.
 void cfgWriteSection(LineSink& sink, const QSCfgDataSection& section);
 
 }  // namespace detail

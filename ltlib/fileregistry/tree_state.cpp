@@ -16,6 +16,7 @@ struct TreeState {
 struct StoreState {
   Mutex lock;
   std::map<std::string, std::string> names;
+  std::vector<HeldFolder> held;
 };
 
 ltDoOnce_t s_treeOnce;
@@ -86,6 +87,10 @@ Mutex& storeLock() {
 
 std::map<std::string, std::string>& lockNames() {
   return store().names;
+}
+
+std::vector<HeldFolder>& heldFolders() {
+  return store().held;
 }
 
 }  // namespace LTLib::detail

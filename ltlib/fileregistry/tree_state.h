@@ -1,8 +1,8 @@
 // The five trees of the process and the locks that guard them.
 //
 // Lock order, outermost first: the tree's lock, the stores' lock, "qs_config_lock", a directory's
-// named mutex. Everything here is built at first use and never destroyed, so that a destructor
-// that runs late in the process still finds it.
+// named mutex, the system's lock on its identity file. Everything here is built at first use and
+// never destroyed, so that a destructor that runs late in the process still finds it.
 #ifndef LTLIB_FILEREGISTRY_TREE_STATE_H
 #define LTLIB_FILEREGISTRY_TREE_STATE_H
 
@@ -11,9 +11,11 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "ltlib/fileregistry/config_tree.h"
 #include "ltlib/foundation/mutex.h"
+#include "ltlib/platform/files.h"
 #include "ltlib/registry/registry_manager.h"
 
 /// An open key of the file backend: a root and a path. It points at nothing in the tree.
@@ -41,11 +43,20 @@ struct QSCfgRoot {
   bool touched = false;                       // a tree operation has asked for this root
   bool loaded = false;                        // the store file was read to its end
   bool loadFailed = false;                    // the last attempt to read it failed
+  std::string unreadable;                     // why a file that is there counted as empty
+  std::string leftBehind;                     // a missing store beside which a save's files lie
   QSCfgDelivered delivered;                   // by attempts that failed
   QSCfgLastWalk lastWalk;
 };
 
 namespace LTLib::detail {
+
+/// An identity file whose lock this process holds, and how often.
+struct HeldFolder {
+  Platform::FileIdentity identity;
+  Platform::FileHandle file;
+  std::size_t depth = 0;
+};
 
 /// How far a handle lies above the first of the six predefined ones of the system.
 [[nodiscard]] inline std::uint64_t placeOfPredefined(const void* handle) {
@@ -66,11 +77,13 @@ void makeRootSections();
 /// Guards the trees and the root records.
 [[nodiscard]] Mutex& treeLock();
 
-/// Guards the map below and, against other threads of this process, the store files.
+/// Guards what follows and, against other threads of this process, the store files.
 [[nodiscard]] Mutex& storeLock();
 
 /// From a store file's pathname, as it was given, to the name of its directory's lock.
 [[nodiscard]] std::map<std::string, std::string>& lockNames();
+
+[[nodiscard]] std::vector<HeldFolder>& heldFolders();
 
 }  // namespace LTLib::detail
 

@@ -14,12 +14,9 @@ namespace LTLib::detail {
 namespace {
 
 bool markerIsThere() {
-  const Platform::FileCalls& calls = Platform::fileCalls();
-  Platform::File* marker = calls.openForReading(Platform::markerPath("registry.dat").c_str());
-  if (marker != nullptr) {
-    (void)calls.close(marker);
-  }
-  return marker != nullptr;
+  Platform::FileHandle marker;
+  return Platform::openFile(Platform::markerPath("registry.dat"), Platform::Links::kFollowed,
+                            marker) == Platform::FileResult::kDone;
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "ltlib/variables/first_use_load.h"
 
-#include <memory>
 #include <string_view>
 
 #include "ltlib/platform/files.h"
@@ -14,10 +13,8 @@ namespace {
 
 using Platform::FileResult;
 
-struct FileCloser {
-  // Nothing was written, so that there is nothing to lose.
-  void operator()(Platform::File* file) const { (void)Platform::fileCalls().close(file); }
-};
+// Longer than any name of a configuration; a file that holds no such thing must not be taken in.
+constexpr std::size_t kLongestWord = 512;
 
 constexpr std::string_view kWhiteSpace = "\t\n\v\f\r ";
 
@@ -25,10 +22,11 @@ bool isWhiteSpace(char byte) {
   return kWhiteSpace.find(byte) != std::string_view::npos;
 }
 
-// Takes the bytes of a file's first word and tells when it is complete.
+// Takes the bytes of a file's first word and tells when it has ended or is too long to be one.
 class FirstWord {
  public:
-  bool isComplete() const { return m_complete; }
+  bool isComplete() const { return m_complete || isTooLong(); }
+  bool isTooLong() const { return m_word.size() > kLongestWord; }
 
   void take(std::string_view bytes) {
     for (const char byte : bytes) {
@@ -52,20 +50,20 @@ class FirstWord {
 }  // namespace
 
 std::optional<std::string> readConfigFile() {
-  const std::string path = Platform::pathBesideLibrary("config.dat");
-  const Platform::FileCalls& calls = Platform::fileCalls();
-  const std::unique_ptr<Platform::File, FileCloser> file(calls.openForReading(path.c_str()));
-  if (file == nullptr) {
+  Platform::FileHandle file;
+  if (Platform::openFile(Platform::pathBesideLibrary("config.dat"), Platform::Links::kFollowed,
+                         file) != FileResult::kDone) {
     return std::nullopt;
   }
   FirstWord word;
   char piece[256];
   std::size_t taken = 0;
   while (!word.isComplete() &&
-         calls.read(*file, piece, sizeof piece, &taken) == FileResult::kDone && taken != 0) {
+         Platform::fileCalls().read(*file, piece, sizeof piece, &taken) == FileResult::kDone &&
+         taken != 0) {
     word.take({piece, taken});
   }
-  return word.value();
+  return word.isTooLong() ? std::nullopt : std::optional(word.value());
 }
 
 // A value that is no plain text is passed over, and a name that is there already stays as it is.

@@ -11,7 +11,7 @@ class QSConfigVariableManager;
 namespace LTLib::detail {
 
 /// The first word of the file config.dat beside the library, which may be empty; none when there
-/// is no such file.
+/// is no such file, or its first word is longer than 512 bytes.
 [[nodiscard]] std::optional<std::string> readConfigFile();
 
 /// Adds the values of the registry key %PublicVariables%, expanding that name through `manager`.

@@ -20,9 +20,9 @@ using LTLib::checkStoreFile;
 using LTLib::StoreReport;
 
 std::string shown(const LTLib::StoreFault& fault) {
-  constexpr const char* kNames[] = {"lock",   "nofile",   "unreadable", "readerror",
-                                    "header", "unended",  "empty",      "dropped",
-                                    "nokey",  "indented", "outofreach", "notsavable"};
+  constexpr const char* kNames[] = {
+      "lock",  "link",    "nofile", "unreadable", "readerror",  "header",    "unended",
+      "empty", "dropped", "nokey",  "indented",   "outofreach", "notsavable"};
   return kNames[static_cast<int>(fault.kind)] + std::to_string(fault.line) + ' ';
 }
 
@@ -102,7 +102,11 @@ TEST_F(StoreCheck, ReportsWhatTheSystemRefuses) {
     return Platform::FileResult::kFailed;
   };
   EXPECT_EQ(shown(checkStoreFile(store())), "readerror0 ");
-  Platform::fileCalls().openForReading = [](const char*) -> Platform::File* { return nullptr; };
+  static const auto s_open = Platform::fileCalls().open;
+  Platform::fileCalls().open = [](const char* path, Platform::Links links, Platform::File** file) {
+    return std::string(path).ends_with(".cfg") ? Platform::FileResult::kFailed
+                                               : s_open(path, links, file);
+  };
   EXPECT_EQ(shown(checkStoreFile(store())), "unreadable0 ");
   fs::remove(store());
   fs::create_directory(store());

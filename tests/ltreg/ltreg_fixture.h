@@ -81,6 +81,7 @@ class LtregTest : public testing::Test {
              const Store& after) const {
     SCOPED_TRACE(line.substr(0, 200) + " over " + before.value_or("no store"));
     std::filesystem::remove(m_folder.path(kStore));
+    std::filesystem::remove(m_folder.path(kStore) + "_old");
     if (before) {
       m_folder.write(kStore, *before);
     }

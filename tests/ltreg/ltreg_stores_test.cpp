@@ -53,12 +53,13 @@ TEST_F(LtregStores, RefusesWhatIsNoStore) {
 }
 
 TEST_F(LtregStores, LeavesAStoreThatCannotBeSavedAsItWas) {
-  const std::string refusal = "cannot be saved and was left as it was; ";
+  const std::string refusal = "was not saved: ";
   const std::string inTheWay = m_folder.path(std::string(kStore) + "_new");
   fs::create_directory(inTheWay);
-  fails(4, kSet, refusal + "see to it that its folder", kOne);
+  fails(4, kSet, refusal + "the file " + std::string(kStore) + "_new cannot be made: ", kOne);
   fs::remove(inTheWay);
-  fails(4, kSet, refusal + "correct the lines", std::string(kOne) + "\"b\"=binary:x\\\\\n");
+  fails(4, kSet, refusal + "the key A\\B has the value b, which no line",
+        std::string(kOne) + "\"b\"=binary:x\\\\\n");
   EXPECT_FALSE(fs::exists(inTheWay));
 }
 

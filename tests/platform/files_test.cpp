@@ -18,8 +18,8 @@ using std::string_literals::operator""s;
 class Files : public testing::Test {
  protected:
   std::string read(const std::string& path, std::size_t piece) {
-    File* file = m_calls.openForReading(path.c_str());
-    if (file == nullptr) {
+    FileHandle file;
+    if (openFile(path, Links::kRefused, file) != FileResult::kDone) {
       return "<not opened>";
     }
     std::string text;
@@ -29,8 +29,14 @@ class Files : public testing::Test {
       EXPECT_EQ(m_calls.read(*file, buffer.data(), piece, &taken), FileResult::kDone);
       text.append(buffer, 0, taken);
     } while (taken != 0);
-    EXPECT_EQ(m_calls.close(file), FileResult::kDone);
     return text;
+  }
+
+  File* make(const char* like = nullptr) {
+    File* file = nullptr;
+    (void)m_calls.remove(m_new.c_str());
+    EXPECT_EQ(m_calls.create(m_new.c_str(), like, &file), FileResult::kDone);
+    return file;
   }
 
   static std::string bytesOf(const std::string& path) {
@@ -52,7 +58,7 @@ TEST_F(Files, TextsComeBackAsTheyWereWritten) {
     large += i % 3 == 0 ? "\r\n" : "x\n";
   }
   for (const std::string& text : {""s, "a\nb\n"s, "\x1A after\n"s, "\r"s, "\0\n\0"s, large}) {
-    File* file = m_calls.openForWriting(m_new.c_str(), nullptr);
+    File* const file = make();
     ASSERT_NE(file, nullptr);
     EXPECT_EQ(m_calls.write(*file, text.data(), text.size()), FileResult::kDone);
     EXPECT_EQ(m_calls.flush(*file), FileResult::kDone);
@@ -69,15 +75,17 @@ TEST_F(Files, TextsComeBackAsTheyWereWritten) {
 }
 
 TEST_F(Files, FoldersAndAbsentFilesAreTold) {
-  FileStatus found{true, 0};
+  FileStatus found{true, {}};
+  File* file = nullptr;
   const char* const folder = m_folder.path().c_str();
-  EXPECT_EQ(m_calls.openForReading(folder), nullptr);
-  EXPECT_EQ(m_calls.openForWriting(folder, nullptr), nullptr);
+  EXPECT_EQ(read(folder, 1), "<not opened>");
+  EXPECT_EQ(m_calls.create(folder, nullptr, &file), FileResult::kFailed);
+  EXPECT_EQ(m_calls.create(m_one.c_str(), nullptr, &file), FileResult::kFailed) << "it is there";
   EXPECT_NE(m_calls.remove(folder), FileResult::kDone);
   EXPECT_EQ(m_calls.status(folder, &found), FileResult::kDone);
   EXPECT_FALSE(found.regular);
   for (const std::string& absent : {m_new, m_folder.path("no/such"), m_one + "/below"}) {
-    EXPECT_EQ(m_calls.openForReading(absent.c_str()), nullptr);
+    EXPECT_EQ(m_calls.open(absent.c_str(), Links::kRefused, &file), FileResult::kAbsent);
     EXPECT_EQ(m_calls.status(absent.c_str(), &found), FileResult::kAbsent);
     EXPECT_EQ(m_calls.remove(absent.c_str()), FileResult::kAbsent);
     EXPECT_EQ(m_calls.link(absent.c_str(), m_one.c_str()), FileResult::kAbsent);
@@ -90,9 +98,8 @@ TEST_F(Files, OpenFilesAreRenamedAndLinkedWithoutLoss) {
   FileStatus found;
   ASSERT_EQ(m_calls.status(m_one.c_str(), &found), FileResult::kDone);
   EXPECT_TRUE(found.regular);
-  File* const files[] = {m_calls.openForWriting(m_new.c_str(), &found.permissions),
-                         m_calls.openForWriting(m_new.c_str(), &found.permissions),
-                         m_calls.openForReading(m_new.c_str())};
+  File* files[] = {make(m_one.c_str()), nullptr};
+  EXPECT_EQ(m_calls.open(m_new.c_str(), Links::kRefused, &files[1]), FileResult::kDone);
   EXPECT_EQ(fs::status(m_new).permissions(), fs::status(m_one).permissions());
   const std::string second = m_folder.path("second");
   EXPECT_EQ(m_calls.link(m_one.c_str(), m_new.c_str()), FileResult::kFailed);

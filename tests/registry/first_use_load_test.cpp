@@ -104,7 +104,7 @@ class FirstUseLoad : public testing::Test {
 };
 
 TEST_F(FirstUseLoad, ConfigFileNamesTheConfiguration) {
-  const std::string longWord(100000, 'w');
+  const std::string longWord(512, 'w');
   const std::pair<std::string, std::string> cases[] = {
       {" \t\r\n\v\f two  words ", "two"},
       {"one", "one"},
@@ -113,6 +113,7 @@ TEST_F(FirstUseLoad, ConfigFileNamesTheConfiguration) {
       {"a\0b c"s, "a"},
       {"\0a"s, ""},
       {longWord, longWord},
+      {longWord + 'w', "default"},
       {"%CompanyName%", "Tarn Quillmere"},
       {"\xC3\xA4\x1F|x", "\xC3\xA4\x1F|x"},
   };

@@ -1,5 +1,6 @@
 #include "ltlib/platform/process.h"
 
+#include <stdlib.h>
 #include <sys/mman.h>
 #include <time.h>
 #include <unistd.h>
@@ -43,6 +44,10 @@ std::uint32_t processId() noexcept {
     cache->store(id, std::memory_order_relaxed);
   }
   return id;
+}
+
+const char* trustedEnvironment(const char* name) noexcept {
+  return ::secure_getenv(name);
 }
 
 MonotonicTime monotonicTime() noexcept {

@@ -1,10 +1,9 @@
 #include "ltlib/platform/files.h"
 
-#include <sys/stat.h>
-
 #include <cstring>
 
 #include "ltlib/platform/win32/owned_handle.h"
+#include "ltlib/platform/win32/system_words.h"
 
 namespace LTLib::Platform {
 
@@ -40,18 +39,51 @@ FileResult resultOf(BOOL answer) {
   }
 }
 
-File* openForReading(const char* path) {
-  return ownHandle<File>(CreateFileA(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
-                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+FileResult wrap(HANDLE handle, File** file) {
+  *file = ownHandle<File>(handle);
+  if (*file == nullptr && handle != INVALID_HANDLE_VALUE) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+  }
+  return resultOf(*file != nullptr ? TRUE : FALSE);
 }
 
-// Nothing can take the place of a read-only file, and one of one's own could not be removed again.
-File* openForWriting(const char* path, const FilePermissions* permissions) {
-  if (permissions != nullptr && (*permissions & _S_IWRITE) == 0) {
-    return nullptr;
+// Links need a right that few have here, and a save replaces one as it replaces a file.
+FileResult resolve(const char* path, std::string* target) {
+  *target = path;
+  return FileResult::kDone;
+}
+
+FileResult open(const char* path, Links, File** file) {
+  const HANDLE handle = CreateFileA(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle != INVALID_HANDLE_VALUE && GetFileType(handle) != FILE_TYPE_DISK) {
+    CloseHandle(handle);
+    SetLastError(ERROR_INVALID_NAME);
+    *file = nullptr;
+    return FileResult::kFailed;
   }
-  return ownHandle<File>(CreateFileA(path, GENERIC_WRITE, kShareAll, nullptr, CREATE_ALWAYS,
-                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+  return wrap(handle, file);
+}
+
+FileResult createForAll(const char* path, File** file) {
+  return wrap(CreateFileA(path, GENERIC_WRITE, kShareAll, nullptr, CREATE_NEW,
+                          FILE_ATTRIBUTE_NORMAL, nullptr),
+              file);
+}
+
+bool isReadOnly(const char* path) {
+  const DWORD attributes = GetFileAttributesA(path);
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+// Nothing can take the place of a read-only file.
+FileResult create(const char* path, const char* like, File** file) {
+  if (like != nullptr && isReadOnly(like)) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    *file = nullptr;
+    return FileResult::kFailed;
+  }
+  return createForAll(path, file);
 }
 
 bool lastByteWaits(const File& file) {
@@ -129,26 +161,64 @@ FileResult close(File* file) {
   return disposeHandle(file) ? FileResult::kDone : FileResult::kFailed;
 }
 
-FileResult status(const char* path, FileStatus* found) {
-  struct _stat64i32 seen {};
-  if (_stat64i32(path, &seen) != 0) {
-    return errno == ENOENT ? FileResult::kAbsent : FileResult::kFailed;
+// A byte far behind any end of the file, since what is locked here nobody else can read.
+FileResult lock(File& file) {
+  OVERLAPPED place{};
+  place.OffsetHigh = 0x40000000;
+  return resultOf(LockFileEx(file.handle, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &place));
+}
+
+FileResult tell(HANDLE handle, FileStatus* found) {
+  BY_HANDLE_FILE_INFORMATION seen{};
+  if (GetFileInformationByHandle(handle, &seen) == 0) {
+    return resultOf(FALSE);
   }
-  found->regular = (seen.st_mode & _S_IFMT) == _S_IFREG;
-  found->permissions = seen.st_mode & (_S_IREAD | _S_IWRITE);
+  const std::uint64_t number = std::uint64_t{seen.nFileIndexHigh} << 32 | seen.nFileIndexLow;
+  *found = {(seen.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0,
+            {seen.dwVolumeSerialNumber, number}};
   return FileResult::kDone;
 }
 
+FileResult status(const char* path, FileStatus* found) {
+  const HANDLE handle =
+      CreateFileA(path, FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
+                  FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) {
+    return resultOf(FALSE);
+  }
+  const FileResult result = tell(handle, found);
+  CloseHandle(handle);
+  return result;
+}
+
+FileResult statusOf(File& file, FileStatus* found) {
+  return tell(file.handle, found);
+}
+
+// A read-only mark guards a store; it must not keep the files in that a save leaves beside it.
+bool dropReadOnly(const char* path) {
+  return GetLastError() == ERROR_ACCESS_DENIED && isReadOnly(path) &&
+         SetFileAttributesA(path, FILE_ATTRIBUTE_NORMAL) != 0;
+}
+
 FileResult remove(const char* path) {
-  return resultOf(DeleteFileA(path));
+  return resultOf(DeleteFileA(path) != 0 || (dropReadOnly(path) && DeleteFileA(path) != 0));
+}
+
+FileResult rename(const char* from, const char* to) {
+  const auto move = [&] {
+    return MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+  };
+  return resultOf(move() || (dropReadOnly(to) && move()));
+}
+
+// The system knows no such step.
+FileResult exchange(const char*, const char*) {
+  return FileResult::kUnsupported;
 }
 
 FileResult link(const char* path, const char* second) {
   return resultOf(CreateHardLinkA(second, path, nullptr));
-}
-
-FileResult rename(const char* from, const char* to) {
-  return resultOf(MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
 }
 
 // Renames are written through by themselves.
@@ -159,9 +229,14 @@ FileResult flushDirectory(const char*) {
 }  // namespace
 
 FileCalls& fileCalls() noexcept {
-  static FileCalls s_calls{openForReading, openForWriting, read, write,  flush,         close,
-                           status,         remove,         link, rename, flushDirectory};
+  static constinit FileCalls s_calls{resolve, open,   create,   createForAll,  read,     write,
+                                     flush,   lock,   close,    status,        statusOf, remove,
+                                     link,    rename, exchange, flushDirectory};
   return s_calls;
+}
+
+std::string lastFileFailure() {
+  return systemWords(GetLastError());
 }
 
 char directorySeparator() noexcept {

@@ -2,10 +2,18 @@
 
 #include <windows.h>
 
+#include <cstdlib>
+
 namespace LTLib::Platform {
 
 std::uint32_t processId() noexcept {
   return GetCurrentProcessId();
+}
+
+// A process gets more rights than its starter only by the system's own service, which does not pass
+// the environment on.
+const char* trustedEnvironment(const char* name) noexcept {
+  return std::getenv(name);
 }
 
 MonotonicTime monotonicTime() noexcept {
