@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -227,10 +228,108 @@ TEST(NamedMutexFiles, NothingPlantedIsFollowedOrWaitedFor) {
   }
 }
 
-TEST_F(NamedMutexTest, AFileLeftOverNeverBlocks) {
-  std::ofstream(lockFilePath(m_name.text())) << "much that nobody asked for";
-  EXPECT_EQ(passFailure(m_mutex), abandoned(m_name.text()));
-  EXPECT_EQ(readFile(lockFilePath(m_name.text())), "");
+// An odd length is the mark of an owner, and what is told once is over, whatever the length was.
+TEST(NamedMutexFiles, AFileLeftOverNeverBlocks) {
+  for (const std::size_t length : {0u, 1u, 2u, 3u, 26u, 99u}) {
+    SCOPED_TRACE(length);
+    const MutexName name;
+    std::ofstream(lockFilePath(name.text())) << std::string(length, 'x');
+    NamedMutex mutex(name.c_str());
+    EXPECT_EQ(passFailure(mutex), length % 2 == 0 ? "" : abandoned(name.text()));
+    for (int rounds = 0; rounds < 3; ++rounds) {
+      EXPECT_EQ(passFailure(mutex), "");
+    }
+    EXPECT_TRUE(holdsInForked([&] { return lockFailure(mutex).empty(); }));
+    EXPECT_EQ(passFailure(mutex), abandoned(name.text()));
+  }
+}
+
+// The number of the descriptor by which this process has the mutex's file open.
+int descriptorOf(const std::string& name) {
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    if (fs::read_symlink(entry.path(), gone) == lockFilePath(name)) {
+      return std::stoi(entry.path().filename());
+    }
+  }
+  return -1;
+}
+
+// A program closes what it does not know, and a file of its own, locked for others to read along,
+// gets the number.
+TEST(NamedMutexFiles, ADescriptorThatBecameSomebodyElsesIsLeftAlone) {
+  for (const bool held : {false, true}) {
+    for (const bool reused : {false, true}) {
+      SCOPED_TRACE(std::string(held ? "held " : "free ") + (reused ? "reused" : "closed"));
+      const TempFolder folder;
+      const std::string path = folder.write("file", "valuable");
+      const MutexName name;
+      auto mutex = std::make_unique<NamedMutex>(name.c_str());
+      EXPECT_EQ(held ? lockFailure(*mutex) : "", "");
+      const int number = descriptorOf(name.text());
+      ASSERT_GE(number, 3);
+      ::close(number);
+      if (reused) {
+        ASSERT_EQ(::open(path.c_str(), O_RDWR), number);
+        ASSERT_EQ(::flock(number, LOCK_SH), 0);
+      }
+      const auto isUntouched = [&] {
+        const int second = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+        const bool shared = ::flock(second, LOCK_SH | LOCK_NB) == 0;
+        const bool open = !reused || ::fcntl(number, F_GETFD) == 0;
+        return ::close(second) == 0 && shared && open && readFile(path) == "valuable";
+      };
+      EXPECT_TRUE(holdsInForked(isUntouched));
+      EXPECT_EQ(held ? "" : passFailure(*mutex), "");
+      mutex->unlock();
+      EXPECT_TRUE(isUntouched());
+      // Who lost its file under a lock never gave that lock up.
+      EXPECT_EQ(passFailure(*mutex), held ? abandoned(name.text()) : "");
+      EXPECT_EQ(passFailure(*mutex), "");
+      mutex.reset();
+      EXPECT_TRUE(isUntouched());
+      ::close(number);
+    }
+  }
+}
+
+TEST(NamedMutexFiles, NeverTakeTheNumbersOfTheStandardStreams) {
+  const MutexName name;
+  EXPECT_TRUE(holdsInForked([&] {
+    for (const int standard : {0, 1, 2}) {
+      ::close(standard);
+    }
+    NamedMutex mutex(name.c_str());
+    mutex.lock();
+    const bool nothingThere = ::write(1, "told", 4) < 0 && ::write(2, "told", 4) < 0;
+    mutex.unlock();
+    return nothingThere && passFailure(mutex).empty();
+  }));
+}
+
+// With a limit of 0 no file may grow: a try ends the process.
+TEST(NamedMutexFiles, NeedNotGrow) {
+  for (const bool fresh : {true, false}) {
+    for (const bool orderly : {true, false}) {
+      SCOPED_TRACE(std::string(fresh ? "fresh " : "used ") + (orderly ? "orderly" : "abandoned"));
+      const MutexName name;
+      EXPECT_EQ(fresh ? "" : passFailure(*std::make_unique<NamedMutex>(name.c_str())), "");
+      EXPECT_TRUE(holdsInForked([&] {
+        const rlimit none{0, 0};
+        const bool limited = ::setrlimit(RLIMIT_FSIZE, &none) == 0 &&
+                             (fresh || ::geteuid() != 0 || ::setuid(65534) == 0);
+        NamedMutex mutex(name.c_str());
+        const bool passed = passFailure(mutex).empty() && lockFailure(mutex).empty();
+        if (orderly) {
+          mutex.unlock();
+        }
+        return limited && passed;
+      }));
+      NamedMutex mutex(name.c_str());
+      EXPECT_EQ(passFailure(mutex), orderly ? "" : abandoned(name.text()));
+      EXPECT_EQ(passFailure(mutex), "");
+    }
+  }
 }
 
 TEST(NamedMutexFiles, UsersShareAMutexWhoeverMadeIt) {

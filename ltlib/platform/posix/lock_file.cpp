@@ -2,14 +2,17 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <span>
 
+#include "ltlib/platform/posix/descriptors.h"
 #include "ltlib/platform/posix/sha256.h"
 
 namespace LTLib::Platform {
@@ -26,10 +29,16 @@ constexpr std::size_t kLongestPlainName = 64;
 constexpr mode_t kEverybody = 0666;
 
 // O_NONBLOCK keeps a planted pipe or lease from holding the call up.
-constexpr int kOpenFlags = O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+constexpr int kOpenFlags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
 
 // Creation and removal by others can cross with ours; nobody can make that go on for ever.
 constexpr int kAttempts = 100;
+
+// Enough for half a million owners until it has to grow again.
+constexpr rlim_t kFullLength = 1 << 20;
+
+// The mark of a file without length.
+constexpr mode_t kOwnedMode = S_IXUSR;
 
 std::string hexOf(std::span<const std::uint8_t> bytes) {
   constexpr char kDigits[] = "0123456789abcdef";
@@ -60,7 +69,7 @@ int closeWith(int descriptor, int error) noexcept {
 // The file gets its name when its permissions are complete, so that nobody finds a file that he
 // may not open yet.
 int createByLink(const char* path) noexcept {
-  const int descriptor = open(lockFolder(), O_TMPFILE | O_RDWR | O_CLOEXEC, kEverybody);
+  const int descriptor = openAboveStandardStreams(lockFolder(), O_TMPFILE | O_RDWR, kEverybody);
   if (descriptor < 0) {
     return errno;
   }
@@ -72,7 +81,7 @@ int createByLink(const char* path) noexcept {
 }
 
 int createByName(const char* path) noexcept {
-  const int descriptor = open(path, kOpenFlags | O_CREAT | O_EXCL, kEverybody);
+  const int descriptor = openAboveStandardStreams(path, kOpenFlags | O_CREAT | O_EXCL, kEverybody);
   if (descriptor < 0) {
     return errno;
   }
@@ -109,8 +118,47 @@ int accept(LockFile& file, int descriptor) noexcept {
 }
 
 int openExisting(LockFile& file) noexcept {
-  const int descriptor = open(file.path.c_str(), kOpenFlags);
+  const int descriptor = openAboveStandardStreams(file.path.c_str(), kOpenFlags, 0);
   return descriptor < 0 ? errno : accept(file, descriptor);
+}
+
+// An open file keeps its number, so that equal numbers are one file.
+bool isStillOpen(const LockFile& file, struct stat& status) noexcept {
+  return file.descriptor >= 0 && fstat(file.descriptor, &status) == 0 &&
+         status.st_dev == file.device && status.st_ino == file.inode;
+}
+
+bool isMarked(const struct stat& status) noexcept {
+  return status.st_size > 0 ? status.st_size % 2 != 0 : (status.st_mode & kOwnedMode) != 0;
+}
+
+// Even; 0 for a process that may not make files grow.
+off_t longestLength() noexcept {
+  rlimit limit{};
+  const bool known = getrlimit(RLIMIT_FSIZE, &limit) == 0;
+  return static_cast<off_t>(known ? std::min(limit.rlim_cur, kFullLength) / 2 * 2 : 0);
+}
+
+bool setMark(const LockFile& file, const struct stat& status) noexcept {
+  off_t length = status.st_size;
+  if (length <= 2) {
+    length = std::max(length, longestLength());
+  }
+  if (length > 0) {
+    return ftruncate(file.descriptor, length - 1) == 0;
+  }
+  static_cast<void>(!fchmod(file.descriptor, kEverybody | kOwnedMode));
+  return true;
+}
+
+// The mode is that of a file that was not made longer since it was the mark.
+void takeMarkAway(const LockFile& file, const struct stat& status) noexcept {
+  if (status.st_size > 0) {
+    static_cast<void>(!ftruncate(file.descriptor, status.st_size - 1));
+  }
+  if ((status.st_mode & kOwnedMode) != 0) {
+    static_cast<void>(!fchmod(file.descriptor, kEverybody));
+  }
 }
 
 }  // namespace
@@ -125,9 +173,11 @@ std::string lockFilePath(const std::string& name) {
 }
 
 int openLockFile(LockFile& file) noexcept {
-  if (file.descriptor >= 0) {
+  struct stat status {};
+  if (isStillOpen(file, status)) {
     return 0;
   }
+  file.descriptor = -1;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     int error = openExisting(file);
     if (error == ENOENT) {
@@ -142,10 +192,11 @@ int openLockFile(LockFile& file) noexcept {
 }
 
 void closeLockFile(LockFile& file) noexcept {
-  if (file.descriptor >= 0) {
+  struct stat status {};
+  if (isStillOpen(file, status)) {
     close(file.descriptor);
-    file.descriptor = -1;
   }
+  file.descriptor = -1;
 }
 
 int waitForLockFile(const LockFile& file) noexcept {
@@ -158,25 +209,24 @@ int waitForLockFile(const LockFile& file) noexcept {
 }
 
 LockFileState markLockFile(const LockFile& file) noexcept {
-  struct stat named {};
-  if (lstat(file.path.c_str(), &named) != 0) {
-    return errno == ENOENT ? LockFileState::kReplaced : LockFileState::kFailed;
-  }
-  // An open file keeps its number, so that equal numbers are one file.
-  if (named.st_dev != file.device || named.st_ino != file.inode) {
+  struct stat status {};
+  if (!isStillOpen(file, status) || status.st_nlink != 1) {
     return LockFileState::kReplaced;
   }
-  if (named.st_size != 0) {
+  if (isMarked(status)) {
     return LockFileState::kAbandoned;
   }
-  return ftruncate(file.descriptor, 1) == 0 ? LockFileState::kFree : LockFileState::kFailed;
+  return setMark(file, status) ? LockFileState::kFree : LockFileState::kFailed;
 }
 
-void unmarkLockFile(const LockFile& file) noexcept {
-  static_cast<void>(!ftruncate(file.descriptor, 0));
-}
-
-void unlockLockFile(const LockFile& file) noexcept {
+void giveUpLockFile(const LockFile& file, LockFileEnd end) noexcept {
+  struct stat status {};
+  if (!isStillOpen(file, status)) {
+    return;
+  }
+  if (end == LockFileEnd::kReleased) {
+    takeMarkAway(file, status);
+  }
   flock(file.descriptor, LOCK_UN);
 }
 

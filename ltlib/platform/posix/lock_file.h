@@ -1,14 +1,25 @@
 // The file behind a named lock: where it lies, how it is opened, taken and given up.
 //
 // The kernel's lock on the open file excludes other processes and goes with its holder, however
-// that ends. The length of the file is the mark of an owner: 1 while the lock is owned, 0 while it
-// is free, so that one who obtains a marked file knows that the last owner never gave it up. A
-// length needs no room on the device, and nothing else of the file is ever looked at.
+// that ends. The length of the file is the mark of an owner: odd while the lock is owned, even while
+// it is free, so that one who obtains a marked file knows that the last owner never gave it up. Each
+// step takes one byte away, since a process may be forbidden to make files grow; where a file is
+// used up, one that may makes it long again. A length needs no room on the device, and the bytes
+// are never looked at.
+//
+// A file without length is one that nobody could make long so far. Of such a file the owner's right
+// to execute it is the mark, which only the user who owns the file and root can set: the end of
+// another user that may not make files grow goes untold.
 //
 // Every user of the machine may write the file and so can forge or erase that mark: the worst is a
 // false report or a missed one. Who creates a file first owns it: that user can keep others from
-// opening it, which fails, and can remove it under its holders, as a cleaner can. Whoever comes
-// after a removal gets a new file and does not meet the holder of the old one.
+// opening it, which fails, and can remove or rename it under those who have it open, as a cleaner
+// can. Whoever opens the lock after that gets a new file and does not meet the holder of the old
+// one; who has a removed file open moves on to the new one with the next lock.
+//
+// A program may close descriptors that it does not know, and the number may come back as a file of
+// its own. Each call therefore makes sure that the number still stands for the lock file, and
+// leaves it alone where it does not.
 #ifndef LTLIB_PLATFORM_POSIX_LOCK_FILE_H
 #define LTLIB_PLATFORM_POSIX_LOCK_FILE_H
 
@@ -29,8 +40,9 @@ struct LockFile {
   ino_t inode = 0;
 };
 
-/// Opens the file, creating it for all users if need be; does nothing on an open one. Gives 0 or
-/// the system's number: for a link, a folder or anything but a regular file with one name too.
+/// Opens the file, creating it for all users if need be; does nothing on one that is open still.
+/// Gives 0 or the system's number: for a link, a folder or anything but a regular file with one
+/// name too.
 [[nodiscard]] int openLockFile(LockFile& file) noexcept;
 
 /// Closes the file, which gives its lock up unless a forked child still has a copy open.
@@ -43,18 +55,19 @@ void closeLockFile(LockFile& file) noexcept;
 enum class LockFileState {
   kFree,       // nobody's: now marked as owned
   kAbandoned,  // marked by an owner that is no more: still marked
-  kReplaced,   // no longer the file of that name
-  kFailed,     // cannot be looked at or marked; errno says why
+  kReplaced,   // no longer the file of that name, or closed by others
+  kFailed,     // cannot be marked; errno says why
 };
 
 /// Looks at the locked file and marks it as owned.
 [[nodiscard]] LockFileState markLockFile(const LockFile& file) noexcept;
 
-/// Takes the owner's mark away. Requires: the lock is held.
-void unmarkLockFile(const LockFile& file) noexcept;
+/// What a file's owner leaves behind.
+enum class LockFileEnd { kReleased, kAbandoned };
 
-/// Gives the lock up and leaves the mark as it is. Copies in forked children do not keep it.
-void unlockLockFile(const LockFile& file) noexcept;
+/// Gives the lock up, and takes the owner's mark away unless it is to tell the next owner. Copies
+/// of the descriptor in forked children do not keep the lock. Requires: the lock is held.
+void giveUpLockFile(const LockFile& file, LockFileEnd end) noexcept;
 
 }  // namespace LTLib::Platform
 

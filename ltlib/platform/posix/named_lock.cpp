@@ -50,10 +50,10 @@ void disposeIfUnused(NamedLock* lock) noexcept {
   }
 }
 
-void giveUp(NamedLock& lock) noexcept {
+void giveUp(NamedLock& lock, LockFileEnd end) noexcept {
   lock.depth = 0;
   lock.nextHeld = nullptr;
-  unlockLockFile(lock.file);
+  giveUpLockFile(lock.file, end);
   leaveThreadLock(lock.threads);
 }
 
@@ -62,7 +62,7 @@ void abandonAll(void* head) noexcept {
   const ThreadLockScope guard(s_guard);
   for (auto* lock = static_cast<NamedLock*>(head); lock != nullptr;) {
     NamedLock* next = lock->nextHeld;
-    giveUp(*lock);
+    giveUp(*lock, LockFileEnd::kAbandoned);
     disposeIfUnused(lock);
     lock = next;
   }
@@ -150,7 +150,8 @@ NamedLockWait failed(int error) noexcept {
   return {NamedLockStatus::kFailed, static_cast<unsigned long>(error)};
 }
 
-// A child of a fork opens the file anew, and so does one whose file was removed by a cleaner.
+// A child of a fork opens the file anew, and so does one whose file was removed by a cleaner or
+// closed by somebody else.
 int reopenFile(LockFile& file, bool replaced) noexcept {
   const ThreadLockScope guard(s_guard);
   if (replaced) {
@@ -165,6 +166,9 @@ NamedLockWait takeFile(LockFile& file) noexcept {
     if (error == 0) {
       error = waitForLockFile(file);
     }
+    if (error == EBADF) {
+      continue;
+    }
     if (error != 0) {
       return failed(error);
     }
@@ -175,7 +179,7 @@ NamedLockWait takeFile(LockFile& file) noexcept {
         return {NamedLockStatus::kAbandoned, 0};
       case LockFileState::kFailed:
         error = errno;
-        unlockLockFile(file);
+        giveUpLockFile(file, LockFileEnd::kAbandoned);
         return failed(error);
       case LockFileState::kReplaced:
         break;
@@ -225,10 +229,8 @@ NamedLockWait waitForNamedLock(NamedLock& lock) noexcept {
   }
   if (!addToHeld(lock)) {
     // The next owner is still to hear of an abandoned lock.
-    if (wait.status == NamedLockStatus::kObtained) {
-      unmarkLockFile(lock.file);
-    }
-    giveUp(lock);
+    giveUp(lock, wait.status == NamedLockStatus::kObtained ? LockFileEnd::kReleased
+                                                           : LockFileEnd::kAbandoned);
     return failed(ENOMEM);
   }
   lock.depth = 1;
@@ -240,8 +242,7 @@ void releaseNamedLock(NamedLock& lock) noexcept {
     return;
   }
   removeFromHeld(lock);
-  unmarkLockFile(lock.file);
-  giveUp(lock);
+  giveUp(lock, LockFileEnd::kReleased);
 }
 
 void closeNamedLock(NamedLock* lock) noexcept {
