@@ -92,6 +92,26 @@ TEST(RWLock, GuardsHoldWhatTheyName) {
   EXPECT_EQ(value, 3L * kRounds);
 }
 
+// Whoever finds under the lock that nobody else is to come may delete it, though the one that let
+// it in is still on its way out.
+TEST(RWLock, TheLastOneOutDeletes) {
+  constexpr int kThreads = 4;
+  for (int round = 0; round < 1000; ++round) {
+    auto* const lock = new LTLib::RWLock;
+    int left = kThreads;
+    LTLib::Testing::runTogether(kThreads, [&](int) {
+      lock->readLock();
+      lock->unlock();
+      lock->writeLock();
+      const bool isLast = --left == 0;
+      lock->unlock();
+      if (isLast) {
+        delete lock;
+      }
+    });
+  }
+}
+
 TEST(RWLock, ReportsARefusedEvent) {
   const auto refuse = [](Platform::EventReset) noexcept -> Platform::Event* { return nullptr; };
   EXPECT_THROW(RWLockImpl{refuse}, QSException);

@@ -51,7 +51,10 @@ Event* createEvent(EventReset reset) noexcept {
   return new (std::nothrow) Event(reset);
 }
 
+// Whoever it lets through may free the event at once, so that nothing of it is read after that. A
+// wake-up goes by the word's address alone.
 void setEvent(Event& event) noexcept {
+  const EventReset reset = event.reset;
   std::uint32_t now = event.word.load(std::memory_order_relaxed);
   do {
     if (isOpen(now)) {
@@ -59,7 +62,7 @@ void setEvent(Event& event) noexcept {
     }
   } while (!event.word.compare_exchange_weak(now, (now + kOneOpening) | kOpen,
                                              std::memory_order_release, std::memory_order_relaxed));
-  if (event.reset == EventReset::kManual) {
+  if (reset == EventReset::kManual) {
     event.word.notify_all();
   } else {
     event.word.notify_one();
