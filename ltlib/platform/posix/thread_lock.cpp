@@ -1,6 +1,7 @@
 #include "ltlib/platform/thread_lock.h"
 
 #include <linux/futex.h>
+#include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -18,11 +19,15 @@ enum State : std::uint32_t { kFree, kHeld, kHeldWithWaiters };
 static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t) &&
               std::atomic<std::uint32_t>::is_always_lock_free);
 
-// Its address tells threads apart: one instruction, where the system's own numbers cost a call.
-__attribute__((tls_model("initial-exec"))) thread_local const char s_thread = 0;
-
+// Where the system keeps its data on the thread tells threads apart: one instruction, where a number
+// costs a call, and an object of our own at a place as quick to find would keep the library from
+// being loaded late.
 const void* currentThread() noexcept {
-  return &s_thread;
+#if defined(__x86_64__) || defined(__i386__) || defined(__aarch64__)
+  return __builtin_thread_pointer();
+#else
+  return reinterpret_cast<const void*>(pthread_self());
+#endif
 }
 
 void sleepWhileContended(std::atomic<std::uint32_t>& state) noexcept {
