@@ -8,7 +8,10 @@ iqsDispatcher::~iqsDispatcher() = default;
 ltDispatcher::ltDispatcher() = default;
 
 ltDispatcher::~ltDispatcher() {
-  for (const ltDispatcherEntry* entry : m_entries) {
+  // Out of the table first, since the objects that go may come back here.
+  decltype(m_entries) ended;
+  ended.swap(m_entries);
+  for (const ltDispatcherEntry* entry : ended) {
     delete entry;
   }
 }
@@ -24,7 +27,7 @@ void ltDispatcher::Remove(const iqs_ptr<iqsEventTopic>& topic,
                           const iqs_ptr<iqsEventFilter>& filter) {
   ltDispatcherEntry searched{topic, handler, filter};
   const auto [first, last] = m_entries.equal_range(&searched);
-  // Out of the tree first, since the objects that go may come back here.
+  // Out of the table first, here too.
   const std::vector<std::unique_ptr<ltDispatcherEntry>> removed(first, last);
   m_entries.erase(first, last);
 }

@@ -41,7 +41,8 @@ class LTLIB_EXPORT ltDispatcher : public iqsDispatcher {
  public:
   ltDispatcher();
 
-  /// Releases every subscription in the order of the table: filter, handler, topic.
+  /// Releases every subscription in the order of the table: filter, handler, topic. Those that go
+  /// may still call Remove, which finds an empty table.
   ~ltDispatcher() override;
 
   void Add(const iqs_ptr<iqsEventTopic>& topic, const iqs_ptr<iqsEventHandler>& handler,

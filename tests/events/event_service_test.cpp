@@ -82,6 +82,31 @@ TEST(Dispatcher, RemoveTakesAllSubscriptionsOfATopicAndTheEndTakesTheRest) {
   EXPECT_EQ(s_calls, "dfhtfht");
 }
 
+// Ends the subscriptions of its topic, its own among them, when it goes.
+struct Leaving final : iqsEventHandler {
+  Leaving(ltDispatcher& from, const iqs_ptr<iqsEventTopic>& about)
+      : dispatcher(from), topic(about) {}
+  ~Leaving() override {
+    s_calls += 'l';
+    dispatcher.Remove(topic, {}, {});
+  }
+  ltDispatcher& dispatcher;
+  iqs_ptr<iqsEventTopic> topic;
+};
+
+TEST(Dispatcher, HandlersMayComeBackWhenItEnds) {
+  {
+    const ltDispatcherEntry one = entry(1);
+    Filled dispatcher;
+    dispatcher.insert(
+        {one.topic, iqs_ptr<iqsEventHandler>(new Leaving(dispatcher, one.topic)), {}});
+    dispatcher.insert({one.topic, iqs_ptr<iqsEventHandler>(new Handler), {}});
+    dispatcher.insert(entry(2));
+    s_calls.clear();
+  }
+  EXPECT_EQ(s_calls, "dlhfhtfht");
+}
+
 TEST(EventManager, OwnsItsDispatcherWhateverTheCount) {
   s_calls.clear();
   {
