@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
+#include <string_view>
 
 namespace {
 
@@ -23,7 +24,7 @@ int threshold() {
   return value;
 }
 
-// The line goes out in one call, so that lines of several threads do not mix.
+// The line goes out in one call, so that lines of several threads do not mix. It may hold any byte.
 void write(const std::basic_ostream<char>& message, const char* file, long line, const char* tag,
            const char* function) {
   std::stringstream text;
@@ -33,7 +34,8 @@ void write(const std::basic_ostream<char>& message, const char* file, long line,
     text.clear();
   }
   text << '\n';
-  std::fputs(text.str().c_str(), stderr);
+  const std::string_view whole = text.view();
+  std::fwrite(whole.data(), 1, whole.size(), stderr);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@ constexpr char kSource[] = "kqsresult";
 constexpr char kTag[] = "QSRESULT:";
 constexpr char kUnknownFile[] = "No specific file info";
 constexpr char kNoMessage[] = "No specific error message";
+constexpr char kGeneric[] = "Generic application exception";
 
 std::uint32_t bitsOf(QSResult value) {
   return static_cast<std::uint32_t>(value);
@@ -129,7 +130,11 @@ std::string QSException::What() const {
 
 const char* QSException::what() const noexcept {
   if (m_message.empty()) {
-    m_message = DoWhat();
+    try {
+      m_message = DoWhat();
+    } catch (...) {
+      return kGeneric;
+    }
   }
   return m_message.c_str();
 }
@@ -140,8 +145,7 @@ const char* QSException::File() const {
 
 std::string QSException::DoWhat() const {
   std::stringstream text;
-  text << "Generic application exception"
-       << ":"
+  text << kGeneric << ":"
        << " On file: " << File() << ":" << Line();
   return text.str();
 }

@@ -4,7 +4,8 @@
 // `what` may store the text that it gives.
 // Ownership: an exception copies its message; the source file name is borrowed for the life of
 // the exception and of every copy of it, in practice a string literal.
-// Failure: only memory can run out; the standard library's exception then leaves the constructor.
+// Failure: only memory can run out; the standard library's exception then leaves the constructor, or
+// What.
 #ifndef LTLIB_FOUNDATION_KQSRESULT_H
 #define LTLIB_FOUNDATION_KQSRESULT_H
 
@@ -100,11 +101,13 @@ class LTLIB_EXPORT QSException : public std::exception {
   QSException& operator=(const QSException& other);
   ~QSException() override;
 
-  /// The message, or the text of DoWhat where there is none. Stores nothing.
+  /// The message, or the text of DoWhat where there is none. Stores nothing, and lets through what
+  /// DoWhat throws.
   std::string What() const;
 
-  /// As What, but the text of DoWhat becomes the message. The pointer stays valid while the
-  /// exception lives and is not assigned to.
+  /// As What, but the text of DoWhat becomes the message; where DoWhat throws, the text is "Generic
+  /// application exception" and none is kept. The pointer stays valid while the exception lives and
+  /// is not assigned to.
   const char* what() const noexcept override;
 
   /// The code given at construction.
@@ -115,7 +118,8 @@ class LTLIB_EXPORT QSException : public std::exception {
   int Line() const { return m_origin.line; }
 
  protected:
-  /// The text of an exception without a message; a derived class may have its own.
+  /// The text of an exception without a message; a derived class may have its own. Should not
+  /// throw: whoever asks for the text is handling a failure already.
   virtual std::string DoWhat() const;
 
  private:

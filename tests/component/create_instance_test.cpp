@@ -1,4 +1,5 @@
 // Each way in which a creation can end: result, text, trace and references.
+#include <sstream>
 #include <stdexcept>
 
 #include "tests/component/component_fixture.h"
@@ -118,6 +119,15 @@ TEST_F(CreateInstanceTest, WhatNobodyCatchesPassesThrough) {
   void* out = nullptr;
   EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.ThrowsNumber", &out), int);
   EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.InitThrows", &out), std::runtime_error);
+}
+
+TEST(Tracer, WritesWholeLinesWhateverTheyHold) {
+  testing::internal::CaptureStderr();
+  const std::stringstream message(std::string("one\0two", 7));
+  static_cast<void>(QSException("f", 1, kFailure, message));
+  const std::string shown = testing::internal::GetCapturedStderr();
+  EXPECT_NE(shown.find(std::string("one\0two' constructed at : f:1", 29)), std::string::npos);
+  EXPECT_EQ(shown.back(), '\n');
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <new>
 #include <sstream>
 
 #include "tests/support/recording_tracer.h"
@@ -133,6 +134,17 @@ TEST(QSException, ADescriptionServesWithoutAMessageAndIsKeptByWhat) {
   empty.text = "";
   EXPECT_EQ(empty.what() + std::string(empty.what()), "");
   EXPECT_EQ(empty.asked, 2);
+}
+
+struct Speechless : QSException {
+  using QSException::QSException;
+  std::string DoWhat() const override { throw std::bad_alloc(); }
+};
+
+TEST(QSException, ADescriptionThatThrowsLeavesAPlainText) {
+  const Speechless exception(kFailure);
+  EXPECT_STREQ(exception.what(), "Generic application exception");
+  EXPECT_THROW(static_cast<void>(exception.What()), std::bad_alloc);
 }
 
 }  // namespace
