@@ -10,6 +10,8 @@
 namespace ltreg {
 namespace {
 
+using LTLib::CreationStep;
+
 std::string inHexadecimal(QSResult result) {
   char text[11];
   std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned int>(result));
@@ -18,6 +20,17 @@ std::string inHexadecimal(QSResult result) {
 
 Verdict faulty(const std::string& text) {
   return {ExitCode::kBadInput, text};
+}
+
+// What was thrown, as it stands behind "throws". Requires: an exception is being handled.
+std::string currentException() {
+  try {
+    throw;
+  } catch (const std::exception& failure) {
+    return std::string(": ") + failure.what();
+  } catch (...) {
+    return " what is no std::exception";
+  }
 }
 
 // The process that started this one has told of the store's warnings.
@@ -72,38 +85,47 @@ Verdict loadAndReport(const std::string& id, const std::vector<ClassEntry>& clas
   }
 }
 
-// What iqs_CoCreateInstance does, step by step, so that each can be told from the others.
-Verdict createVerdict(iqsDllLoader::CreateUnknown factory) {
-  const char* step = "the factory";
+std::string nameOf(CreationStep step) {
+  switch (step) {
+    case CreationStep::kLoad:
+      return "the loader";
+    case CreationStep::kFactory:
+    case CreationStep::kObject:
+      return "the factory";
+    case CreationStep::kInit:
+      return "Init";
+    case CreationStep::kFace:
+      return "InnerQueryInterface";
+    default:
+      return "the release of the object";
+  }
+}
+
+// What a creation says that gave no object.
+Verdict verdictOnFailure(CreationStep step, QSResult result, const std::string& error) {
+  if (step == CreationStep::kLoad) {
+    return faulty("the class is of the plain form, and '--create' makes components alone");
+  }
+  if (step == CreationStep::kObject) {
+    return faulty("the factory reports success and gives no object");
+  }
+  return faulty(nameOf(step) +
+                (error.empty() ? " fails with " + inHexadecimal(result) : " throws: " + error));
+}
+
+// Requires: the class is loaded and has a factory.
+Verdict createVerdict(const std::string& id) {
+  CreationStep step{};
   try {
-    iqsCUnknown* object = nullptr;
-    if (const QSResult made = factory(nullptr, &object); made < 0) {
-      return faulty("the factory fails with " + inHexadecimal(made));
-    }
-    if (object == nullptr) {
-      return faulty("the factory reports success and gives no object");
-    }
-    step = "Init";
-    const QSResult ready = object->Init();
-    step = "InnerQueryInterface";
     void* face = nullptr;
-    const QSResult found =
-        ready >= 0 ? object->InnerQueryInterface(LTLib::kUnknownID, &face) : ready;
-    step = "the release of the object";
-    object->InnerRelease();
-    if (ready < 0) {
-      return faulty("Init fails with " + inHexadecimal(ready));
-    }
-    if (found < 0) {
-      return faulty("the object gives no public face, but " + inHexadecimal(found));
+    std::string error;
+    const QSResult result = LTLib::createInstance(nullptr, id.c_str(), &face, error, step);
+    if (result < 0) {
+      return verdictOnFailure(step, result, error);
     }
     static_cast<iqsUnknown*>(face)->Release();
-  } catch (const QSException& failure) {
-    return faulty(std::string(step) + " throws: " + failure.What());
-  } catch (const std::exception& failure) {
-    return faulty(std::string(step) + " throws: " + failure.what());
   } catch (...) {
-    return faulty(std::string(step) + " throws what is no std::exception");
+    return faulty(nameOf(step) + " throws" + currentException());
   }
   return {};
 }
@@ -117,7 +139,7 @@ ExitCode probeClass(const Request& request, Output& output) {
   Verdict verdict = loadAndReport(id, classes);
   if (request.create && verdict.code == ExitCode::kDone) {
     tell(output, Stage::kCreating);
-    const Verdict created = createVerdict(iqsDllLoader::iqsGetCreateInstance(id.c_str(), nullptr));
+    const Verdict created = createVerdict(id);
     verdict = created.code == ExitCode::kDone
                   ? Verdict{created.code, verdict.text + ", and an object was made and released"}
                   : created;

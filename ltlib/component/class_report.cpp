@@ -12,6 +12,11 @@ std::optional<LTLib::ClassReport> LTLib::reportClass(const iqsID& id) {
     return std::nullopt;
   }
   const ScopedLock hold(tables->loadLock);
-  return ClassReport{record->dllPath, record->loadCount, record->module != nullptr,
-                     record->create != nullptr, record->loadFailure};
+  const bool isPlain = record->createPlain != nullptr;
+  return ClassReport{.library = record->dllPath,
+                     .loadCount = record->loadCount,
+                     .isLoaded = record->module != nullptr,
+                     .hasFactory = isPlain || record->createUnknown != nullptr,
+                     .isPlain = isPlain,
+                     .loadFailure = record->loadFailure};
 }

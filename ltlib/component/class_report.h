@@ -18,6 +18,7 @@ struct ClassReport {
   std::uint32_t loadCount;  // loads that nobody has undone
   bool isLoaded;            // through this class
   bool hasFactory;          // a registrar of the class is alive
+  bool isPlain;             // and it is of the plain form
   std::string loadFailure;  // the system's reason for the last load's failure; empty after success
 };
 

@@ -21,16 +21,6 @@ constexpr char kValueName[] = "InprocServer";
 constexpr std::size_t kTextSize = 1024;
 constexpr std::uint32_t kPinned = std::numeric_limits<std::uint32_t>::max();
 
-// A record keeps factories of both forms in one field. The type in between is the one that every
-// function may be cast to.
-iqsDllLoader::CreatePlain toPlain(iqsDllLoader::CreateUnknown create) {
-  return reinterpret_cast<iqsDllLoader::CreatePlain>(reinterpret_cast<void (*)()>(create));
-}
-
-iqsDllLoader::CreateUnknown fromPlain(iqsDllLoader::CreatePlain create) {
-  return reinterpret_cast<iqsDllLoader::CreateUnknown>(reinterpret_cast<void (*)()>(create));
-}
-
 char* copyOf(const char* text) {
   const std::size_t size = std::strlen(text) + 1;
   return static_cast<char*>(std::memcpy(new char[size], text, size));
@@ -149,7 +139,7 @@ void* iqsDllLoader::CreateInstance(FactoryDll* factory) {
   }
   const ScopedLock holdLoads(tables->loadLock);
   const ScopedLock hold(tables->factoryLock);
-  const CreatePlain create = factory->create;
+  const CreatePlain create = factory->createPlain;
   return create != nullptr ? create() : nullptr;
 }
 
@@ -168,21 +158,23 @@ void iqsDllLoader::ReleaseInstance(FactoryDll* factory, void* instance) {
 
 iqsDllLoader::CreateUnknown iqsDllLoader::iqsGetCreateInstance(const iqsID& id, char** error) {
   const FactoryDll* const record = Load(id, error);
-  return record != nullptr ? fromPlain(record->create) : nullptr;
+  return record != nullptr ? record->createUnknown.load() : nullptr;
 }
 
 iqsDllLoader::Registrar::Registrar(const iqsID& id, CreateUnknown create) {
-  Register(id, toPlain(create), nullptr);
+  Register(id, create, nullptr, nullptr);
 }
 
 iqsDllLoader::Registrar::Registrar(const iqsID& id, CreatePlain create, ReleasePlain release) {
-  Register(id, create, release);
+  Register(id, nullptr, create, release);
 }
 
 // An exception out of a static object would end the process.
-void iqsDllLoader::Registrar::Register(const iqsID& id, CreatePlain create, ReleasePlain release) {
+void iqsDllLoader::Registrar::Register(const iqsID& id, CreateUnknown createUnknown,
+                                       CreatePlain createPlain, ReleasePlain release) {
   DllLoaderTables* const tables = dllLoaderTables();
-  if (create == nullptr || id.text() == nullptr || tables == nullptr) {
+  const bool hasFactory = createUnknown != nullptr || createPlain != nullptr;
+  if (!hasFactory || id.text() == nullptr || tables == nullptr) {
     return;
   }
   try {
@@ -190,7 +182,8 @@ void iqsDllLoader::Registrar::Register(const iqsID& id, CreatePlain create, Rele
     if (record != nullptr) {
       const ScopedLock hold(tables->factoryLock);
       m_factory = record;
-      record->create = create;
+      record->createUnknown = createUnknown;
+      record->createPlain = createPlain;
       record->release = release;
     }
   } catch (...) {
@@ -207,7 +200,8 @@ iqsDllLoader::Registrar::~Registrar() {
   if (FactoryDll* const record = std::exchange(m_factory, nullptr); record != nullptr) {
     record->loadCount = 0;
     record->module = nullptr;
-    record->create = nullptr;
+    record->createUnknown = nullptr;
+    record->createPlain = nullptr;
     record->release = nullptr;
   }
 }

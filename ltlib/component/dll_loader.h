@@ -7,7 +7,8 @@
 // record, which stays for the life of the process; the file is read from the registry once, a class
 // without an entry is asked for again each time.
 //
-// A class registers one of two kinds of factory, and is created by the route of that kind:
+// A class registers one of two kinds of factory, and is created by the route of that kind alone; by
+// the other it has no factory:
 //
 // | form    | the factory makes                   | route                                         |
 // |---------|-------------------------------------|-----------------------------------------------|
@@ -65,7 +66,7 @@ class LTLIB_EXPORT iqsDllLoader {
   /// the library stays for good.
   static void Unload(FactoryDll* factory);
 
-  /// A new object of a class of the plain form; null when the class has no factory, and for null.
+  /// A new object of a class of the plain form; null for any other class, and for null.
   static void* CreateInstance(FactoryDll* factory);
 
   /// Hands an object of the plain form back to its class. Nothing happens without a release
@@ -73,7 +74,7 @@ class LTLIB_EXPORT iqsDllLoader {
   static void ReleaseInstance(FactoryDll* factory, void* instance);
 
   /// As Load, which nobody undoes, and then the factory of a class of the unknown form; null when
-  /// the load fails, and without a text when the library registered none.
+  /// the load fails, and without a text when the library registered none of that form.
   static CreateUnknown iqsGetCreateInstance(const iqsID& id, char** error);
 };
 
@@ -90,7 +91,9 @@ class LTLIB_EXPORT iqsDllLoader::Registrar {
   Registrar& operator=(const Registrar&) = delete;
 
  private:
-  void Register(const iqsID& id, CreatePlain create, ReleasePlain release);
+  // One of the two factories is null.
+  void Register(const iqsID& id, CreateUnknown createUnknown, CreatePlain createPlain,
+                ReleasePlain release);
 
   FactoryDll* m_factory = nullptr;
 };

@@ -10,20 +10,21 @@
 
 #include "ltlib/component/dll_loader.h"
 
-/// The fields are atomic since `create` is read without a lock, and since the destructor of a
-/// registrar resets them all under the factory lock alone. What a creation touches comes first, in
-/// one line of the cache.
+/// A class has the factory of one form at most. The fields are atomic since `createUnknown` is read
+/// without a lock, and since the destructor of a registrar resets them all under the factory lock
+/// alone. What a creation touches comes first, in one line of the cache.
 struct alignas(64) iqsDllLoader::FactoryDll {
   FactoryDll(std::string_view id, std::string_view path) : classId(id), dllPath(path) {}
 
   const std::string classId;
-  FactoryDll* next = nullptr;                  // in its chain of the index; constant once added
-  std::atomic<CreatePlain> create{nullptr};    // written under the factory lock; of either form
-  std::atomic<std::uint32_t> loadCount{0};     // rises from 0 and falls under the load lock
-  std::atomic<ReleasePlain> release{nullptr};  // factory lock
-  std::atomic<void*> module{nullptr};          // load lock
-  const std::string dllPath;                   // as the registry had it, never expanded
-  std::string loadFailure;                     // load lock; the system's words for the last failure
+  FactoryDll* next = nullptr;  // in its chain of the index; constant once added
+  std::atomic<CreateUnknown> createUnknown{nullptr};  // written under the factory lock
+  std::atomic<std::uint32_t> loadCount{0};            // rises from 0 and falls under the load lock
+  std::atomic<CreatePlain> createPlain{nullptr};      // factory lock
+  std::atomic<ReleasePlain> release{nullptr};         // factory lock
+  std::atomic<void*> module{nullptr};                 // load lock
+  const std::string dllPath;                          // as the registry had it, never expanded
+  std::string loadFailure;  // load lock; the system's words for the last failure
 };
 
 namespace LTLib::detail {

@@ -8,6 +8,8 @@
 
 namespace {
 
+using LTLib::CreationStep;
+
 // The site by which readers of traces know a failed creation.
 constexpr char kSource[] = "iqsunknown";
 constexpr long kLine = 163;
@@ -32,9 +34,10 @@ iqsDllLoader::CreateUnknown factoryOf(const iqsID& id, std::string& error) {
 
 // The new object; null when there is none, and then a negative `result` of the factory is kept.
 iqsCUnknown* make(iqsDllLoader::CreateUnknown factory, iqsUnknown* outer, QSResult& result,
-                  std::string& error) {
+                  std::string& error, CreationStep& step) {
   iqsCUnknown* object = nullptr;
   QSResult made = LTLib::kSuccess;
+  step = CreationStep::kFactory;
   try {
     made = factory(outer, &object);
   } catch (const QSException& failure) {
@@ -48,15 +51,21 @@ iqsCUnknown* make(iqsDllLoader::CreateUnknown factory, iqsUnknown* outer, QSResu
     result = made;
     return nullptr;
   }
+  step = CreationStep::kObject;
   return object;
 }
 
 // Completes the object and hands out its public face. The factory's reference is given back either
 // way, which ends an object that did not succeed.
-QSResult handOut(iqsCUnknown& object, void** out) {
+QSResult handOut(iqsCUnknown& object, void** out, CreationStep& step) {
+  step = CreationStep::kInit;
   QSResult result = object.Init();
   if (result >= 0) {
+    step = CreationStep::kFace;
     result = object.InnerQueryInterface(LTLib::kUnknownID, out);
+  }
+  if (result >= 0) {
+    step = CreationStep::kRelease;
   }
   object.InnerRelease();
   return result;
@@ -64,18 +73,26 @@ QSResult handOut(iqsCUnknown& object, void** out) {
 
 }  // namespace
 
-QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, void** out, std::string& error) {
+QSResult LTLib::createInstance(iqsUnknown* outer, const iqsID& id, void** out, std::string& error,
+                               CreationStep& step) {
+  step = CreationStep::kLoad;
   if (outer != nullptr && !(id == LTLib::kUnknownID)) {
     return LTLib::kNotAvailable;
   }
   const iqsDllLoader::CreateUnknown factory = factoryOf(id, error);
   QSResult result = LTLib::kNotAvailable;
-  iqsCUnknown* const object = factory != nullptr ? make(factory, outer, result, error) : nullptr;
+  iqsCUnknown* const object =
+      factory != nullptr ? make(factory, outer, result, error, step) : nullptr;
   if (object == nullptr) {
     traceFailure(id);
     return result;
   }
-  return handOut(*object, out);
+  return handOut(*object, out, step);
+}
+
+QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, void** out, std::string& error) {
+  CreationStep step;
+  return LTLib::createInstance(outer, id, out, error, step);
 }
 
 QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, void** out) {

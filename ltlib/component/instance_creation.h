@@ -9,8 +9,9 @@
 // |---------------------------------------------------------|------------|---------------|--------|
 // | `outer` with a class other than "IQS_UNKNOWN"           | 0x8004102F | left          | no     |
 // | no entry in the registry, or the library does not load  | 0x8004102F | the reason    | yes    |
-// | null identifier; no factory registered; factory that    | 0x8004102F | left          | yes    |
-// | reports success and stores no object                    |            |               |        |
+// | null identifier; no factory registered, or one of the   | 0x8004102F | left          | yes    |
+// | plain form; factory that reports success and stores no  |            |               |        |
+// | object                                                  |            |               |        |
 // | factory gives a negative result                         | that one   | left          | yes    |
 // | factory throws QSException or another std::exception    | 0x8004102F | its text      | yes    |
 // | Init gives a negative result                            | that one   | left          | no     |
@@ -36,5 +37,24 @@ LTLIB_EXPORT QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, v
 
 /// The same without the text.
 LTLIB_EXPORT QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, void** out);
+
+namespace LTLib {
+
+/// The steps of a creation, in their order.
+enum class CreationStep {
+  kLoad,     // the class is looked up and its library loaded
+  kFactory,  // the factory runs
+  kObject,   // the factory has reported success and its object is looked at
+  kInit,     // Init runs
+  kFace,     // InnerQueryInterface runs
+  kRelease,  // the factory's reference is given back; a creation that succeeds ends here
+};
+
+/// iqs_CoCreateInstance for tools that tell where a creation failed: `step` is the last step that
+/// was begun, also when an exception leaves the call.
+LTLIB_EXPORT QSResult createInstance(iqsUnknown* outer, const iqsID& id, void** out,
+                                     std::string& error, CreationStep& step);
+
+}  // namespace LTLib
 
 #endif  // LTLIB_COMPONENT_INSTANCE_CREATION_H

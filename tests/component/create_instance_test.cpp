@@ -36,7 +36,7 @@ class CreateInstanceTest : public ComponentTest {
   CreateInstanceTest() {
     for (const char* id :
          {"Outcome.Good", "Outcome.Positive", "Outcome.Refuses", "Outcome.None",
-          "Outcome.StoresNothing", "Outcome.ThrowsOwn", "Outcome.ThrowsStandard",
+          "Outcome.StoresNothing", "Outcome.Plain", "Outcome.ThrowsOwn", "Outcome.ThrowsStandard",
           "Outcome.ThrowsNumber", "Outcome.InitFails", "Outcome.InitThrows", "IQS_UNKNOWN"}) {
       enterClass(id, libraryPath("outcomes"));
     }
@@ -59,6 +59,7 @@ TEST_F(CreateInstanceTest, EachFailureHasItsResultTextAndTrace) {
       {"No.Entry", kNotAvailable, "none", "No DLL registered for CLSID No.Entry"},
       {"No.Library", kNotAvailable, "0 - -", "DllLoader cannot load /nowhere for CLSID No.Library"},
       {"Outcome.None", kNotAvailable, "2 loaded -"},
+      {"Outcome.Plain", kNotAvailable, "2 loaded factory"},
       {"Outcome.Refuses", kFailure, "2 loaded factory"},
       {"Outcome.StoresNothing", kNotAvailable, "2 loaded factory"},
       {"Outcome.ThrowsOwn", kNotAvailable, "2 loaded factory", "own exception"},

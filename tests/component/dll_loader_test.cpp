@@ -182,6 +182,23 @@ TEST_F(RegistrarTest, OfTwoForOneClassTheLaterCountsAndTheEndOfEitherClears) {
   EXPECT_EQ(s_first, 11);
 }
 
+TEST_F(RegistrarTest, AClassIsCreatedByTheRouteOfItsLastFormAlone) {
+  const Registrar plain(m_id, kCreateFirst, kRelease);
+  FactoryDll* const record = iqsDllLoader::Load(m_id, nullptr);
+  const auto routes = [&] {
+    return std::pair(iqsDllLoader::CreateInstance(record) != nullptr,
+                     iqsDllLoader::iqsGetCreateInstance(m_id, nullptr) != nullptr);
+  };
+  EXPECT_EQ(routes(), std::pair(true, false));
+  const int before = s_first;
+  const Registrar unknown(m_id, [](iqsUnknown*, iqsCUnknown**) { return kFailure; });
+  EXPECT_EQ(routes(), std::pair(false, true));
+  iqsDllLoader::ReleaseInstance(record, &s_first);
+  EXPECT_EQ(s_first, before);
+  const Registrar plainAgain(m_id, kCreateFirst, kRelease);
+  EXPECT_EQ(routes(), std::pair(true, false));
+}
+
 TEST_F(RegistrarTest, TouchesNothingWithoutIdFactoryOrEntry) {
   const Registrar kept(m_id, kCreateFirst, nullptr);
   {

@@ -108,6 +108,7 @@ TEST_F(LtregComponents, CreatesWhenAsked) {
   };
   ends(3, "Refuses", "the factory fails with 0x80004005\n");
   ends(3, "StoresNothing", "the factory reports success and gives no object\n");
+  ends(3, "Plain", "the class is of the plain form, and '--create' makes components alone\n");
   ends(3, "ThrowsOwn", "the factory throws: own exception\n");
   ends(3, "ThrowsStandard", "the factory throws: standard exception\n");
   ends(3, "ThrowsNumber", "the factory throws what is no std::exception\n");

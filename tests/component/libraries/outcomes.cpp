@@ -52,6 +52,8 @@ const Registrar s_refusing("Outcome.Refuses",
                            [](iqsUnknown*, iqsCUnknown**) { return LTLib::kFailure; });
 const Registrar s_empty("Outcome.StoresNothing",
                         [](iqsUnknown*, iqsCUnknown**) { return LTLib::kSuccess; });
+const Registrar s_plain(
+    "Outcome.Plain", []() -> void* { throw std::logic_error("called as another form"); }, nullptr);
 const Registrar s_own("Outcome.ThrowsOwn", [](iqsUnknown*, iqsCUnknown**) -> QSResult {
   throw QSException("outcomes", __LINE__, LTLib::kNotFound, "own exception");
 });
