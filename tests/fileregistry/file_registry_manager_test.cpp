@@ -72,6 +72,26 @@ TEST_F(FileManager, RefusesNullsAndWhatIsNoHandle) {
   EXPECT_EQ(m_manager.regEnumValue(key.get(), 0, nullptr, &size, nullptr, &type, data, &size), -1);
 }
 
+// A handle that a call is given is closed by it; one that stays open shows as a leak.
+TEST_F(FileManager, OpensAndCreatesKeys) {
+  void* handle = nullptr;
+  unsigned int disposition = 99;
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(m_manager.regCreateKeyEx(kRoot, "A\\B", nullptr, 0, 0, &handle, &disposition), 0);
+    OpenKey key("A\\B");
+    EXPECT_EQ(key.text(nullptr), "0") << "set by each call";
+    EXPECT_EQ(key.set(nullptr, "mine"), 0);
+  }
+  EXPECT_EQ(disposition, 99u);
+  EXPECT_EQ(m_manager.regOpenKeyEx(kRoot, "A", 0, KEY_READ, &handle), 0);
+  char name[8];
+  EXPECT_EQ(m_manager.regEnumKey(handle, 0, name, sizeof name), -1);
+  char* const none = nullptr;
+  EXPECT_EQ(m_manager.regQueryValueEx(handle, none, nullptr, nullptr, nullptr), -1);
+  EXPECT_EQ(m_manager.regCloseKey(handle), 0);
+  EXPECT_EQ(showRoot(), "A\nA/B|Default|1|mine\n");
+}
+
 // A query adds the sections of its path, and takes one backslash off its end.
 TEST_F(FileManager, PathsLeadToSections) {
   const std::tuple<const char*, const char*, const char*> cases[] = {

@@ -135,7 +135,7 @@ const Scenario s_parent("parent", [](const std::vector<std::string>& arguments) 
     startForked([] { return hearParent().empty(); });
   } else {
     // Started by a call that runs no fork handlers.
-    static_cast<void>(!std::system("cat <&3 >/dev/null &"));
+    static_cast<void>(!std::system("exec 3<&0; cat <&3 >/dev/null &"));
   }
   tellParent("held");
   return hearParent().empty() ? 0 : 1;

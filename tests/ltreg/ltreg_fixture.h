@@ -6,15 +6,14 @@
 
 #include <filesystem>
 #include <iomanip>
-#include <list>
 #include <optional>
 #include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/support/child_process.h"
 #include "tests/support/environment.h"
-#include "tests/support/run_program.h"
 #include "tests/support/temp_folder.h"
 
 namespace LTLib::Testing {
@@ -25,13 +24,6 @@ class LtregTest : public testing::Test {
  protected:
   static constexpr char kStore[] = "HKEY_LOCAL_MACHINE.cfg";
   static constexpr char kOne[] = "[A\\B]\n\"n\"=ulong:1\n\n";
-
-  LtregTest() {
-    for (const char* name : {"HKEY_CURRENT_USER", "HKEY_CURRENT_CONFIG", "HKEY_USERS",
-                             "HKEY_CLASSES_ROOT", "HKEY_LOCAL_MACHINE", "LTTRACER"}) {
-      m_environment.emplace_back(name, std::nullopt);
-    }
-  }
 
   /// Starts a program in the folder, whose file kStore the machine root then is. A word of the line
   /// with blanks stands in single quotes, and @ stands for the key of kOne.
@@ -96,7 +88,8 @@ class LtregTest : public testing::Test {
     EXPECT_EQ(store(), after);
   }
 
-  std::list<ScopedEnvironment> m_environment;
+  const ScopedStores m_noStores{nullptr};
+  const ScopedEnvironment m_noTrace{"LTTRACER", std::nullopt};
 };
 
 }  // namespace LTLib::Testing

@@ -126,7 +126,7 @@ TEST_F(LtregStores, ToleratesStreamsThatFail) {
   const auto codeOf = [&](const std::string& line, const std::string& redirection) {
     m_folder.write(kStore, std::string(kOne) + "\"u\"=Ulong:5\n\"e\"=string:\n");
     const std::string command = "exec '" LTREG_PROGRAM "' " + line + ' ' + redirection;
-    return runProgram("/bin/sh", {"-c", command}, m_folder.path()).exitCode;
+    return RunningProgram("/bin/sh", {"-c", command}, m_folder.path()).wait().exitCode;
   };
   for (const char* redirection : {">/dev/full", ">&-", ">&- 2>&- <&-", "2>&-", "2>/dev/full"}) {
     const bool noData = redirection[0] == '>';

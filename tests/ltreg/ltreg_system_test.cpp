@@ -1,8 +1,8 @@
 // The operating system's registry: the tool against the system's own, under a key of the test's.
 #include <cstdlib>
 
+#include "ltlib/ltlib.h"
 #include "tests/ltreg/ltreg_fixture.h"
-#include "tests/support/private_key.h"
 
 namespace {
 
@@ -16,7 +16,15 @@ std::string wide(const std::u16string& text) {
 
 class LtregSystem : public LtregTest {
  protected:
-  LtregSystem() { m_program = LTREG_WITHOUT_MARKER; }
+  LtregSystem() {
+    m_program = LTREG_WITHOUT_MARKER;
+    void* const root = predefinedRootHandle(REG_ROOT_CURRENT_USER);
+    EXPECT_EQ(m_manager.regCreateKey(root, m_path.c_str(), &m_handle), 0);
+  }
+  ~LtregSystem() override {
+    m_manager.regCloseKey(m_handle);
+    (void)reg("delete " + m_key + " /f");
+  }
 
   // The exit code of the system's own tool.
   [[nodiscard]] int reg(const std::string& line) const {
@@ -26,11 +34,13 @@ class LtregSystem : public LtregTest {
   void put(const std::string& name, unsigned int type, const std::string& bytes) {
     const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
     const auto size = static_cast<unsigned int>(bytes.size());
-    EXPECT_EQ(m_own.manager().regSetValueEx(m_own.get(), name.c_str(), type, data, size), 0);
+    EXPECT_EQ(m_manager.regSetValueEx(m_handle, name.c_str(), type, data, size), 0);
   }
 
-  PrivateKey m_own;
-  const std::string m_key = "HKCU\\" + m_own.path();
+  QSWin32RegistryManager m_manager;
+  void* m_handle = nullptr;
+  const std::string m_path = "Software\\" + m_folder.name();
+  const std::string m_key = "HKCU\\" + m_path;
   const std::string m_sub = m_key + "\\new\\\u00E4\U0001F600";
 };
 
@@ -50,7 +60,7 @@ TEST_F(LtregSystem, ShowsWhatOthersWrote) {
   put("o", REG_NONE, "x");
   put("s", REG_SZ, "a\0b\0\0"s);
   put("t", REG_SZ, "open");
-  const std::string name = "HKEY_CURRENT_USER\\" + m_own.path();
+  const std::string name = "HKEY_CURRENT_USER\\" + m_path;
   contains(
       '\n' + run("tree " + m_key).output,
       {"\n" + name + "\n\t", "\n" + name + "\\new\n" + name + "\\new\\\u00E4\U0001F600\n\t",
@@ -97,8 +107,7 @@ TEST_F(LtregSystem, WritesWhatOthersRead) {
 
 // Half a pair of UTF-16 has no form in any narrow text.
 TEST_F(LtregSystem, TellsOfNamesThatNobodyCanAskFor) {
-  const std::string path = m_own.path();
-  const std::u16string key = u"[HKEY_CURRENT_USER\\" + std::u16string(path.begin(), path.end());
+  const std::u16string key = u"[HKEY_CURRENT_USER\\" + std::u16string(m_path.begin(), m_path.end());
   m_folder.write("odd.reg", wide(u"\uFEFFWindows Registry Editor Version 5.00\r\n\r\n" + key +
                                  u"\\v]\r\n\"\xD801\"=\"x\"\r\n\"n\"=\"y\"\r\n\r\n" + key +
                                  u"\\k\\\xD800]\r\n"));
@@ -114,7 +123,7 @@ TEST_F(LtregSystem, TellsOfNamesThatNobodyCanAskFor) {
 
 TEST_F(LtregSystem, TheBackendGoesByTheMarkerUnlessItIsNamed) {
   put("n", REG_SZ, "of the system");
-  m_folder.write("HKEY_CURRENT_USER.cfg", '[' + m_own.path() + "]\n\"n\"=string:\"of a file\"\n");
+  m_folder.write("HKEY_CURRENT_USER.cfg", '[' + m_path + "]\n\"n\"=string:\"of a file\"\n");
   const std::string get = "get " + m_key + " n";
   for (const std::string program : {LTREG_WITHOUT_MARKER, LTREG_PROGRAM}) {
     m_program = program;
@@ -129,7 +138,7 @@ TEST_F(LtregSystem, TheBackendGoesByTheMarkerUnlessItIsNamed) {
 }
 
 TEST_F(LtregSystem, ClassesAndVariablesLieThereToo) {
-  const std::string id = m_own.path().substr(m_own.path().find('\\') + 1);
+  const std::string id = m_folder.name();
   const bool wasThere = run("list HKLM\\%CompanyRoot%").exitCode == 0;
   EXPECT_TRUE(wasThere || run("component list").errors.empty());
   changes("component register " + id + " absent.dll --as-is", {}, {});

@@ -29,12 +29,10 @@ inline constexpr QSResult kKeyNotThere = resultFromSystemError(kNotThere);
 inline constexpr QSResult kNoHandle = resultFromSystemError(kBadHandle);
 
 // Keys and values that are not there, and handles that are none.
-inline constexpr Fact<int> kOpenMissingKey{0, kNotThere};
 inline constexpr Fact<bool> kMissingKeyIsCreated{true, false};
 inline constexpr Fact<QSResult> kReadMissingKey{kFailure, kKeyNotThere};
 inline constexpr Fact<bool> kReadingAddsKeys{true, false};
 inline constexpr Fact<int> kMissing{-1, kNotThere};  // the number of a deletion
-inline constexpr Fact<int> kNullHandle{-1, kBadHandle};
 inline constexpr Fact<QSResult> kDeleteUnderMissing{-1, kNoHandle};
 inline constexpr Fact<QSResult> kUnknownRoot{-1, kNoHandle};
 inline constexpr Fact<QSResult> kKeyHasSubKeys{-1, resultFromSystemError(5)};
@@ -42,16 +40,7 @@ inline constexpr Fact<QSResult> kKeyHasSubKeys{-1, resultFromSystemError(5)};
 // Walks.
 inline constexpr Fact<QSResult> kEndOfWalk{-1, resultFromSystemError(259)};
 inline constexpr Fact<QSResult> kWalkOfMissingKey{-1, kKeyNotThere};
-inline constexpr Fact<int> kNameTooLong{0, kMoreData};  // comes cut, or not at all
-inline constexpr Fact<int> kEnumKey{-1, 0};
 inline constexpr Fact<bool> kOrderOfArrival{true, false};
-
-// Raw calls.
-inline constexpr Fact<bool> kTypeAsksForNumber{true, false};
-inline constexpr Fact<bool> kTypeMayBeNull{true, false};  // and so may the size, without data
-inline constexpr Fact<bool> kClosesFormerHandle{true, false};
-inline constexpr Fact<const char*> kDefaultOfCreated{"0", nullptr};  // set by regCreateKey
-inline constexpr Fact<bool> kWritesDisposition{false, true};
 
 // Values.
 inline constexpr Fact<unsigned int> kTextTerminators{0, 1};  // counted in the size of a text
@@ -64,11 +53,6 @@ inline constexpr Fact<bool> kKeepsForeignTypes{false, true};
 inline constexpr Fact<bool> kKeepsBytesThatAreNoText{true, false};
 inline constexpr Fact<const char*> kDefaultName{"Default", ""};  // means what null means
 inline constexpr Fact<QSResult> kWriteEmptyName{-1, 0};
-inline constexpr Fact<bool> kFoldsAsciiAlone{true, false};  // in the comparison of names
-
-// The rest.
-inline constexpr Fact<bool> kRootKeysHoldValues{false, true};
-inline constexpr Fact<bool> kDurableAtOnce{false, true};
 
 }  // namespace LTLib::Testing
 

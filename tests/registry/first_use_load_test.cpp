@@ -4,7 +4,6 @@
 
 #include "tests/registry/registry_fixture.h"
 #include "tests/support/child_process.h"
-#include "tests/support/threads.h"
 
 namespace {
 
@@ -125,11 +124,6 @@ TEST_F(FirstUseLoad, ConfigFileNamesTheConfiguration) {
   }
 }
 
-struct Script {
-  Names lines;
-  Names answers;
-};
-
 TEST_F(FirstUseLoad, BothSourcesComeInAtTheFirstExpansion) {
   m_folder.write("config.dat", "filed");
   publicVariables(
@@ -174,35 +168,6 @@ TEST_F(FirstUseLoad, ALoadThatThrowsIsNeverTriedAgain) {
   EXPECT_EQ(play("script", {"expand:%CompanyName%", "expand:%CompanyName%", "expand:%Public%"}),
             (Names{"threw " + kFailed + " registry read failed", "Tarn Quillmere",
                    kFailed + " %Public%"}));
-}
-
-const Scenario s_race("race", [](const Names&) {
-  Names answers(9);
-  const auto expand = [&answers](int i) {
-    answers[static_cast<std::size_t>(i)] = expanded("%CompanyName%%Public%");
-  };
-  runTogether(8, expand);
-  expand(8);
-  for (const std::string& answer : answers) {
-    tellParent(answer);
-  }
-  return 0;
-});
-
-// Whoever comes while another one loads sees the table as it is by then, and never half a variable.
-TEST_F(FirstUseLoad, EightThreadsMakeTheFirstExpansionTogether) {
-  std::string lines = "\"Public\"=string:\"p\"\n";
-  for (int i = 0; i < 200; ++i) {
-    lines += "\"More " + std::to_string(i) + "\"=string:\"m\"\n";
-  }
-  publicVariables(lines);
-  const Names answers = play("race", {});
-  ASSERT_EQ(answers.size(), 9u);
-  for (const std::string& answer : answers) {
-    EXPECT_TRUE(answer == "Tarn Quillmerep" || answer == kFailed + " Tarn Quillmere%Public%")
-        << answer;
-  }
-  EXPECT_EQ(answers.back(), "Tarn Quillmerep");
 }
 
 }  // namespace

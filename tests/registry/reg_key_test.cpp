@@ -129,22 +129,12 @@ TEST_F(RegKey, RecursiveDeletionStopsAtANameThatMeansAnotherKey) {
   EXPECT_EQ(namesOf(CQSRegEnumValue(key("Kept"))), Names{"made"});
 }
 
-TEST_F(RegKey, AKeyRightBelowARoot) {
-  const std::string name = path("").substr(path("").find('\\') + 1);
-  CQSRegKey top(kUser, name.c_str());
-  CQSRegValue value(kUser, name.c_str(), "v");
-  EXPECT_EQ(value.Write("text"), 0);
-  EXPECT_EQ(CQSRegValue(kUser, (name + "\\Sub").c_str(), "v").Write("text"), 0);
-  std::string found;
-  const bool full = kRootKeysHoldValues();
-  EXPECT_EQ(contentOf(value), full ? "text:text" : codeOf(kFailure));
-  EXPECT_EQ(CQSRegEnumValue(top).GetFirst(found), full ? 0 : -1);
-  EXPECT_EQ(CQSRegEnumKey(top).GetFirst(found), full ? 0 : -1);
-  // What cannot be listed cannot be deleted with what is below it.
-  EXPECT_EQ(top.DeleteKey(true), full ? 0 : kKeyHasSubKeys());
-  if (!full) {
-    EXPECT_EQ(CQSRegKey(top, "Sub").DeleteKey(false), 0);
-    EXPECT_EQ(top.DeleteKey(false), 0);
+TEST_F(RegKey, ConfigurationFunctionsReachTheBackend) {
+  std::string pathname = stores().path("copy.cfg");
+  EXPECT_EQ(SaveConfiguration(kUser, pathname), 0);
+  EXPECT_EQ(GetConfigurationPathname(REG_ROOT_NONE), "");
+  for (const long result : {SaveConfiguration(kUnknown), SaveConfiguration(kUnknown, pathname)}) {
+    EXPECT_EQ(result, filesServe() ? kFailure : 0);
   }
 }
 
@@ -170,9 +160,10 @@ TEST_F(RegEnum, AWalkOverNothingTouchesNothing) {
   std::string name = "name";
   CQSRegKey sub(kUser, "Old");
   CQSRegValue entry(kUser, "Old", "old");
+  CQSRegEnumKey keys(key("Never"));
+  CQSRegEnumValue values(key("Never"));
   for (const QSResult result :
-       {CQSRegEnumKey(key("Never")).GetFirst(name), CQSRegEnumValue(key("Never")).GetFirst(name),
-        CQSRegEnumKey(key("Never")).GetFirst(sub), CQSRegEnumValue(key("Never")).GetFirst(entry)}) {
+       {keys.GetFirst(name), values.GetFirst(name), keys.GetFirst(sub), values.GetFirst(entry)}) {
     EXPECT_EQ(result, kWalkOfMissingKey());
   }
   // A null path leaves the walked key without a root.

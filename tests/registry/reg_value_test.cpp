@@ -3,7 +3,6 @@
 #include <tuple>
 
 #include "tests/registry/registry_fixture.h"
-#include "tests/support/child_process.h"
 
 namespace {
 
@@ -47,32 +46,12 @@ std::vector<Case> cases() {
   };
 }
 
-const Scenario s_reader("reader", [](const Names& arguments) {
-  tellParent(filesServe() ? "files" : "system");
-  CQSRegValue value(kUser, arguments[0].c_str(), nullptr);
-  for (const Case& row : cases()) {
-    tellParent(contentOf(value, row.name));
-  }
-  return 0;
-});
-
-// In this process, and in one that comes later.
 TEST_F(RegValue, EveryTypeComesBackThroughEveryFormOfRead) {
   make("K");
   for (const Case& row : cases()) {
     EXPECT_EQ(RawKey(path("K")).set(row.name, row.type, row.bytes), 0) << row.name;
     CQSRegValue value = this->value("K", row.name);
     EXPECT_EQ(contentOf(value), row.content);
-  }
-  for (const bool saved : {false, true}) {
-    EXPECT_EQ(saved ? SaveConfiguration(kUser) : 0, 0);
-    ChildProcess later("reader", {path("K")});
-    // A registry in the memory of this process has no later readers.
-    const bool same = later.hear() == (filesServe() ? "files" : "system");
-    for (const Case& row : cases()) {
-      EXPECT_EQ(later.hear() == row.content, same && (saved || kDurableAtOnce())) << row.name;
-    }
-    EXPECT_EQ(later.wait(), 0);
   }
 }
 
@@ -99,6 +78,8 @@ TEST_F(RegValue, WritesOfEveryFormMakeTheKey) {
     EXPECT_TRUE(contentOf(value, name) == content) << name;
   }
   list.type = CQSRegValue::DATA_NONE;  // its bytes are not its own
+  EXPECT_EQ(value.Delete(nullptr) + value.Write(5ul) + value.Write("17 and more"), 0);
+  EXPECT_EQ(contentOf(value), kKeepsTypeOfExisting() ? "number:17" : "text:17 and more");
   EXPECT_EQ(value.Delete(nullptr), 0);
   EXPECT_EQ(value.Write(static_cast<const void*>("x"), 1ul), 0);
   EXPECT_EQ(contentOf(value), "bytes:x");
@@ -173,7 +154,6 @@ TEST_F(RegValue, WhatIsNotThere) {
             kReadingAddsKeys() ? (Names{"K", "Gone"}) : Names{"K"});
 }
 
-// A buffer belongs to the object until its next read, and a record owns what was read into it.
 // A buffer belongs to the object until its next read is over, and a record owns what it holds.
 TEST_F(RegValue, BuffersBelongToObjectsAndRecords) {
   Data data;

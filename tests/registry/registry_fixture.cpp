@@ -2,40 +2,17 @@
 
 #include <cstdio>
 #include <cstring>
-#include <deque>
-#include <random>
 
 #include "tests/support/environment.h"
 
 namespace LTLib::Testing {
-namespace {
-
-class Stores : public testing::Environment {
- public:
-  void SetUp() override {
-    for (int root = REG_ROOT_CURRENT_USER; root <= REG_ROOT_LOCAL_MACHINE; ++root) {
-      const std::string name = registryRootName(static_cast<enumRegRoot>(root));
-      m_variables.emplace_back(name, m_folder.path(name + ".cfg"));
-    }
-  }
-
-  const TempFolder m_folder;
-
- private:
-  std::deque<ScopedEnvironment> m_variables;
-};
-
-auto* const s_stores = new Stores;
-testing::Environment* const s_environment = testing::AddGlobalTestEnvironment(s_stores);
-
-}  // namespace
-
 const TempFolder& stores() {
-  return s_stores->m_folder;
+  static const TempFolder s_folder;
+  static const ScopedStores s_variables(&s_folder);
+  return s_folder;
 }
 
-RegistryObjects::RegistryObjects()
-    : m_base("Software\\ltlib_test_" + std::to_string(std::random_device{}())) {}
+RegistryObjects::RegistryObjects() : m_base("Software\\" + stores().name()) {}
 
 RegistryObjects::~RegistryObjects() {
   (void)CQSRegKey(kUser, m_base.c_str()).DeleteKey(true);

@@ -17,7 +17,7 @@ inline constexpr enumRegRoot kUser = REG_ROOT_CURRENT_USER;
 
 using Names = std::vector<std::string>;
 
-/// The folder of this test program's store files, ready before any root is touched.
+/// The folder of this test program's store files, which the first call makes the roots' own.
 [[nodiscard]] const TempFolder& stores();
 
 /// Tests below a private key of HKEY_CURRENT_USER, which is deleted afterwards.

@@ -158,6 +158,32 @@ TEST_F(SystemBackend, Capacities) {
   EXPECT_EQ(query("n", 2), "0|3|8|\0\xFF\x80 more"s);
   EXPECT_EQ(set("n", REG_DWORD, ""), 0);
   EXPECT_EQ(query("n", 4), "0|4|0|");
+  EXPECT_EQ(set("n", 0x12345, "\1"), 0);
+  EXPECT_EQ(query("n", 4), "0|74565|1|\1");
+}
+
+TEST_F(SystemBackend, AnswersWithTheSystemsNumbers) {
+  void* handle = nullptr;
+  EXPECT_EQ(m_manager.regOpenKeyEx(m_root, path("Never").c_str(), 0, KEY_READ, &handle), kNotThere);
+  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(m_manager.regCloseKey(nullptr), kBadHandle);
+  EXPECT_EQ(m_manager.regDeleteValue(nullptr, "made"), kBadHandle);
+  EXPECT_EQ(m_manager.regCloseKey(m_root), 0) << "stays open";
+  EXPECT_FALSE(namesOf(CQSRegEnumKey(kUser, "")).empty());
+  for (const unsigned int expected : {1u, 2u}) {
+    unsigned int disposition = 99;
+    EXPECT_EQ(m_manager.regCreateKeyEx(m_root, path("K\\Subkey").c_str(), nullptr, 0,
+                                       KEY_ALL_ACCESS, &handle, &disposition),
+              0);
+    EXPECT_EQ(disposition, expected) << "made, or found";
+    EXPECT_EQ(m_manager.regCloseKey(handle), 0);
+  }
+  const RawKey key(path("K"));
+  char name[8] = {};
+  unsigned int size = 4;
+  EXPECT_EQ(m_manager.regEnumKeyEx(key.get(), 0, name, &size), kMoreData);
+  EXPECT_EQ(m_manager.regEnumKey(key.get(), 0, name, sizeof name), 0);
+  EXPECT_STREQ(name, "Subkey");
 }
 
 TEST_F(SystemBackend, EnumeratesValuesWithTheirData) {
@@ -178,8 +204,6 @@ TEST_F(SystemBackend, EnumeratesValuesWithTheirData) {
                           : "",
               expected);
   }
-  EXPECT_EQ(m_manager.regCloseKey(m_root), 0) << "stays open";
-  EXPECT_FALSE(namesOf(CQSRegEnumKey(kUser, "")).empty());
 }
 
 TEST_F(SystemBackend, FailuresOfReadsAndWrites) {
@@ -196,6 +220,7 @@ TEST_F(SystemBackend, FailuresOfReadsAndWrites) {
   const int before = s_manager->m_openHandles;
   char* text = nullptr;
   EXPECT_THROW(value.Read(text), QSException);
+  EXPECT_TRUE(CQSRegKey(key("K")).IsCreated()) << "and its end closes the key";
   EXPECT_EQ(s_manager->m_openHandles, before);
   EXPECT_EQ(CQSRegValue(REG_ROOT_NONE, "", "v").Write("text"), kFailure) << "no key to make";
   EXPECT_EQ(CQSRegValue(kUser, "%Nowhere%\\K", "v").Write("text"), kFailure);

@@ -1,5 +1,5 @@
 // Child processes for tests: the test program starts itself again to play a scenario, and the two
-// sides speak in lines.
+// sides speak in lines; or another program runs as a user runs it.
 //
 // A scenario is a function that a test program registers by name:
 //   const Scenario s_holder("holder", [](const std::vector<std::string>& arguments) { ...; return
@@ -7,8 +7,12 @@
 #ifndef LTLIB_TESTS_SUPPORT_CHILD_PROCESS_H
 #define LTLIB_TESTS_SUPPORT_CHILD_PROCESS_H
 
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "tests/support/system.h"
+#include "tests/support/temp_folder.h"
 
 namespace LTLib::Testing {
 
@@ -25,9 +29,6 @@ class Scenario {
 void tellParent(const std::string& line);
 [[nodiscard]] std::string hearParent();
 
-/// In the child: ends the process at once as a crash would, with no destructor and no handler run.
-[[noreturn]] void crash();
-
 /// The path of the file that this process was started from.
 [[nodiscard]] std::string thisProgram();
 
@@ -35,27 +36,41 @@ void tellParent(const std::string& line);
 class ChildProcess {
  public:
   /// Starts `program`, which is this test program or a copy of it.
-  ChildProcess(const std::string& scenario, const std::vector<std::string>& arguments,
+  ChildProcess(const std::string& scenario, std::vector<std::string> arguments,
                const std::string& program = thisProgram());
-
   /// Kills a child that was not waited for.
   ~ChildProcess();
-  ChildProcess(const ChildProcess&) = delete;
-  ChildProcess& operator=(const ChildProcess&) = delete;
 
-  /// The child's next line; empty when it ended.
+  /// The child's next line; empty when it ended. What else it printed is shown.
   [[nodiscard]] std::string hear();
   void tell(const std::string& line);
-
-  /// Ends the child as kill -9 does.
-  void kill();
-
-  /// Waits for the end and gives the exit code, or -1 when the child did not exit by itself.
-  int wait();
+  void kill() const { m_process->kill(); }
+  /// Waits for the end and gives the exit code, negative when the child did not exit by itself.
+  int wait() { return m_process->wait(); }
 
  private:
-  struct State;
-  State* m_state;
+  std::FILE* m_fromChild = nullptr;
+  std::FILE* m_toChild = nullptr;
+  std::unique_ptr<Process> m_process;
+};
+
+struct ProgramResult {
+  int exitCode = 0;  // negative when the program did not exit by itself, as by a crash
+  std::string output;
+  std::string errors;
+};
+
+/// A program that runs in a folder, with this process's environment and nothing on standard input.
+class RunningProgram {
+ public:
+  RunningProgram(const std::string& program, std::vector<std::string> arguments,
+                 const std::string& folder);
+  void kill() const { m_process.kill(); }
+  ProgramResult wait();
+
+ private:
+  std::unique_ptr<TempFolder> m_written;
+  Process m_process;
 };
 
 }  // namespace LTLib::Testing

@@ -66,10 +66,6 @@ std::string OpenKey::text(const char* name) {
 
 StoreTest::StoreTest() : m_calls(Platform::fileCalls()) {
   forgetStores();
-  for (const enumRegRoot root : kRoots) {
-    m_environment.push_back(
-        std::make_unique<ScopedEnvironment>(registryRootName(root), store(root)));
-  }
 }
 
 StoreTest::~StoreTest() {

@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
 #include "ltlib/fileregistry/file_registry_manager.h"
 #include "ltlib/fileregistry/tree_state.h"
@@ -64,7 +62,7 @@ class StoreTest : public testing::Test {
   QSFileRegistryManager m_manager;
 
  private:
-  std::vector<std::unique_ptr<ScopedEnvironment>> m_environment;
+  const ScopedStores m_environment{&m_folder};
   Platform::FileCalls m_calls;
 };
 

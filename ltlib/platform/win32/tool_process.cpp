@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "ltlib/platform/win32/command_line.h"
 #include "ltlib/platform/win32/system_words.h"
 
 namespace LTLib::Platform {
@@ -58,29 +59,11 @@ class Handle {
   HANDLE m_handle;
 };
 
-// A word as the C runtime takes it apart again: backslashes count twice ahead of a quote.
-void appendWord(std::string& line, const std::string& word) {
-  line += line.empty() ? "\"" : " \"";
-  std::size_t backslashes = 0;
-  for (const char byte : word) {
-    if (byte == '"') {
-      line.append(backslashes + 1, '\\');
-    }
-    backslashes = byte == '\\' ? backslashes + 1 : 0;
-    line += byte;
-  }
-  line.append(backslashes, '\\') += '"';
-}
-
 // Gives the system's error, or 0 and the child. A window that tells of a crash would keep the
 // child from its end.
 DWORD spawn(const std::string& program, const std::vector<std::string>& arguments, HANDLE input,
             HANDLE output, Handle& child) {
-  std::string line;
-  appendWord(line, program);
-  for (const std::string& argument : arguments) {
-    appendWord(line, argument);
-  }
+  std::string line = commandLine(program, arguments);
   STARTUPINFOA start{};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
