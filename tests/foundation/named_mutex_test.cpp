@@ -84,20 +84,6 @@ TEST_F(NamedMutexTest, EachOwnersEndIsReportedOnceToTheNext) {
   }
 }
 
-TEST_F(NamedMutexTest, OneOfTheWaitersGetsWhatADyingOwnerLeaves) {
-  ChildProcess owner("holder", {m_name.text()});
-  ASSERT_EQ(owner.hear(), "held");
-  std::string told[2];
-  runTogether(3, [&](int thread) {
-    if (thread == 2) {
-      owner.kill();
-    } else {
-      told[thread] = passFailure(m_mutex);
-    }
-  });
-  EXPECT_EQ(told[0] + told[1], abandoned(m_name.text()));
-}
-
 // The object goes while its thread still owns the mutex, as in a failed clean-up.
 TEST_F(NamedMutexTest, AThreadOwnsBeyondItsObject) {
   std::thread([&] {

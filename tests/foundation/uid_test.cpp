@@ -97,12 +97,10 @@ const Scenario s_seeder("seeder", [](const std::vector<std::string>& arguments) 
   if (arguments[0] == "failing") {
     LTLib::detail::entropySource() = []() -> EntropyDraw { throw std::runtime_error("none"); };
   }
-  TraceRecording recording;
   static_cast<void>(UID::Generate());
   std::thread([] { static_cast<void>(UID::Generate()); }).join();
-  for (const TraceLine& line : recording.take()) {
-    tellParent(std::to_string(line.detail) + " " + line.file + " " + line.tag + " " +
-               line.function + " " + line.text);
+  for (const std::string& line : takeTraces()) {
+    tellParent(line);
   }
   return 0;
 });

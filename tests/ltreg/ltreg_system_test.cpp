@@ -18,7 +18,7 @@ class LtregSystem : public LtregTest {
  protected:
   LtregSystem() {
     m_program = LTREG_WITHOUT_MARKER;
-    void* const root = predefinedRootHandle(REG_ROOT_CURRENT_USER);
+    void* const root = LTLib::predefinedRootHandle(REG_ROOT_CURRENT_USER);
     EXPECT_EQ(m_manager.regCreateKey(root, m_path.c_str(), &m_handle), 0);
   }
   ~LtregSystem() override {

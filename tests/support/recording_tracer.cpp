@@ -6,59 +6,36 @@
 
 #include "lttracer/tracer.h"
 
-namespace LTLib::Testing {
 namespace {
 
 std::mutex s_guard;
-bool s_recording = false;
 
 // Never destroyed: late destructors may still trace.
-std::vector<TraceLine>& lines() {
-  static auto* recorded = new std::vector<TraceLine>;
+std::vector<std::string>& lines() {
+  static auto* recorded = new std::vector<std::string>;
   return *recorded;
-}
-
-void record(int detail, const std::ostream& message, const char* file, long line, const char* tag,
-            const char* function) {
-  const std::lock_guard<std::mutex> hold(s_guard);
-  if (!s_recording) {
-    return;
-  }
-  std::stringstream text;
-  text << message.rdbuf();
-  lines().push_back({detail, text.str(), file, line, tag, function});
 }
 
 }  // namespace
 
-TraceRecording::TraceRecording() {
-  const std::lock_guard<std::mutex> hold(s_guard);
-  s_recording = true;
-  lines().clear();
-}
-
-TraceRecording::~TraceRecording() {
-  const std::lock_guard<std::mutex> hold(s_guard);
-  s_recording = false;
-}
-
-std::vector<TraceLine> TraceRecording::take() {
+std::vector<std::string> LTLib::Testing::takeTraces() {
   const std::lock_guard<std::mutex> hold(s_guard);
   return std::exchange(lines(), {});
 }
-
-}  // namespace LTLib::Testing
 
 namespace Tracer::_internal_ {
 
 void Warning(const std::ostream& message, const char* file, long line, const char* tag,
              const char* function) {
-  LTLib::Testing::record(0, message, file, line, tag, function);
+  Log({}, message, file, line, tag, function);
 }
 
-void Log(Tracer::LogDetail detail, const std::ostream& message, const char* file, long line,
+void Log(Tracer::LogDetail detail, const std::ostream& message, const char* file, long /*line*/,
          const char* tag, const char* function) {
-  LTLib::Testing::record(detail, message, file, line, tag, function);
+  std::ostringstream text;
+  text << detail << ' ' << file << ' ' << tag << ' ' << function << ' ' << message.rdbuf();
+  const std::lock_guard<std::mutex> hold(s_guard);
+  lines().push_back(text.str());
 }
 
 }  // namespace Tracer::_internal_

@@ -7,26 +7,9 @@
 
 namespace LTLib::Testing {
 
-struct TraceLine {
-  int detail = 0;  // 0 for a warning
-  std::string text;
-  std::string file;
-  long line = 0;
-  std::string tag;
-  std::string function;
-};
-
-/// Collects the lines of all threads from its construction to its end. One at a time.
-class TraceRecording {
- public:
-  TraceRecording();
-  ~TraceRecording();
-  TraceRecording(const TraceRecording&) = delete;
-  TraceRecording& operator=(const TraceRecording&) = delete;
-
-  /// The lines so far, and none from then on.
-  std::vector<TraceLine> take();
-};
+/// The lines of all threads since the last call: "detail file tag function text", with the detail 0
+/// for a warning.
+std::vector<std::string> takeTraces();
 
 }  // namespace LTLib::Testing
 

@@ -50,34 +50,25 @@ Table tableOf(std::string_view rows) {
 
 TEST(Expansion, ReplacesLeftmostFirst) {
   const Table table = tableOf(
-      "P=5%;x=!;=empty;A=A;B=A;Deep=<%D1%>;D1=(%D2%);D2=.;Open=%De;Pair=%x%%x%;Nothing=;"
-      "Self=%Self%;Left=-%Left%;Even=%Odd%;Odd=-%Even%;Across=%Acr;Mark=%;Twice=%Mark%x%Mark%;"
-      "Double=%Double%%Double%;Parts=%Mark%Parts%Mark%;Detour=%Pair%%Detour%;");
+      "P=5%;x=!;=empty;A=A;B=A;Deep=<%D1%>;D1=(%D2%);D2=.;Open=%De;Pair=%x%%x%;Self=%Self%;"
+      "Even=%Odd%;Odd=-%Even%;Across=%Acr;Mark=%;Twice=%Mark%x%Mark%;Parts=%Mark%Parts%Mark%;"
+      "Detour=%Pair%%Detour%;");
   const std::tuple<const char*, bool, const char*> cases[] = {
       {"", true, ""},
-      {"plain", true, "plain"},
       {"%", false, "%"},
-      {"a%b", false, "a%b"},
-      {"%x%%x%", true, "!!"},
       {"%X%", false, "%X%"},
       {"%%", true, "empty"},
       {"%A%", false, "%A%"},
       {"%B%", true, "A"},
       {"a%Deep%b%Deep%c", true, "a<(.)>b<(.)>c"},
-      {"%P%x%", true, "5!"},
       {"%P%%x%", false, "5emptyx%"},
       {"%Open%ep%%Deep%", true, "<(.)><(.)>"},
-      {"%Pair%%Pair%", true, "!!!!"},
-      {"%Nothing%%Nothing%", true, ""},
       {"%x%%Missing%%x%", false, "!%Missing%%x%"},
-      {"%Mark%x%%Mark%x%", true, "!!"},
       {"%Twice%", false, "!Mark%"},
       {"%Across%oss%", false, "%Acr"},
       // What leads back to itself is refused at once.
       {"%x%%Self%%x%", false, "!%Self%%x%"},
-      {"%Left%", false, "-%Left%"},
       {"%Even%", false, "-%Even%"},
-      {"%Double%", false, "%Double%%Double%"},
       {"%Parts%", false, "%Parts%Mark%"},
       {"%Detour%", false, "!!%Detour%"},
   };

@@ -3,9 +3,7 @@
 
 #include <functional>
 #include <map>
-#include <mutex>
 #include <optional>
-#include <shared_mutex>
 #include <stdexcept>
 #include <thread>
 #include <tuple>
@@ -204,30 +202,6 @@ TEST_F(VariableManager, OneThreadLoadsAndNobodyWaits) {
   };
   EXPECT_EQ(expanded("%CurrentConfig%%Early%%Late%"), "mineseenunseen");
   inAnotherThread("seenunseen");
-}
-
-TEST(TableLock, AWriterComesBeforeLaterReaders) {
-  LTLib::detail::TableLock lock;
-  std::string order;
-  lock.lock_shared();
-  std::thread writer([&] {
-    const std::unique_lock hold(lock);
-    order += 'w';
-  });
-  while (!lock.writersWait()) {
-    std::this_thread::yield();
-  }
-  LTLib::Testing::Latch asked(1);
-  std::thread reader([&] {
-    asked.count_down();
-    const std::shared_lock hold(lock);
-    order += 'r';
-  });
-  asked.wait();
-  lock.unlock_shared();
-  writer.join();
-  reader.join();
-  EXPECT_EQ(order, "wr");
 }
 
 }  // namespace
