@@ -26,7 +26,8 @@ bool useUpStaticTls(const TempFolder& folder) {
 
 TEST(Host, UsesAComponentThatItLoadsLate) {
   const TempFolder folder;
-  const ScopedEnvironment store("HKEY_CURRENT_USER", folder.path("HKCU.cfg"));
+  const ScopedEnvironment user("HKEY_CURRENT_USER", folder.path("HKCU.cfg"));
+  const ScopedEnvironment machine("HKEY_LOCAL_MACHINE", folder.path("HKLM.cfg"));
   ASSERT_TRUE(useUpStaticTls(folder));
   void* const component = ::dlopen(LTLIB_TEST_HOSTED, RTLD_NOW | RTLD_LOCAL);
   ASSERT_NE(component, nullptr) << ::dlerror();

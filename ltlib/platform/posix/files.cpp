@@ -12,7 +12,7 @@
 #include <new>
 #include <vector>
 
-#include "ltlib/platform/posix/descriptor.h"
+#include "ltlib/platform/posix/descriptors.h"
 
 namespace LTLib::Platform {
 
@@ -123,8 +123,8 @@ FileResult resolve(const char* path, std::string* target) {
 FileResult open(const char* path, Links links, File** file) {
   *file = nullptr;
   const int follow = links == Links::kRefused ? O_NOFOLLOW : 0;
-  const int descriptor = aboveStandard(
-      retried([&] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | follow); }));
+  const int descriptor = retried(
+      [&] { return openAboveStandardStreams(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | follow, 0); });
   if (descriptor < 0) {
     return failure();
   }
@@ -199,9 +199,9 @@ void giveToFolderOwner(int descriptor, const char* path) {
 template <class Complete>
 FileResult make(const char* path, mode_t mode, File** file, Complete complete) {
   *file = nullptr;
-  const int descriptor = aboveStandard(retried([&] {
-    return ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY, mode);
-  }));
+  constexpr int kExclusively = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_NOCTTY;
+  const int descriptor =
+      retried([&] { return openAboveStandardStreams(path, kExclusively, mode); });
   if (descriptor < 0) {
     return failure();
   }
