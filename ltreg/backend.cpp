@@ -33,7 +33,7 @@ Backend::Backend(const Request& request, enumRegRoot root) {
     m_manager = &s_files;
     return;
   }
-  m_manager = QSRegistryManager::GetInstance();
+  m_manager = dynamic_cast<QSRegistryManagerImpl*>(QSRegistryManager::GetInstance());
   if (m_manager == nullptr) {
     throw Failure(ExitCode::kStoreFailed, "the registry has ended already");
   }

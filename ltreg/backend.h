@@ -21,7 +21,7 @@ class Backend {
   /// without a name.
   Backend(const Request& request, enumRegRoot root);
 
-  [[nodiscard]] QSRegistryManager& manager() const { return *m_manager; }
+  [[nodiscard]] QSRegistryManagerImpl& manager() const { return *m_manager; }
 
   /// Whether roots lie in store files.
   [[nodiscard]] bool onFiles() const { return m_onFiles; }
@@ -31,7 +31,7 @@ class Backend {
   [[nodiscard]] std::string storeOf(enumRegRoot root) const;
 
  private:
-  QSRegistryManager* m_manager = nullptr;
+  QSRegistryManagerImpl* m_manager = nullptr;
   bool m_onFiles = true;
 };
 

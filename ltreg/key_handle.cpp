@@ -1,5 +1,7 @@
 #include "ltreg/key_handle.h"
 
+#include <utility>
+
 namespace ltreg {
 namespace {
 
@@ -10,7 +12,6 @@ constexpr int kSetValue = 2;  // the one right that changes of values need
 
 constexpr unsigned int kFirstSize = 256;
 constexpr unsigned int kMostSize = 1U << 16;
-constexpr std::size_t kSpare = 1024;
 
 // Collects names until `enumerate(index, buffer, size)` finds no more. A name that fills the whole
 // buffer may have been cut, so that it is asked for again with more room.
@@ -77,35 +78,14 @@ Names KeyHandle::valueNames() const {
   });
 }
 
-// In the operating system's registry a value may grow after it was measured: a text is cut then, and
-// all else comes whole, for which there is room to spare.
-int KeyHandle::read(std::string& name, Value& found) const {
-  unsigned int size = 0;
-  found.type = REG_NONE;
-  if (const int result = m_manager.regQueryValueEx(m_key, name.data(), &found.type, nullptr, &size);
-      result != kDone) {
-    return result;
-  }
-  unsigned int capacity = 0;
-  do {
-    capacity = size;
-    found.type = REG_NONE;
-    found.data.resize(2 * std::size_t{capacity} + kSpare);
-    auto* bytes = reinterpret_cast<unsigned char*>(found.data.data());
-    if (const int result = m_manager.regQueryValueEx(m_key, name.data(), &found.type, bytes, &size);
-        result != kDone) {
-      return result;
-    }
-  } while (size > capacity);
-  found.data.resize(size);
-  return kDone;
-}
-
-int KeyHandle::value(std::string name, Value& found) const {
+int KeyHandle::value(const std::string& name, Value& found) const {
   if (m_failure != kDone) {
     return m_failure;
   }
-  const int result = read(name, found);
+  LTLib::RegistryValue value;
+  const int result = m_manager.queryWholeValue(m_key, name.c_str(), value);
+  found.type = value.type;
+  found.data = std::move(value.bytes);
   if (m_onFiles) {
     while ((isText(found.type) || found.type == REG_MULTI_SZ) && found.data.ends_with('\0')) {
       found.data.pop_back();

@@ -39,15 +39,13 @@ class KeyHandle {
   [[nodiscard]] Names valueNames() const;
 
   // These give the manager's numbers.
-  [[nodiscard]] int value(std::string name, Value& found) const;
+  [[nodiscard]] int value(const std::string& name, Value& found) const;
   [[nodiscard]] int setValue(const std::string& name, unsigned int type,
                              const std::string& bytes) const;
   [[nodiscard]] int deleteValue(const std::string& name) const;
 
  private:
-  [[nodiscard]] int read(std::string& name, Value& found) const;
-
-  QSRegistryManager& m_manager;
+  QSRegistryManagerImpl& m_manager;
   bool m_onFiles;
   void* m_key = nullptr;
   int m_failure = kDone;

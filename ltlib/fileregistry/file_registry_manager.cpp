@@ -60,17 +60,13 @@ std::size_t copyCount(std::size_t length, unsigned int capacity, bool withTermin
   return count > 0 ? static_cast<std::size_t>(count) : 0;
 }
 
-void copyNumber(std::uint32_t number, unsigned char* data, unsigned int capacity) {
-  std::memcpy(data, &number, std::min<std::size_t>(capacity, sizeof number));
-}
-
 int queryNumber(QSFileKeyHandle& key, const char* name, unsigned char* data,
                 const unsigned int* dataSize) {
   std::uint32_t number = 0;
   if (data == nullptr || dataSize == nullptr || !cfgQueryNumber(key, name, number)) {
     return kRefused;
   }
-  copyNumber(number, data, *dataSize);
+  std::memcpy(data, &number, std::min<std::size_t>(*dataSize, sizeof number));
   return kDone;
 }
 
@@ -86,24 +82,35 @@ int querySize(QSFileKeyHandle& key, const char* name, unsigned int& type, unsign
   return kDone;
 }
 
-int queryData(QSFileKeyHandle& key, const char* name, unsigned int& type, unsigned char* data,
-              unsigned int& dataSize) {
+int queryWhole(QSFileKeyHandle& key, const char* name, LTLib::RegistryValue& value) {
   QSCfgFieldInfo info;
-  std::string text;
-  if (!cfgQueryValue(key, name, info, &text)) {
+  if (!cfgQueryValue(key, name, info, &value.bytes)) {
     return kRefused;
   }
-  type = typeOf(info.type);
+  value.type = typeOf(info.type);
   if (info.type == kCfgULong) {
-    copyNumber(numberOfText(text), data, dataSize);
+    const std::uint32_t number = numberOfText(value.bytes);
+    value.bytes.assign(reinterpret_cast<const char*>(&number), sizeof number);
+  } else if (info.type == kCfgListString) {
+    value.bytes = unquoteListItems(value.bytes);
+  }
+  return kDone;
+}
+
+int queryData(QSFileKeyHandle& key, const char* name, unsigned int& type, unsigned char* data,
+              unsigned int& dataSize) {
+  LTLib::RegistryValue value;
+  if (queryWhole(key, name, value) != kDone) {
+    return kRefused;
+  }
+  type = value.type;
+  const std::size_t size = value.bytes.size();
+  if (type == REG_DWORD) {
+    std::memcpy(data, value.bytes.data(), std::min<std::size_t>(dataSize, size));
     return kDone;
   }
-  if (info.type == kCfgListString) {
-    text = unquoteListItems(text);
-  }
-  const std::size_t count = copyCount(text.size(), dataSize, type != REG_BINARY);
-  dataSize = static_cast<unsigned int>(text.size());
-  std::memcpy(data, text.c_str(), count);
+  std::memcpy(data, value.bytes.c_str(), copyCount(size, dataSize, type != REG_BINARY));
+  dataSize = static_cast<unsigned int>(size);
   return kDone;
 }
 
@@ -150,6 +157,12 @@ int QSFileRegistryManager::regQueryValueEx(void* key, char* valueName, unsigned 
     return querySize(*handle, valueName, usedType, dataSize);
   }
   return dataSize != nullptr ? queryData(*handle, valueName, usedType, data, *dataSize) : kRefused;
+}
+
+int QSFileRegistryManager::queryWholeValue(void* key, const char* valueName,
+                                           LTLib::RegistryValue& value) {
+  QSFileKeyHandle* handle = openHandle(key);
+  return handle != nullptr ? queryWhole(*handle, valueName, value) : kRefused;
 }
 
 int QSFileRegistryManager::regCreateKey(void* key, const char* subKey, void** result) {

@@ -6,7 +6,8 @@
 // Ownership: an open handle names a key by its path and points at nothing, so that it stays good
 // when keys come and go; it goes back to regCloseKey once.
 // Failure: -1 for every failure of a reg... operation. The first touch of a root reads its store
-// file and may throw QSException; nothing is held then and the next touch tries again.
+// file and may throw QSException, or std::length_error where the folder's "qsconfig.dat" can neither
+// be read nor made; nothing is held then and the next touch tries again.
 // Durability: changes stay in memory until saveConfiguration writes their root.
 //
 // What differs from the operating system's registry: opening succeeds for keys that do not exist,
@@ -41,6 +42,9 @@ class LTLIB_EXPORT QSFileRegistryManager : public QSRegistryManagerImpl {
   /// The size asked for with a null `data` is enough for any value.
   int regQueryValueEx(void* key, char* valueName, unsigned int* type, unsigned char* data,
                       unsigned int* dataSize) override;
+
+  /// One look at the tree. A list comes as regQueryValueEx gives it, a number as 4 bytes.
+  int queryWholeValue(void* key, const char* valueName, LTLib::RegistryValue& value) override;
 
   /// Makes the key, sets its default value to "0", whatever it was, and opens it.
   int regCreateKey(void* key, const char* subKey, void** result) override;

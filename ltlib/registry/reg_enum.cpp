@@ -1,11 +1,13 @@
 #include "ltlib/registry/reg_enum.h"
 
+#include "ltlib/registry/system_numbers.h"
+
 using LTLib::resultFromSystemError;
+using LTLib::detail::kMoreData;
 
 namespace {
 
 constexpr unsigned int kNameCapacity = 200;
-constexpr int kMoreData = 234;
 
 // Asks for the name at `index` with `fetch` and moves on. A name that fills the buffer came cut,
 // which the file backend does not tell.

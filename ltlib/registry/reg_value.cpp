@@ -1,16 +1,19 @@
 #include "ltlib/registry/reg_value.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
 
+#include "ltlib/registry/system_numbers.h"
+
 using LTLib::kFailure;
 using LTLib::kSuccess;
 using LTLib::resultFromSystemError;
+using LTLib::detail::kInvalidData;
+using LTLib::detail::kNotFound;
 
 namespace {
-
-constexpr int kInvalidData = 13;
 
 using DataType = CQSRegValue::e_data_type;
 using Data = CQSRegValue::e_data_struct;
@@ -60,47 +63,32 @@ unsigned int registryTypeOf(DataType type) {
   }
 }
 
-// One open key of the registry manager and the name of one of its values.
-struct OpenValue {
-  QSRegistryManager& manager;
-  void* key;
-  char* name;
-
-  int query(unsigned int* type, void* data, unsigned int* size) const {
-    return manager.regQueryValueEx(key, name, type, static_cast<unsigned char*>(data), size);
-  }
-};
-
-// A stored number of another size would overrun the local one.
+// A stored number of another size than its type's is none.
 template <class Number>
-int fetchNumber(const OpenValue& value, unsigned int type, Data& out) {
+int takeNumber(const std::string& bytes, Data& out) {
   Number number = 0;
-  if (out.size != sizeof number) {
+  if (bytes.size() != sizeof number) {
     return kInvalidData;
   }
-  const int result = value.query(&type, &number, &out.size);
+  std::memcpy(&number, bytes.data(), sizeof number);
   if (number > std::numeric_limits<std::uint32_t>::max()) {
     return kInvalidData;
   }
   out.dwValue = static_cast<std::uint32_t>(number);
-  return result;
+  return 0;
 }
 
-// The extra byte ends a text whose stored form has no end, and is room for the terminator that the
-// file backend copies along.
-int fetchBuffer(const OpenValue& value, unsigned int type, Data& out) {
-  const std::size_t room = std::size_t{out.size} + 1;
-  out.pData = ::operator new(room);
-  std::memset(out.pData, 0, room);
-  return value.query(&type, out.pData, &out.size);
+// The zero bytes behind it end a text, or a list, whose stored form has no end.
+void takeBuffer(const std::string& bytes, Data& out) {
+  constexpr std::size_t kEnd = 2;
+  out.pData = ::operator new(bytes.size() + kEnd);
+  auto* end = std::copy(bytes.begin(), bytes.end(), static_cast<char*>(out.pData));
+  std::fill_n(end, kEnd, '\0');
 }
 
-QSResult fetch(const OpenValue& value, Data& out) {
-  unsigned int type = 0;
-  if (value.query(&type, nullptr, &out.size) != 0) {
-    return kFailure;
-  }
-  const DataType dataType = dataTypeOf(type);
+QSResult take(const LTLib::RegistryValue& value, Data& out) {
+  out.size = static_cast<std::uint32_t>(value.bytes.size());
+  const DataType dataType = dataTypeOf(value.type);
   if (dataType == CQSRegValue::DATA_NONE) {
     return kSuccess;
   }
@@ -109,14 +97,25 @@ QSResult fetch(const OpenValue& value, Data& out) {
   out.dwValue = 0;
   out.type = dataType;
   int result = 0;
-  if (type == REG_DWORD) {
-    result = fetchNumber<std::uint32_t>(value, type, out);
-  } else if (type == REG_QWORD) {
-    result = fetchNumber<std::uint64_t>(value, type, out);
+  if (value.type == REG_DWORD) {
+    result = takeNumber<std::uint32_t>(value.bytes, out);
+  } else if (value.type == REG_QWORD) {
+    result = takeNumber<std::uint64_t>(value.bytes, out);
   } else {
-    result = fetchBuffer(value, type, out);
+    takeBuffer(value.bytes, out);
   }
   return resultFromSystemError(result);
+}
+
+// A value that is there but cannot be read gives the backend's number; whether it is there, its size
+// tells. The file backend has no other failure than absence.
+QSResult failureOf(QSRegistryManager& manager, void* key, const char* name, int result) {
+  unsigned int type = REG_NONE;
+  unsigned int size = 0;
+  const bool absent =
+      result < 0 || result == kNotFound ||
+      manager.regQueryValueEx(key, const_cast<char*>(name), &type, nullptr, &size) != 0;
+  return absent ? kFailure : resultFromSystemError(result);
 }
 
 }  // namespace
@@ -209,7 +208,11 @@ QSResult CQSRegValue::readData(const char* name, e_data_struct& out) {
     return opened;
   }
   const CQSRegKey::Closing closing(m_key);
-  return fetch({*QSRegistryManager::GetInstance(), handle, const_cast<char*>(name)}, out);
+  // Every instance derives from it.
+  auto& manager = static_cast<QSRegistryManagerImpl&>(*QSRegistryManager::GetInstance());
+  LTLib::RegistryValue value;
+  const int result = manager.queryWholeValue(handle, name, value);
+  return result == 0 ? take(value, out) : failureOf(manager, handle, name, result);
 }
 
 QSResult CQSRegValue::readNumber(const char* name, unsigned long& out) {

@@ -1,6 +1,10 @@
 #include "ltlib/registry/registry_manager.h"
 
 #include "ltlib/foundation/kqsresult.h"
+#include "ltlib/registry/system_numbers.h"
+
+using LTLib::detail::kMoreData;
+using LTLib::detail::kMostQueries;
 
 namespace LTLib {
 namespace {
@@ -38,6 +42,31 @@ const char* registryRootName(enumRegRoot root) noexcept {
 }
 
 }  // namespace LTLib
+
+int QSRegistryManagerImpl::queryWholeValue(void* key, const char* valueName,
+                                           LTLib::RegistryValue& value) {
+  auto* name = const_cast<char*>(valueName);
+  for (int query = 0; query < kMostQueries; ++query) {
+    unsigned int size = 0;
+    value.type = REG_NONE;
+    if (const int result = regQueryValueEx(key, name, &value.type, nullptr, &size); result != 0) {
+      return result;
+    }
+    const unsigned int capacity = size;
+    value.type = REG_NONE;
+    value.bytes.assign(std::size_t{capacity} + 1, '\0');
+    auto* bytes = reinterpret_cast<unsigned char*>(value.bytes.data());
+    const int result = regQueryValueEx(key, name, &value.type, bytes, &size);
+    if (result == 0 && size <= capacity) {
+      value.bytes.resize(size);
+      return 0;
+    }
+    if (result != 0 && result != kMoreData) {
+      return result;
+    }
+  }
+  return kMoreData;
+}
 
 long SaveConfiguration(enumRegRoot root) {
   QSRegistryManager* manager = QSRegistryManager::GetInstance();

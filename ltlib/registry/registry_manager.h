@@ -6,8 +6,9 @@
 // handle is never opened and never closed. All texts and buffers are the caller's.
 // Failure: the reg... operations give 0 or a number: the operating system's positive error number
 // on the operating system's backend, -1 on the file backend. They throw nothing of their own; the
-// first touch of a root of the file backend reads its store file, and what that throws
-// (QSException) passes through. The save operations give a result code.
+// first touch of a root of the file backend reads its store file, and what that throws passes
+// through: QSException, or std::length_error where the store's folder is missing or takes no file
+// "qsconfig.dat" from this user and has none. The save operations give a result code.
 // Units: sizes are bytes. Key paths are narrow texts of components joined by one backslash,
 // relative to a root. A null value name means the key's default value.
 #ifndef LTLIB_REGISTRY_REGISTRY_MANAGER_H
@@ -53,6 +54,16 @@ LTLIB_EXPORT void* predefinedRootHandle(enumRegRoot root) noexcept;
 
 /// The name of a root, as "HKEY_LOCAL_MACHINE". Null for any value outside 1 to 5.
 LTLIB_EXPORT const char* registryRootName(enumRegRoot root) noexcept;
+
+}  // namespace LTLib
+
+namespace LTLib {
+
+/// A value as it stood at one moment.
+struct RegistryValue {
+  unsigned int type = REG_NONE;
+  std::string bytes;  // all of them; a text's terminators as regQueryValueEx counts them
+};
 
 }  // namespace LTLib
 
@@ -125,6 +136,15 @@ class LTLIB_EXPORT QSRegistryManager {
 class LTLIB_EXPORT QSRegistryManagerImpl : public QSRegistryManager {
  public:
   virtual ~QSRegistryManagerImpl() = default;
+
+  /// Reads type and bytes of a value together. Between a query of the size and one of the data the
+  /// value may change, and a buffer of the one size is then too small for the other. The number of
+  /// a failure is that of regQueryValueEx; a value that has grown again each time that it was asked
+  /// for, 100 times in a row, gives 234.
+  ///
+  /// A manager that does not override this is asked by regQueryValueEx, and must write no more than
+  /// `*dataSize` + 1 bytes there.
+  virtual int queryWholeValue(void* key, const char* valueName, LTLib::RegistryValue& value);
 };
 
 namespace LTLib {

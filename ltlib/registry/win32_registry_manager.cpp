@@ -1,16 +1,22 @@
 #include "ltlib/registry/win32_registry_manager.h"
 
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "ltlib/platform/os_registry.h"
 #include "ltlib/platform/unicode.h"
+#include "ltlib/registry/system_numbers.h"
 
+using namespace LTLib::detail;
 namespace OsRegistry = LTLib::Platform::OsRegistry;
 using LTLib::Platform::codePageToUtf16;
 using LTLib::Platform::utf16ToUtf8;
 using LTLib::Platform::utf8ToUtf16;
 
 namespace {
+
+constexpr unsigned int kFirstSize = 512;
 
 bool isText(unsigned int type) {
   return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_LINK || type == REG_MULTI_SZ;
@@ -33,23 +39,38 @@ class WideName {
   std::u16string m_text;
 };
 
-// The stored text of `bytes` bytes. One of an odd size cannot be fetched and reads as NULs.
-std::u16string fetchText(void* key, const WideName& name, unsigned int bytes) {
-  std::u16string text(bytes / sizeof(char16_t), u'\0');
-  auto size = static_cast<unsigned int>(text.size() * sizeof(char16_t));
-  (void)OsRegistry::queryValue(key, name.get(), nullptr,
-                               reinterpret_cast<unsigned char*>(text.data()), &size);
-  return text;
+// All the bytes of a value, first asked for with room for `size` of them, which then is their count.
+// Where others let the value grow meanwhile it is asked for again. A text of an odd size fails where
+// there is room for whole characters alone.
+int fetch(void* key, const WideName& name, unsigned int& type, std::u16string& units,
+          unsigned int& size) {
+  int result = kMoreData;
+  for (int query = 0; result == kMoreData && query < kMostQueries; ++query) {
+    units.resize(std::max(units.size(), (std::size_t{size} + 1) / sizeof(char16_t)));
+    size = static_cast<unsigned int>(units.size() * sizeof(char16_t));
+    result = OsRegistry::queryValue(key, name.get(), &type,
+                                    reinterpret_cast<unsigned char*>(units.data()), &size);
+  }
+  return result;
 }
 
-// Gives a text as UTF-8, as much of it as fits, and its full size.
-void giveText(const std::u16string& text, unsigned char* data, unsigned int* dataSize) {
-  const unsigned int capacity = *dataSize;
-  const std::size_t size = utf16ToUtf8(text.data(), text.size(), nullptr, 0);
+// The text in the first `size` bytes; what is left of an odd number is no character.
+std::u16string_view textOf(const std::u16string& units, unsigned int size) {
+  return std::u16string_view(units).substr(0, size / sizeof(char16_t));
+}
+
+// Gives a text as UTF-8, as much of it as fits, and tells its full size.
+unsigned int giveText(std::u16string_view text, unsigned char* data, unsigned int capacity) {
   if (data != nullptr && capacity != 0) {
     (void)utf16ToUtf8(text.data(), text.size(), reinterpret_cast<char*>(data), capacity);
   }
-  *dataSize = static_cast<unsigned int>(size);
+  return static_cast<unsigned int>(utf16ToUtf8(text.data(), text.size(), nullptr, 0));
+}
+
+std::string utf8Of(std::u16string_view text) {
+  std::string utf8(utf16ToUtf8(text.data(), text.size(), nullptr, 0), '\0');
+  (void)utf16ToUtf8(text.data(), text.size(), utf8.data(), utf8.size());
+  return utf8;
 }
 
 int setText(void* key, const WideName& name, unsigned int type, const char* text,
@@ -81,14 +102,36 @@ int QSWin32RegistryManager::regQueryValueEx(void* key, char* valueName, unsigned
                                             unsigned char* data, unsigned int* dataSize) {
   const WideName name(valueName);
   const unsigned int capacity = *dataSize;
-  const int result = OsRegistry::queryValue(key, name.get(), type, nullptr, dataSize);
-  if (result == 0 && isText(*type)) {
-    const std::u16string text = fetchText(key, name, *dataSize);
-    *dataSize = capacity;
-    giveText(text, data, dataSize);
-    return 0;
+  for (int query = 0; query < kMostQueries; ++query) {
+    int result = OsRegistry::queryValue(key, name.get(), type, nullptr, dataSize);
+    const bool text = result == 0 && isText(*type);
+    std::u16string units;
+    if (text) {
+      result = fetch(key, name, *type, units, *dataSize);
+    } else if (data != nullptr) {
+      result = OsRegistry::queryValue(key, name.get(), type, data, dataSize);
+    }
+    if (result != 0 || isText(*type) == text) {
+      if (result == 0 && text) {
+        *dataSize = giveText(textOf(units, *dataSize), data, capacity);
+      }
+      return result;
+    }
   }
-  return data != nullptr ? OsRegistry::queryValue(key, name.get(), type, data, dataSize) : result;
+  return kMoreData;
+}
+
+int QSWin32RegistryManager::queryWholeValue(void* key, const char* valueName,
+                                            LTLib::RegistryValue& value) {
+  std::u16string units;
+  unsigned int size = kFirstSize;
+  const int result = fetch(key, WideName(valueName), value.type, units, size);
+  if (result == 0 && isText(value.type)) {
+    value.bytes = utf8Of(textOf(units, size));
+  } else if (result == 0) {
+    value.bytes.assign(reinterpret_cast<const char*>(units.data()), size);
+  }
+  return result;
 }
 
 int QSWin32RegistryManager::regCreateKey(void* key, const char* subKey, void** result) {

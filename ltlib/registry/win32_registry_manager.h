@@ -39,6 +39,9 @@ class LTLIB_EXPORT QSWin32RegistryManager : public QSRegistryManagerImpl {
   int regQueryValueEx(void* key, char* valueName, unsigned int* type, unsigned char* data,
                       unsigned int* dataSize) override;
 
+  /// As regQueryValueEx with room for all; a text comes as UTF-8.
+  int queryWholeValue(void* key, const char* valueName, LTLib::RegistryValue& value) override;
+
   /// Makes the key and missing parents, or opens what exists.
   int regCreateKey(void* key, const char* subKey, void** result) override;
 

@@ -1,5 +1,8 @@
 // Values: what reads, writes and deletions give, in every form of each.
+#include <array>
+#include <atomic>
 #include <cstring>
+#include <thread>
 #include <tuple>
 
 #include "tests/registry/registry_fixture.h"
@@ -181,6 +184,45 @@ TEST_F(RegValue, BuffersBelongToObjectsAndRecords) {
   data.Clear();
   data.Clear();
   EXPECT_EQ(contentOf(data), "none:0");
+}
+
+// Another thread writes two forms of a value in turn: each read gives the one or the other, whole.
+TEST_F(RegValue, ReadsThatRaceWithWritesGiveWhatOneWriteLeft) {
+  const std::string large(20000, 'x');
+  const std::tuple<const char*, Form, Form> cases[] = {
+      {"bytes", {REG_BINARY, "1234"}, {REG_BINARY, large}},
+      {"number", {REG_DWORD, "\5\0\0\0"s}, {REG_BINARY, large}},
+      {"text", {REG_SZ, "short\0"s}, {REG_SZ, large + '\0'}},
+      {"list", {REG_MULTI_SZ, "a\0b\0\0"s}, {REG_MULTI_SZ, large + "\0c\0\0"s}},
+      {"at times", {REG_SZ, large + '\0'}, {std::nullopt, ""}},
+  };
+  make("K");
+  const RawKey key(path("K"));
+  for (const auto& [name, first, second] : cases) {
+    CQSRegValue value = this->value("K", name);
+    key.put(name, first);
+    const std::string one = readOnce(value);
+    key.put(name, second);
+    const std::string other = readOnce(value);
+    std::atomic<bool> done = false;
+    std::atomic<unsigned int> writes = 0;
+    std::thread writer([&, name = name, forms = std::array{first, second}] {
+      for (; !done; ++writes) {
+        key.put(name, forms[writes % 2]);
+      }
+    });
+    // Reads in a row meet a write; a reader without a pause would keep the writer out.
+    const int readsInARow = filesServe() ? 200 : 20;
+    for (int read = 0; read < 15 * readsInARow && !HasFailure(); ++read) {
+      const std::string content = readOnce(value);
+      EXPECT_TRUE(content == one || content == other) << name << ": " << content.substr(0, 20);
+      for (const unsigned int before = writes; read % readsInARow == 0 && writes == before;) {
+        std::this_thread::yield();
+      }
+    }
+    done = true;
+    writer.join();
+  }
 }
 
 }  // namespace

@@ -61,6 +61,13 @@ int RawKey::set(const char* name, unsigned int type, const std::string& bytes) c
       static_cast<unsigned int>(bytes.size()));
 }
 
+void RawKey::put(std::string name, const Form& form) const {
+  const int result = form.type
+                         ? set(name.c_str(), *form.type, form.bytes)
+                         : QSRegistryManager::GetInstance()->regDeleteValue(m_handle, name.data());
+  EXPECT_EQ(result, 0) << name;
+}
+
 std::string codeOf(QSResult result) {
   char text[16];
   std::snprintf(text, sizeof text, "%08X", static_cast<unsigned int>(result));
@@ -92,6 +99,12 @@ std::string contentOf(const CQSRegValue::e_data_struct& data) {
       EXPECT_EQ(data.size, content.size() + kTextTerminators());
   }
   return label[data.type] + content;
+}
+
+std::string readOnce(CQSRegValue& value) {
+  CQSRegValue::e_data_struct data;
+  const QSResult result = value.Read(data);
+  return result < 0 ? codeOf(result) : contentOf(data);
 }
 
 }  // namespace LTLib::Testing

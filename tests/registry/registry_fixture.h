@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,12 @@ class RegistryObjects : public testing::Test {
   std::string m_base;
 };
 
+/// What somebody makes of a value; without a type it is deleted.
+struct Form {
+  std::optional<unsigned int> type;
+  std::string bytes;
+};
+
 /// An open handle of the manager, for what the objects do not show.
 class RawKey {
  public:
@@ -55,6 +62,7 @@ class RawKey {
 
   [[nodiscard]] void* get() const { return m_handle; }
   int set(const char* name, unsigned int type, const std::string& bytes) const;
+  void put(std::string name, const Form& form) const;
 
  private:
   void* m_handle = nullptr;
@@ -83,6 +91,9 @@ Names namesOf(Walk&& walk) {
 
 /// A negative result as eight digits.
 [[nodiscard]] std::string codeOf(QSResult result);
+
+/// What one read into a record makes of a value: as contentOf, or the code.
+[[nodiscard]] std::string readOnce(CQSRegValue& value);
 
 /// What every form of Read makes of a value, with a name or without: as contentOf, or the code.
 template <class... Name>

@@ -6,7 +6,7 @@
 #include "ltlib/platform/os_registry.h"
 #include "ltlib/registry/backend_choice.h"
 #include "ltlib/registry/win32_registry_manager.h"
-#include "tests/registry/registry_fixture.h"
+#include "tests/registry/changing_value.h"
 
 namespace {
 
@@ -18,8 +18,10 @@ using LTLib::resultFromSystemError;
 
 class FailingManager : public QSWin32RegistryManager {
  public:
-  int m_fetch = 0;        // the number that a query of data gives, if not its own
-  bool m_throws = false;  // from a query
+  int m_fetch = 0;            // the number that a read gives, if not its own
+  bool m_throws = false;      // from a query
+  std::vector<Form> m_forms;  // of a value of a manager that gives no answer in one step
+  std::size_t m_queries = 0;
   std::string m_undeletable = "none";
   int m_openHandles = 0;  // of keys that were opened and not made
 
@@ -37,14 +39,32 @@ class FailingManager : public QSWin32RegistryManager {
     return QSWin32RegistryManager::regOpenKeyEx(key, path.c_str(), options, samDesired, result);
   }
 
-  int regQueryValueEx(void* key, char* valueName, unsigned int* type, unsigned char* data,
-                      unsigned int* dataSize) override {
+  int queryWholeValue(void* key, const char* valueName, LTLib::RegistryValue& value) override {
     if (m_throws) {
       throw QSException("failing_manager", __LINE__, kFailure, "registry read failed");
     }
-    const int result =
-        QSWin32RegistryManager::regQueryValueEx(key, valueName, type, data, dataSize);
-    return data != nullptr && m_fetch != 0 ? m_fetch : result;
+    const int result = m_forms.empty()
+                           ? QSWin32RegistryManager::queryWholeValue(key, valueName, value)
+                           : QSRegistryManagerImpl::queryWholeValue(key, valueName, value);
+    return m_fetch != 0 ? m_fetch : result;
+  }
+
+  // Cuts what does not fit, as the file backend does.
+  int regQueryValueEx(void* key, char* valueName, unsigned int* type, unsigned char* data,
+                      unsigned int* dataSize) override {
+    if (m_forms.empty()) {
+      return QSWin32RegistryManager::regQueryValueEx(key, valueName, type, data, dataSize);
+    }
+    const Form& form = m_forms[std::min(m_queries++, m_forms.size() - 1)];
+    if (form.type) {
+      *type = *form.type;
+      if (data != nullptr) {
+        std::copy_n(form.bytes.c_str(), std::min<std::size_t>(*dataSize, form.bytes.size()) + 1,
+                    data);
+      }
+      *dataSize = static_cast<unsigned int>(form.bytes.size());
+    }
+    return form.type ? 0 : kNotThere;
   }
 
   int regDeleteKey(void* key, const char* subKey) override {
@@ -76,6 +96,7 @@ class SystemBackend : public RegistryObjects {
   ~SystemBackend() override {
     s_manager->m_fetch = 0;
     s_manager->m_throws = false;
+    s_manager->m_forms.clear();
     s_manager->m_undeletable = "none";
   }
 
@@ -139,7 +160,7 @@ TEST_F(SystemBackend, StoresTextsWideAndGivesThemAsUtf8) {
   EXPECT_TRUE(stored(u"n", u"a\xD83Dz\0"s, 8) == u"a\xD83Dz\0"s);
   EXPECT_EQ(query("n", 6), "0|1|6|a\xEF\xBF\xBDz\0"s);
   (void)stored(u"n", u"abcd", 7);
-  EXPECT_EQ(query("n", 3), "0|1|3|\0\0\0"s) << "an odd size cannot be fetched";
+  EXPECT_EQ(query("n", 3), "0|1|3|abc") << "half a character more";
   // Names pass through the system's code page.
   const std::string name = LTLib::Platform::hasSystemRegistry() ? "n\xE4" : "n\xC3\xA4";
   EXPECT_EQ(set(name.c_str(), REG_SZ, "text"), 0);
@@ -208,14 +229,17 @@ TEST_F(SystemBackend, EnumeratesValuesWithTheirData) {
 
 TEST_F(SystemBackend, FailuresOfReadsAndWrites) {
   CQSRegValue value = this->value("K", "v");
-  for (const unsigned int type : {unsigned{REG_SZ}, unsigned{REG_DWORD}, unsigned{REG_QWORD}}) {
-    EXPECT_EQ(set("v", type, std::string(type == REG_DWORD ? 4 : 8, '\0')), 0);
-    for (const int number : {5, -1}) {
-      s_manager->m_fetch = number;
-      EXPECT_EQ(contentOf(value), codeOf(resultFromSystemError(number)));
-    }
-    s_manager->m_fetch = 0;
+  EXPECT_EQ(set("v", REG_SZ, "text"), 0);
+  const std::pair<int, QSResult> failures[] = {
+      {5, resultFromSystemError(5)}, {kNotThere, kFailure}, {-1, kFailure}};
+  for (const auto& [number, result] : failures) {
+    s_manager->m_fetch = number;
+    EXPECT_EQ(contentOf(value), codeOf(result)) << number;
   }
+  s_manager->m_fetch = 5;
+  CQSRegValue gone = this->value("K", "gone");
+  EXPECT_EQ(contentOf(gone), codeOf(kFailure)) << "whatever the number";
+  s_manager->m_fetch = 0;
   s_manager->m_throws = true;
   const int before = s_manager->m_openHandles;
   char* text = nullptr;
@@ -252,6 +276,16 @@ TEST_F(SystemBackend, StoredBytesThatAreNotOfTheirType) {
     CQSRegValue::e_data_struct data;
     EXPECT_EQ(value.Read(data), 0);
     EXPECT_STREQ(static_cast<const char*>(data.pData), "abc");
+  }
+}
+
+// Of a manager that answers in two steps a read asks until both are of one value.
+TEST_F(SystemBackend, ReadsOfAnOutsideManagersValuesThatChange) {
+  CQSRegValue value = this->value("K", "v");
+  for (const Change& change : changes("bytes:" + std::string(60000, 'x'))) {
+    s_manager->m_forms = change.forms;
+    s_manager->m_queries = 0;
+    EXPECT_TRUE(readOnce(value) == change.content) << change.label;
   }
 }
 

@@ -141,6 +141,9 @@ int deleteKey(void* key, const char* subKey) noexcept {
 
 int queryValue(void* key, const char16_t* name, unsigned int* type, unsigned char* data,
                unsigned int* dataSize) noexcept {
+  if (beforeQuery != nullptr) {
+    beforeQuery();
+  }
   const std::lock_guard<std::mutex> hold(s_guard);
   std::shared_ptr<Key> found;
   if (const Error error = tree().find(key, kQueryValue, found); error != kDone) {

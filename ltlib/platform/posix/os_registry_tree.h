@@ -33,6 +33,9 @@ enum Right : unsigned int {
   kAllAccess = 0xF003F,
 };
 
+/// Called ahead of each query of a value, with no lock held: where a test lets others change it.
+inline void (*beforeQuery)() = nullptr;
+
 /// Orders names without regard to the case of the ASCII letters.
 struct NameLess {
   bool operator()(std::u16string_view left, std::u16string_view right) const noexcept;
