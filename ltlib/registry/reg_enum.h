@@ -5,6 +5,7 @@
 // that it can outlive any change to the key.
 // Failure: a negative QSResult; the walk stays where it was, and so does the argument. The end of a
 // walk is such a result too: 0x80070103 on the operating system's backend, -1 on the file backend.
+// What a first touch of a root throws passes through, as CQSRegKey tells.
 // A name of 200 bytes or more gives 0x800700EA on both.
 //
 // Nothing guards a walk against changes: an entry deleted behind it moves the later ones down, and
