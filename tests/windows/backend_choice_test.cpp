@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "ltlib/registry/registry_manager.h"
 #include "tests/support/child_process.h"
@@ -32,34 +33,28 @@ int askBackend(const std::vector<std::string>& arguments) {
 const Scenario s_backend("backend", askBackend);
 
 TEST(BackendChoice, GoesByTheMarkerBesideTheLibrary) {
-  const struct {
-    const char* label;
-    const char* folder;
-    const char* library;
-    const char* marker;  // none if null
-    Answer expected;
-  } cases[] = {
-      {"no marker", "plain", "ltlib.dll", nullptr, kSystem},
-      {"empty marker", "plain", "ltlib.dll", "plain/registry.dat", kFile},
-      {"letters of both cases", "Mixed Case", "LTLib.DLL", "Mixed Case/Registry.DAT", kFile},
-      {"marker elsewhere", "plain", "ltlib.dll", "registry.dat", kSystem},
-      {"folder with the library's name", "old ltlib.dll x", "ltlib.dll",
-       "old ltlib.dll x/registry.dat", kSystem},
-      {"and the marker where that name begins", "old ltlib.dll x", "ltlib.dll", "old registry.dat",
-       kFile},
-      {"renamed library", "plain", "other.dll", nullptr, kFile},
+  // Folder, library, marker if there is one, and the backend.
+  const std::tuple<const char*, const char*, const char*, Answer> cases[] = {
+      {"plain", "ltlib.dll", nullptr, kSystem},
+      {"plain", "ltlib.dll", "plain/registry.dat", kFile},
+      {"Mixed Case", "LTLib.DLL", "Mixed Case/Registry.DAT", kFile},
+      {"plain", "ltlib.dll", "registry.dat", kSystem},
+      // The library's name is replaced where it comes first.
+      {"old ltlib.dll x", "ltlib.dll", "old ltlib.dll x/registry.dat", kSystem},
+      {"old ltlib.dll x", "ltlib.dll", "old registry.dat", kFile},
+      {"plain", "other.dll", nullptr, kFile},
   };
   const fs::path built = fs::path(LTLib::Testing::thisProgram()).parent_path() / LTLIB_DLL;
-  for (const auto& row : cases) {
+  for (const auto& [folderName, libraryName, marker, expected] : cases) {
     const LTLib::Testing::TempFolder temp;
-    const fs::path folder = temp.path(row.folder);
-    fs::create_directory(folder);
-    fs::copy_file(built, folder / row.library);
-    if (row.marker != nullptr) {
-      temp.write(row.marker, "");
+    const fs::path library = fs::path(temp.path(folderName)) / libraryName;
+    fs::create_directory(library.parent_path());
+    fs::copy_file(built, library);
+    if (marker != nullptr) {
+      temp.write(marker, "");
     }
-    EXPECT_EQ(ChildProcess("backend", {(folder / row.library).string()}).wait(), row.expected)
-        << row.label;
+    EXPECT_EQ(ChildProcess("backend", {library.string()}).wait(), expected)
+        << library << ' ' << (marker != nullptr ? marker : "without a marker");
   }
 }
 
