@@ -179,11 +179,4 @@ TEST(TextWriter, WritesWhatWasReadInItsOwnForm) {
   }
 }
 
-TEST(TextWriter, RefusesWhatALoadBroughtInWithoutAWayBack) {
-  for (const char* text : {"[A\\\\\\B]\n\"n\"=ulong:1\n", "[A]\n\"n\"=binary:x\\\\",
-                           "[A\\B\\\\\\]\n\"n\"=ulong:1\n"}) {
-    EXPECT_EQ(writeText(*readText(text).root), std::nullopt) << text;
-  }
-}
-
 }  // namespace

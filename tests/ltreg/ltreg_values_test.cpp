@@ -1,5 +1,4 @@
 // What the tool shows of values, sets and deletes, and what it refuses.
-#include <random>
 #include <span>
 
 #include "tests/ltreg/ltreg_fixture.h"
@@ -148,33 +147,6 @@ TEST_F(LtregValues, TakesVeryLongArguments) {
   shows("list @", "string\t" + text + "\t" + text + "\n", holding(line));
   fails(1, "list HKLM\\" + text + "\\B", "...' does not exist", kOne);
   fails(2, text, "xxx...' is no command", kOne);
-}
-
-TEST_F(LtregValues, SurvivesRandomArguments) {
-  // Never the system's own registry, of which not all is the test's.
-  std::istringstream known(
-      "list tree get set delete path check expand vars component register unregister probe --json"
-      " --store s.cfg --store= --type string ulong binary type-9 --backend file -r -- --help -h"
-      " --version --trace --create --as-is HKLM HKCU HKLM\\A HKLM\\ @ @\\%QSRoot% \\\\\\ n X ''"
-      " %s%n [a,b] {} %% ++ - = --= -1 0x10");
-  const std::vector<std::string> words{std::istream_iterator<std::string>(known), {}};
-  std::mt19937 random(20261123);
-  m_folder.write(kStore, kDemo);
-  for (int i = kOnWindows ? 50 : 150; i > 0; --i) {
-    std::string line;
-    for (auto left = random() % 8; left > 0; --left) {
-      line += words[random() % words.size()] + ' ';
-      for (auto garbage = random() % 6 == 0 ? random() % 40 : 0; garbage > 0; --garbage) {
-        const auto byte = static_cast<char>(1 + random() % 255);
-        line += byte == '/' ? '_' : byte;  // no path may lead out of the folder
-      }
-    }
-    const ProgramResult result = run(line);
-    ASSERT_TRUE(result.exitCode >= 0 && result.exitCode <= 4) << line << result.errors;
-    // What a check finds is its output; every other failure tells its reason as an error.
-    ASSERT_TRUE(result.exitCode == 0 || !(result.errors + result.output).empty()) << line;
-  }
-  EXPECT_EQ(run("check").exitCode, 0);
 }
 
 }  // namespace
