@@ -51,7 +51,7 @@ void setEnvironment(const std::string& name, const std::optional<std::string>& v
 
 std::pair<std::FILE*, std::FILE*> makePipe() {
   int ends[2];
-  if (_pipe(ends, 4096, _O_BINARY | _O_NOINHERIT) != 0) {
+  if (_pipe(ends, 4096, _O_TEXT | _O_NOINHERIT) != 0) {
     throw std::runtime_error("no pipe");
   }
   return {_fdopen(ends[0], "r"), _fdopen(ends[1], "w")};
