@@ -18,11 +18,12 @@ using Platform::NamedLockStatus;
 
 NamedMutexImpl::NamedMutexImpl(const char* name)
     : m_lock(nullptr), m_name(name != nullptr ? name : "") {
+  std::string reason;
   if (name != nullptr) {
-    m_lock = Platform::openNamedLock(m_name);
+    m_lock = Platform::openNamedLock(m_name, reason);
   }
   if (m_lock == nullptr) {
-    fail("cannot create named LTLib::Mutex " + m_name);
+    fail("cannot create named LTLib::Mutex " + m_name + (reason.empty() ? "" : ": ") + reason);
   }
 }
 

@@ -52,7 +52,8 @@ struct NamedLock;
 class LTLIB_EXPORT NamedMutexImpl {
  public:
   /// Opens the mutex, making it if need be, and waits for nobody. Copies the name. Throws
-  /// "cannot create named LTLib::Mutex " and the name when that fails, as with a null name.
+  /// "cannot create named LTLib::Mutex " and the name when that fails, as with a null name; where a
+  /// file is in the way, a colon, which file that is and whose follow.
   explicit NamedMutexImpl(const char* name);
 
   /// Requires: nobody holds the mutex through this object or waits for it.

@@ -26,8 +26,9 @@ struct NamedLockWait {
   unsigned long systemError = 0;
 };
 
-/// Opens the lock of that name, making it if need be; waits for nobody. Null when that fails.
-[[nodiscard]] NamedLock* openNamedLock(const std::string& name) noexcept;
+/// Opens the lock of that name, making it if need be; waits for nobody. Null when that fails;
+/// `reason` then tells what is in the way and whose it is, if that is known.
+[[nodiscard]] NamedLock* openNamedLock(const std::string& name, std::string& reason) noexcept;
 
 /// Waits for the lock without limit.
 [[nodiscard]] NamedLockWait waitForNamedLock(NamedLock& lock) noexcept;

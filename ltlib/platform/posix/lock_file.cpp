@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <span>
 
 #include "ltlib/platform/posix/descriptors.h"
@@ -189,6 +190,17 @@ int openLockFile(LockFile& file) noexcept {
     return error;
   }
   return ESTALE;
+}
+
+std::string describeObstacle(const LockFile& file, int error) {
+  struct stat found {};
+  if (lstat(file.path.c_str(), &found) != 0) {
+    return "the file " + file.path + " cannot be made: " + std::strerror(error);
+  }
+  const std::string whose =
+      "the file " + file.path + " of the user " + std::to_string(found.st_uid);
+  return whose + (S_ISREG(found.st_mode) ? std::string(" cannot be used: ") + std::strerror(error)
+                                         : std::string(" is no regular file"));
 }
 
 void closeLockFile(LockFile& file) noexcept {

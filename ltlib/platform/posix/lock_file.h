@@ -45,6 +45,10 @@ struct LockFile {
 /// name too.
 [[nodiscard]] int openLockFile(LockFile& file) noexcept;
 
+/// What is in the way of a file that could not be opened for that reason, and whose it is, as "the
+/// file PATH of the user 1000 is no regular file". Throws std::bad_alloc.
+[[nodiscard]] std::string describeObstacle(const LockFile& file, int error);
+
 /// Closes the file, which gives its lock up unless a forked child still has a copy open.
 void closeLockFile(LockFile& file) noexcept;
 

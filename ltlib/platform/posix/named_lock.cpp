@@ -119,14 +119,16 @@ const bool s_armedAtLoad = [] {
   }
 }();
 
-NamedLock* makeLock(std::string path) {
+NamedLock* makeLock(std::string path, std::string& reason) {
   auto* lock = new NamedLock;
   lock->file.path = std::move(path);
   try {
-    if (openLockFile(lock->file) == 0) {
+    const int error = openLockFile(lock->file);
+    if (error == 0) {
       s_table->emplace(lock->file.path, lock);
       return lock;
     }
+    reason = describeObstacle(lock->file, error);
   } catch (...) {
     closeLockFile(lock->file);
     delete lock;
@@ -136,10 +138,10 @@ NamedLock* makeLock(std::string path) {
   return nullptr;
 }
 
-NamedLock* findOrMakeLock(const std::string& name) {
+NamedLock* findOrMakeLock(const std::string& name, std::string& reason) {
   std::string path = lockFilePath(name);
   const auto found = s_table->find(path);
-  NamedLock* lock = found != s_table->end() ? found->second : makeLock(std::move(path));
+  NamedLock* lock = found != s_table->end() ? found->second : makeLock(std::move(path), reason);
   if (lock != nullptr) {
     ++lock->accesses;
   }
@@ -207,10 +209,10 @@ void removeFromHeld(NamedLock& lock) noexcept {
 
 }  // namespace
 
-NamedLock* openNamedLock(const std::string& name) noexcept {
+NamedLock* openNamedLock(const std::string& name, std::string& reason) noexcept {
   const ThreadLockScope guard(s_guard);
   try {
-    return arm() ? findOrMakeLock(name) : nullptr;
+    return arm() ? findOrMakeLock(name, reason) : nullptr;
   } catch (const std::bad_alloc&) {
     return nullptr;
   }

@@ -8,7 +8,7 @@ struct NamedLock {
   HANDLE handle;
 };
 
-NamedLock* openNamedLock(const std::string& name) noexcept {
+NamedLock* openNamedLock(const std::string& name, std::string&) noexcept {
   return ownHandle<NamedLock>(CreateMutexA(nullptr, FALSE, name.c_str()));
 }
 
