@@ -21,4 +21,5 @@ install(FILES ${PROJECT_BINARY_DIR}/ltlibConfig.cmake
               ${PROJECT_BINARY_DIR}/ltlibConfigVersion.cmake
               ${PROJECT_SOURCE_DIR}/cmake/ltlibComponent.cmake
         DESTINATION ${package_dir})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/cmake/component DESTINATION ${package_dir})
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})

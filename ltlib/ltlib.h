@@ -3,6 +3,7 @@
 #define LTLIB_LTLIB_H
 
 #include "ltlib/component/class_report.h"
+#include "ltlib/component/component_start.h"
 #include "ltlib/component/dll_loader.h"
 #include "ltlib/component/instance_creation.h"
 #include "ltlib/component/iqsunknown.h"

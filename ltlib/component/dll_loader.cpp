@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "ltlib/component/dll_loader_tables.h"
+#include "ltlib/component/module_load.h"
 #include "ltlib/platform/shared_library.h"
 #include "ltlib/registry/reg_value.h"
 
@@ -89,10 +90,11 @@ bool countLastUnload(FactoryDll& record) {
 }
 
 // False when the library does not load. Requires: the load lock.
-bool loadModule(FactoryDll& record) {
+bool loadModule(DllLoaderTables& tables, FactoryDll& record) {
   if (record.module == nullptr) {
     record.loadFailure.clear();
-    record.module = LTLib::Platform::loadSharedLibrary(record.dllPath.c_str(), record.loadFailure);
+    record.module =
+        LTLib::detail::loadModule(tables.failedModules, record.dllPath.c_str(), record.loadFailure);
   }
   return record.module != nullptr;
 }
@@ -109,7 +111,7 @@ FactoryDll* iqsDllLoader::Load(const iqsID& id, char** error) {
     return record;
   }
   const ScopedLock hold(tables->loadLock);
-  if (!loadModule(*record)) {
+  if (!loadModule(*tables, *record)) {
     reportNoLoad(*record, error);
     return nullptr;
   }

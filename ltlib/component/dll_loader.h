@@ -29,11 +29,20 @@
 // with the library's static objects, factories and release functions running under the loader's
 // locks: they may use the loader themselves, but must not wait for another thread that does. A
 // variable resolver runs under the lock of the look-up and must not use the loader. Load of a class
-// that is loaded already waits for nobody.
+// that is loaded already waits for nobody. The process does not end while a thread is in a plain
+// factory or a release function: the registrars that go then wait for it.
 // Ownership: records are the loader's. A failure text is made by `new char[]` and belongs to the
 // caller, who frees it with `delete[]`. Identifiers are copied.
 // Failure: a null result. What the registry, a factory, a release function or a static object of a
-// library throws passes through, with all locks released. No trace.
+// library throws passes through, with all locks of this loader released. No trace.
+//
+// A library whose static object threw has failed. On Windows the system's loader stops the
+// exception, so that the Load gives null, and the next one tries again. On Linux the Load throws it,
+// and each further one of the library's classes fails: the library stays in memory, where the
+// exception has its code. If it was not built by ltlib_add_component, the exception leaves the
+// system's loader locked for all threads but that one. On them no Load brings a library in and no
+// Unload frees one from then on, and whatever calls the system's loader there waits for ever, the
+// end of the process included.
 #ifndef LTLIB_COMPONENT_DLL_LOADER_H
 #define LTLIB_COMPONENT_DLL_LOADER_H
 
@@ -58,7 +67,7 @@ class LTLIB_EXPORT iqsDllLoader {
   /// Loads the library of a class, or counts one more load of it. Null, and a text of at most 1023
   /// characters behind `error`, when the class has no entry or its library does not load; an empty
   /// path never loads. A null `error` gets no text, and so does a null identifier. A failure to
-  /// load keeps a text that `error` holds already; a missing entry replaces it.
+  /// load keeps a text that `error` holds already; a missing entry replaces it and does not free it.
   static FactoryDll* Load(const iqsID& id, char** error);
 
   /// Undoes one Load; with the last one the library is freed, if no other class holds it. Nothing

@@ -2,7 +2,10 @@
 #ifndef LTLIB_COMPONENT_DLL_LOADER_TABLES_H
 #define LTLIB_COMPONENT_DLL_LOADER_TABLES_H
 
+#include <vector>
+
 #include "ltlib/component/factory_dll.h"
+#include "ltlib/component/module_load.h"
 #include "ltlib/foundation/mutex.h"
 
 namespace LTLib::detail {
@@ -15,6 +18,7 @@ struct DllLoaderTables {
   Mutex tableLock;    // additions to `factories`; held across the look-up in the registry
   Mutex loadLock;     // modules and their counts; held while a library loads or goes
   Mutex factoryLock;  // factories and release functions; held while one runs
+  std::vector<FailedModule> failedModules;  // load lock
 };
 
 /// Null when they could not be made. Never freed: the registrars of a library that goes at the end
