@@ -40,7 +40,7 @@ class Process {
   ~Process();
   Process(Process&& other) noexcept : m_handle(std::exchange(other.m_handle, 0)) {}
 
-  /// Ends it as kill -9 does.
+  /// Ends it as kill -9 does, unless it was waited for.
   void kill() const;
 
   /// Waits for the end and gives the exit code, negative when the program did not exit by itself.

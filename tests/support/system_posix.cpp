@@ -59,7 +59,9 @@ Process::~Process() {
 }
 
 void Process::kill() const {
-  ::kill(static_cast<pid_t>(m_handle), SIGKILL);
+  if (m_handle != 0) {
+    ::kill(static_cast<pid_t>(m_handle), SIGKILL);
+  }
 }
 
 int Process::wait() {
