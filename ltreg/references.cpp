@@ -41,7 +41,9 @@ std::string whyNotExpanded(const std::string& text) {
     return "the text grows past 256 MiB at the reference " + reference +
            "; correct the values that refer to one another";
   }
-  return "the reference " + reference + " leads back to itself; correct the value of " +
+  return "the reference " + reference +
+         " leads back to itself, or takes more than 10,000,000 replacements; correct the value "
+         "of " +
          inQuotes(name) + " or of those that it refers to";
 }
 
@@ -88,8 +90,13 @@ std::string expandReferences(const std::string& text) {
 }
 
 std::string expandReferences(const std::string& text, std::vector<LTLib::ExpansionStep>& steps) {
-  return expandWith(text,
-                    [&](std::string& expanded) { return LTLib::traceExpansion(expanded, steps); });
+  return expandWith(text, [&](std::string& expanded) {
+    const QSResult result = LTLib::traceExpansion(expanded, steps);
+    if (!steps.empty() && steps.back().text != expanded) {
+      complain("warning: the trace ends ahead of the expansion: it would take more than 16 MiB");
+    }
+    return result;
+  });
 }
 
 }  // namespace ltreg

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory_resource>
+#include <utility>
 
 #include "ltlib/variables/gap_text.h"
 
@@ -32,12 +33,14 @@ struct Span {
 class Expansion {
  public:
   Expansion(std::string& text, ReplacementSource& source, std::vector<ExpansionStep>* steps,
-            std::size_t limit)
+            ExpansionLimits limits)
       : m_text(text),
         m_source(source),
         m_steps(steps),
         m_fixed(source.isFixed()),
-        m_limit(std::max(text.size(), limit)) {}
+        m_limits(limits) {
+    m_limits.size = std::max(text.size(), limits.size);
+  }
 
   QSResult run();
 
@@ -45,6 +48,7 @@ class Expansion {
   using Names = std::pmr::map<std::pmr::string, NameState, std::less<>>;
 
   QSResult replace(std::string_view name);
+  void note(ExpansionStep step);
   QSResult repeat(const NameState& state, std::size_t reference);
   bool fits(std::size_t length, std::size_t reference) const;
   bool openSpan(std::string_view name, std::size_t textBehind);
@@ -55,7 +59,9 @@ class Expansion {
   ReplacementSource& m_source;
   std::vector<ExpansionStep>* m_steps;
   bool m_fixed;
-  std::size_t m_limit;
+  ExpansionLimits m_limits;
+  std::size_t m_replacements = 0;
+  std::size_t m_noted = 0;
 
   // The few nested names of an ordinary text need no memory from the heap.
   std::array<std::byte, 1024> m_buffer;
@@ -89,6 +95,9 @@ QSResult Expansion::replace(std::string_view name) {
   const std::size_t reference = name.size() + 2;
   const std::size_t textBehind = m_text.pendingSize() - reference;
   closeCrossedSpans(textBehind);
+  if (m_replacements++ == m_limits.replacements) {
+    return kFailure;
+  }
   if (const auto known = m_names.find(name); known != m_names.end() && known->second.known) {
     return repeat(known->second, reference);
   }
@@ -101,28 +110,40 @@ QSResult Expansion::replace(std::string_view name) {
   if (nested && !openSpan(name, textBehind)) {
     return kFailure;
   }
+  ExpansionStep step;
   if (m_steps != nullptr) {
-    m_steps->push_back({std::string(name), std::string(replacement), {}});
+    step = {std::string(name), std::string(replacement), {}};
   }
-  m_text.drop(reference);
+  m_text.drop(reference, replacement.size());
   nested ? m_text.prependPending(replacement) : m_text.appendSettled(replacement);
   if (m_steps != nullptr) {
-    m_steps->back().text = m_text.str();
+    note(std::move(step));
   }
   return kSuccess;
+}
+
+// Each step has a copy of the text. Once nothing more is noted, repetitions need not be made one by
+// one any longer.
+void Expansion::note(ExpansionStep step) {
+  step.text = m_text.str();
+  m_noted += sizeof step + step.name.size() + step.replacement.size() + step.text.size();
+  m_steps->push_back(std::move(step));
+  if (m_noted >= m_limits.noted) {
+    m_steps = nullptr;
+  }
 }
 
 QSResult Expansion::repeat(const NameState& state, std::size_t reference) {
   if (!fits(state.length, reference)) {
     return kFailure;
   }
-  m_text.drop(reference);
+  m_text.drop(reference, state.length);
   m_text.repeatSettled(state.start, state.length);
   return kSuccess;
 }
 
 bool Expansion::fits(std::size_t length, std::size_t reference) const {
-  return length <= reference || m_text.size() - reference + length <= m_limit;
+  return length <= reference || m_text.size() - reference + length <= m_limits.size;
 }
 
 // A reference that lies wholly inside the replacement of its own name, with all that led to it,
@@ -169,8 +190,8 @@ void Expansion::closeCrossedSpans(std::size_t textBehind) {
 }  // namespace
 
 QSResult expandReferences(std::string& text, ReplacementSource& source,
-                          std::vector<ExpansionStep>* steps, std::size_t limit) {
-  return Expansion(text, source, steps, limit).run();
+                          std::vector<ExpansionStep>* steps, ExpansionLimits limits) {
+  return Expansion(text, source, steps, limits).run();
 }
 
 }  // namespace LTLib::detail

@@ -32,19 +32,22 @@ class ReplacementSource {
   ~ReplacementSource() = default;
 };
 
-/// No text grows past this by expansion.
-inline constexpr std::size_t kLargestExpansion = std::size_t{256} << 20;
+/// What an expansion may come to.
+struct ExpansionLimits {
+  std::size_t size = std::size_t{256} << 20;  // of the text, if it was no longer at the start
+  std::size_t replacements = 10'000'000;      // a known expansion that is repeated counts as one
+  std::size_t noted = std::size_t{16} << 20;  // bytes of steps behind which no more are noted
+};
 
 /// How often a name may lie inside its own replacement where the source is not fixed: an answer
 /// that changes from call to call can end what looks like a cycle.
 inline constexpr std::size_t kDeepestRepetition = 10000;
 
 /// Replaces every reference in `text`: 0, or 0x80004005 with the replacements made so far left in
-/// place. With `steps`, each replacement is noted there. No replacement makes the text longer than
-/// `limit` or, if that is more, than it was.
+/// place. With `steps`, each replacement is noted there.
 [[nodiscard]] QSResult expandReferences(std::string& text, ReplacementSource& source,
                                         std::vector<ExpansionStep>* steps = nullptr,
-                                        std::size_t limit = kLargestExpansion);
+                                        ExpansionLimits limits = {});
 
 }  // namespace LTLib::detail
 

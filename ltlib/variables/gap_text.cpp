@@ -13,20 +13,22 @@ void GapText::settle(std::size_t count) {
   m_pending += count;
 }
 
+void GapText::drop(std::size_t count, std::size_t room) {
+  makeRoom(room - std::min(room, count));
+  m_pending += count;
+}
+
 void GapText::appendSettled(std::string_view bytes) {
-  makeRoom(bytes.size());
   bytes.copy(m_text.data() + m_settled, bytes.size());
   m_settled += bytes.size();
 }
 
 void GapText::repeatSettled(std::size_t start, std::size_t count) {
-  makeRoom(count);
   std::memcpy(m_text.data() + m_settled, m_text.data() + start, count);
   m_settled += count;
 }
 
 void GapText::prependPending(std::string_view bytes) {
-  makeRoom(bytes.size());
   m_pending -= bytes.size();
   bytes.copy(m_text.data() + m_pending, bytes.size());
 }

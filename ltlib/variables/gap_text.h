@@ -32,8 +32,11 @@ class GapText {
   /// Settles the first `count` pending bytes.
   void settle(std::size_t count);
 
-  /// Drops the first `count` pending bytes.
-  void drop(std::size_t count) { m_pending += count; }
+  /// Drops the first `count` pending bytes and makes room for `room` bytes in their place. On
+  /// failure nothing has changed.
+  void drop(std::size_t count, std::size_t room);
+
+  // These fill the room that `drop` made.
 
   /// Puts bytes at the end of the settled part. `bytes` lie outside this text.
   void appendSettled(std::string_view bytes);

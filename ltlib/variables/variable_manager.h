@@ -9,7 +9,10 @@
 // beside the library becomes the value of CurrentConfig, unless the program has set that already,
 // and the values of the registry key %PublicVariables% are added. Who comes first defines a name:
 // the library's own table, then tables registered before the first expansion, then the public
-// variables, then tables registered later. Only SetVariable changes a value.
+// variables, then tables registered later. Only SetVariable changes a value. A public variable
+// whose name has 200 bytes or more ends the load: neither it nor those behind it are added. Where
+// the registry throws, the exception reaches the caller of that expansion, the load is not tried
+// again, and later expansions go by what was defined until then.
 //
 // Threads: every operation may be called from any thread at any time. An expansion sees the table
 // of one moment, unless resolvers are registered: these are called with no lock held, may use the
@@ -60,8 +63,9 @@ class LTLIB_EXPORT QSConfigVariableManager {
   virtual QSResult AddVariable(const std::string& name, const std::string& value) = 0;
 
   /// Defines the rows of a table in their order. A row whose name holds a '%' is skipped. A row
-  /// whose name is defined already ends the operation with 0x80360001; the rows before it stay
-  /// defined. A null table counts as an empty one.
+  /// whose name is defined already ends the operation with 0x80360001: the rows before it stay
+  /// defined, and those behind it are dropped, new names among them too. A null table counts as an
+  /// empty one.
   virtual QSResult AddVariables(QSREGISTRYVARIABLE* table) = 0;
 
   /// Changes the value of a defined variable; 0x80360002 when it is not defined. After a change of
@@ -73,9 +77,11 @@ class LTLIB_EXPORT QSConfigVariableManager {
 
   /// Replaces all references in place. 0x80004005 when a percent sign has no partner, a variable
   /// is not defined, a replacement is the bare name of its variable, a reference leads back to
-  /// itself, or the text would grow past 256 MiB; the text then keeps the replacements made so
-  /// far. Where resolvers take part, a reference that keeps leading back to itself is given 10000
-  /// rounds, since their answers may change.
+  /// itself, the text would grow past 256 MiB, or it takes more than 10,000,000 replacements; the
+  /// text then keeps the replacements made so far. Without resolvers what a variable expands to is
+  /// worked out once, and each repetition counts as one replacement. Where resolvers take part, a
+  /// reference that keeps leading back to itself is given 10000 rounds, since their answers may
+  /// change.
   virtual QSResult ExpandString(std::string& text) = 0;
 
   /// Stores in `defined` whether the name is defined so far. Always 0.

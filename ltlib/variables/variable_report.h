@@ -42,7 +42,9 @@ struct ExpansionStep {
 };
 
 /// Expands `text` as QSExpandString does, with the same result, and appends each replacement to
-/// `steps` in the order in which they were made. Keeps a copy of the text for each of them.
+/// `steps` in the order in which they were made, those ahead of a failure as well. The steps stop
+/// once they take 16 MiB, of which each has a copy of the text; the expansion goes on. They are
+/// whole if the last one's text is what `text` has become.
 LTLIB_EXPORT QSResult traceExpansion(std::string& text, std::vector<ExpansionStep>& steps);
 
 }  // namespace LTLib

@@ -149,12 +149,19 @@ TEST(Expansion, AgreesWithThePlainSteps) {
   EXPECT_GT(endless, 0);
 }
 
-TEST(Expansion, WorksOutANameOnce) {
-  Table table = {{"0", ""}, {"Root", "Software\\%Maker%"}, {"Maker", "Somebody"}};
+// Names that each hold the one before twice, from an empty one on.
+Table doublingTable() {
+  Table table = {{"0", ""}};
   for (int i = 1; i <= 64; ++i) {
     const std::string below = "%" + std::to_string(i - 1) + "%";
     table[std::to_string(i)] = below + below;
   }
+  return table;
+}
+
+TEST(Expansion, WorksOutANameOnce) {
+  Table table = doublingTable();
+  table.insert({{"Root", "Software\\%Maker%"}, {"Maker", "Somebody"}});
   std::string text = "<%64%>";
   std::string expanded = "<>";
   for (int i = 0; i < 100000; ++i) {
@@ -176,9 +183,49 @@ TEST(Expansion, StopsAtTheLargestText) {
   for (auto [text, succeeds, size] : cases) {
     SCOPED_TRACE(text.substr(0, 20));
     TableSource source(table);
-    EXPECT_EQ(expandReferences(text, source, nullptr, 4000), succeeds ? 0 : LTLib::kFailure);
+    EXPECT_EQ(expandReferences(text, source, nullptr, {.size = 4000}),
+              succeeds ? 0 : LTLib::kFailure);
     EXPECT_EQ(text.size(), size);
   }
+}
+
+TEST(Expansion, StopsAfterSoManyReplacements) {
+  Table table = doublingTable();
+  table.insert({{"x", "y"}, {"Two", "%x%%x%"}});
+  const std::tuple<const char*, bool, bool, const char*> cases[] = {
+      {"%x%%x%%x%%x%", true, true, "yyyy"},
+      {"%x%%x%%x%%x%%x%", true, false, "yyyy%x%"},
+      {"%x%%Two%", false, true, "yyy"},
+      {"%Two%%x%%x%", false, false, "yyy%x%"},
+      {"%Two%%Two%", true, true, "yyyy"},
+      {"%Two%%Two%", false, false, "yy%x%%x%"},
+      {"%64%", false, false, "%60%%60%%61%%62%%63%"},
+  };
+  for (const auto& [start, fixed, succeeds, expanded] : cases) {
+    TableSource source(table, fixed);
+    std::string text = start;
+    EXPECT_EQ(expandReferences(text, source, nullptr, {.replacements = 4}),
+              succeeds ? 0 : LTLib::kFailure);
+    EXPECT_EQ(text, expanded) << start;
+  }
+}
+
+// Without its bound a trace that keeps a text for each of 2^64 replacements would not end; the
+// expansion goes on as without it.
+TEST(Expansion, ATraceEndsAheadOfAnExpansionWithoutMeasure) {
+  const Table table = doublingTable();
+  TableSource source(table);
+  std::string text = "<%64%>";
+  std::vector<ExpansionStep> steps;
+  EXPECT_EQ(expandReferences(text, source, &steps), 0);
+  EXPECT_EQ(text, "<>");
+  EXPECT_NE(steps.back().text, text);
+  std::size_t size = 0;
+  for (const ExpansionStep& step : steps) {
+    size += sizeof step + step.name.size() + step.replacement.size() + step.text.size();
+  }
+  EXPECT_LT(size - sizeof steps.back() - steps.back().text.size(), std::size_t{16} << 20);
+  EXPECT_GT(size, std::size_t{16} << 20);
 }
 
 }  // namespace
