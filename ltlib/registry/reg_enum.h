@@ -40,6 +40,8 @@ class LTLIB_EXPORT CQSRegEnumKey {
   virtual QSResult GetFirst(CQSRegKey& entry);
 
  private:
+  friend class CQSRegKey;  // deletes a branch by one walk, which it leads up and down
+
   CQSRegKey m_key;
   unsigned int m_index = 0;
 };

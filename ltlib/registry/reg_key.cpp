@@ -1,7 +1,8 @@
 #include "ltlib/registry/reg_key.h"
 
-#include <deque>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "ltlib/registry/reg_enum.h"
 #include "ltlib/variables/variable_manager.h"
@@ -16,6 +17,52 @@ namespace {
 // Backslashes at the end may be passed over by a backend, and so make no difference.
 bool namesLongerPath(std::string_view path, std::string_view other) {
   return path.find_last_not_of('\\') + 1 > other.find_last_not_of('\\') + 1;
+}
+
+// The path of a key, led down to sub-keys and back up. Whole paths for all levels would need memory
+// that grows with the square of the depth.
+class WalkedPath {
+ public:
+  explicit WalkedPath(std::string& path) : m_path(path) {}
+
+  [[nodiscard]] bool isBelow() const { return !m_above.empty(); }
+  bool goDown(const std::string& name);
+  void goUp();
+
+ private:
+  struct Above {
+    std::size_t length;
+    std::string path;  // kept only if the path below does not begin with it
+  };
+
+  std::string& m_path;
+  std::vector<Above> m_above;
+};
+
+// A sub-key's name is expanded with the path. One that leads back up must not be followed for ever.
+bool WalkedPath::goDown(const std::string& name) {
+  Above above{m_path.size(), {}};
+  m_path.append("\\").append(name);
+  if (m_path.find('%') != std::string::npos) {
+    above.path = m_path.substr(0, above.length);
+    (void)QSExpandString(m_path);
+    if (m_path.starts_with(above.path)) {
+      above.path.clear();
+    }
+  }
+  const bool longer = namesLongerPath(
+      m_path, above.path.empty() ? std::string_view(m_path).substr(0, above.length) : above.path);
+  m_above.push_back(std::move(above));
+  return longer;
+}
+
+void WalkedPath::goUp() {
+  if (m_above.back().path.empty()) {
+    m_path.resize(m_above.back().length);
+  } else {
+    m_path = std::move(m_above.back().path);
+  }
+  m_above.pop_back();
 }
 
 }  // namespace
@@ -70,24 +117,28 @@ QSResult CQSRegKey::deleteItself() {
                             : kFailure;
 }
 
-// Goes down to the deepest first child again and again, since each deletion moves the others up.
 QSResult CQSRegKey::DeleteKey(bool recursive) {
-  std::deque<CQSRegKey> below;
+  return recursive ? deleteBranch() : deleteItself();
+}
+
+// Goes down to the deepest first child again and again, since each deletion moves the others up.
+QSResult CQSRegKey::deleteBranch() {
+  CQSRegEnumKey walk(*this);
+  WalkedPath path(walk.m_key.m_path);
+  std::string name;
   for (;;) {
-    CQSRegKey& last = below.empty() ? *this : below.back();
-    CQSRegKey child;
-    if (recursive && CQSRegEnumKey(last.m_root, last.GetPath()).GetFirst(child) >= 0) {
-      // A child's name is expanded too. One that leads back up must not be followed for ever.
-      if (!namesLongerPath(child.m_path, last.m_path)) {
+    if (walk.GetFirst(name) >= 0) {
+      if (!path.goDown(name)) {
         return kFailure;
       }
-      below.push_back(child);
-      continue;
+    } else if (!path.isBelow()) {
+      return deleteItself();
+    } else {
+      if (const QSResult result = walk.m_key.deleteItself(); result < 0) {
+        return result;
+      }
+      path.goUp();
     }
-    if (const QSResult result = last.deleteItself(); result < 0 || below.empty()) {
-      return result;
-    }
-    below.pop_back();
   }
 }
 

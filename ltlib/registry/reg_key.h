@@ -49,8 +49,9 @@ class LTLIB_EXPORT CQSRegKey {
 
   /// Deletes the key with its values. A key with sub-keys is refused by the backend, unless
   /// `recursive` deletes them first, the deepest ahead; the first that cannot be deleted ends the
-  /// operation and its result is returned. On the file backend a key right below a root cannot be
-  /// listed, and so is refused while it has sub-keys.
+  /// operation and its result is returned. The name of a sub-key is expanded with the path; where
+  /// the path is no longer then, and so leads out of the key, the result is 0x80004005. On the file
+  /// backend a key right below a root cannot be listed, and so is refused while it has sub-keys.
   QSResult DeleteKey(bool recursive);
 
   /// Whether the key can be opened: on the operating system's backend whether it exists, on the
@@ -78,6 +79,7 @@ class LTLIB_EXPORT CQSRegKey {
   QSResult CreateKey(void** out);
   QSResult CloseKey();
   QSResult deleteItself();
+  QSResult deleteBranch();
 
   std::string m_path;
   void* m_handle = nullptr;  // open while an operation runs

@@ -129,6 +129,17 @@ TEST_F(RegKey, RecursiveDeletionStopsAtANameThatMeansAnotherKey) {
   EXPECT_EQ(namesOf(CQSRegEnumValue(key("Kept"))), Names{"made"});
 }
 
+// The percent sign of a name may pair up with one above it, so that the path changes there.
+TEST_F(RegKey, RecursiveDeletionGoesBackUpFromWhereverANameLed) {
+  makeRaw("5%\\a%b");
+  make("5!Longb\\Deep");
+  EXPECT_EQ(variables().AddVariable("\\a", "!Long"), 0);
+  EXPECT_EQ(key("5%").DeleteKey(true), resultFromSystemError(kMissing())) << "at the second try";
+  EXPECT_EQ(variables().RemoveVariable("\\a"), 0);
+  EXPECT_EQ(namesOf(CQSRegEnumKey(key(""))), Names{"5%"});
+  EXPECT_EQ(key("5%").DeleteKey(true), 0);
+}
+
 TEST_F(RegKey, ConfigurationFunctionsReachTheBackend) {
   std::string pathname = stores().path("copy.cfg");
   EXPECT_EQ(SaveConfiguration(kUser, pathname), 0);
