@@ -1,5 +1,6 @@
-// The file registry beside its peers, on the same data: loading, reading, setting, enumerating and
-// saving. Times are processor times; "per_value" and its kin are seconds for each value.
+// The file registry beside its peers, on the same data: loading, reading, setting, enumerating,
+// removing and saving. Times are processor times; "per_value" and its kin are seconds for each
+// value.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -85,6 +86,19 @@ void enumerate(benchmark::State& state) {
   reportPerValue(state);
 }
 
+// A key goes from among its siblings, and comes again behind them.
+void renewKey(benchmark::State& state) {
+  const std::vector<Place> places = someOf(prepare<Store>(state));
+  Store::load();
+  std::size_t next = 0;
+  for (auto _ : state) {
+    Store::removeKey(places[next].path);
+    Store::set(places[next], places[next].text);
+    next = next + 1 < places.size() ? next + 1 : 0;
+  }
+  Store::forget();
+}
+
 template <class Peer>
 void save(benchmark::State& state) {
   prepare<Peer>(state);
@@ -150,6 +164,10 @@ WITH_PEERS(read, sizesOfTree)
 WITH_PEERS(set, sizesOfTree)
 WITH_PEERS(enumerate, sizesOfKey)
 WITH_PEERS(save, largeTree)
+BENCHMARK(renewKey)
+    ->ArgNames({"shape", "values"})
+    ->Args({kSiblings, 1'000})
+    ->Args({kSiblings, 1'000'000});
 BENCHMARK(save<StoreLineByLine>)->Apply(largeTree);
 BENCHMARK(save<StoreToDevice>)->Apply(largeTree);
 

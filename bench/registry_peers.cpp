@@ -235,6 +235,10 @@ std::size_t Store::enumerate(const std::string& path) {
   }
 }
 
+void Store::removeKey(const std::string& path) {
+  demand(manager().regDeleteKey(predefinedRootHandle(kRoot), path.c_str()) == 0);
+}
+
 void Store::save() {
   saveWith(turnOffFlushing);
 }

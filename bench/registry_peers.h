@@ -40,6 +40,7 @@ struct Store {
   static void set(const Place& place, const std::string& text);
   /// Reads all names and texts of a key; gives their number.
   [[nodiscard]] static std::size_t enumerate(const std::string& path);
+  static void removeKey(const std::string& path);
   /// Without bringing the file to the device.
   static void save();
 };

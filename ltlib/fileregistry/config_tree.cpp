@@ -11,20 +11,21 @@ const std::string& QSCfgDataField::getValue() const {
   return *empty;
 }
 
-// A tree can be as deep as its file says, so its end must not recurse.
+// A tree can be as deep as its file says, so that its end must not recurse; and it may come while
+// an exception for want of memory passes, so that it must not ask for any.
 QSCfgDataSection::~QSCfgDataSection() {
-  std::vector<std::unique_ptr<QSCfgDataSection>> doomed = releaseSections();
-  while (!doomed.empty()) {
-    const std::unique_ptr<QSCfgDataSection> next = std::move(doomed.back());
-    doomed.pop_back();
-    for (std::unique_ptr<QSCfgDataSection>& child : next->releaseSections()) {
-      doomed.push_back(std::move(child));
+  for (QSCfgDataSection* at = this; at != this || sectionCount() != 0;) {
+    if (at->sectionCount() != 0) {
+      at = &at->m_subsections.last();
+    } else {
+      at = at->m_parent;
+      at->m_subsections.dropLast();
     }
   }
 }
 
 QSCfgDataSection& QSCfgDataSection::addSection(std::string_view name) {
-  return m_subsections.append(std::make_unique<QSCfgDataSection>(name));
+  return adoptSection(std::make_unique<QSCfgDataSection>(name));
 }
 
 QSCfgDataSection& QSCfgDataSection::findOrAddSection(std::string_view name) {
@@ -32,12 +33,10 @@ QSCfgDataSection& QSCfgDataSection::findOrAddSection(std::string_view name) {
   return found != nullptr ? *found : addSection(name);
 }
 
-void QSCfgDataSection::adoptSection(std::unique_ptr<QSCfgDataSection> section) {
-  m_subsections.append(std::move(section));
-}
-
-std::vector<std::unique_ptr<QSCfgDataSection>> QSCfgDataSection::releaseSections() {
-  return m_subsections.releaseAll();
+QSCfgDataSection& QSCfgDataSection::adoptSection(std::unique_ptr<QSCfgDataSection> section) {
+  QSCfgDataSection& adopted = m_subsections.append(std::move(section));
+  adopted.m_parent = this;
+  return adopted;
 }
 
 bool QSCfgDataSection::removeSection(std::string_view name) {
@@ -45,7 +44,7 @@ bool QSCfgDataSection::removeSection(std::string_view name) {
   if (found == nullptr || found->sectionCount() != 0) {
     return false;
   }
-  m_subsections.take(*found);
+  removeSection(*found);
   return true;
 }
 
@@ -68,4 +67,18 @@ bool QSCfgDataSection::clearFields() {
   }
   m_fields.clear();
   return true;
+}
+
+void QSCfgDataSection::reserveFor(const QSCfgDataSection& other) {
+  m_subsections.reserveFor(other.sectionCount());
+  m_fields.reserveFor(other.fieldCount());
+}
+
+void QSCfgDataSection::takeOver(QSCfgDataSection& other) noexcept {
+  for (std::unique_ptr<QSCfgDataSection>& child : other.releaseSections()) {
+    adoptSection(std::move(child));
+  }
+  for (std::unique_ptr<QSCfgDataField>& field : other.releaseFields()) {
+    addField(std::move(field));
+  }
 }

@@ -6,6 +6,7 @@
 #define LTLIB_FILEREGISTRY_CONFIG_TREE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -33,13 +34,16 @@ class QSFirstClass {
 
   [[nodiscard]] const std::string& name() const { return m_name; }
 
-  // The next node of this name in the list that holds both; kept by that list.
+  // Kept by the list that holds the node: its place there, and the next node of its name.
+  [[nodiscard]] std::size_t place() const { return m_place; }
+  void setPlace(std::size_t place) { m_place = static_cast<std::uint32_t>(place); }
   [[nodiscard]] QSFirstClass* nextNamesake() const { return m_nextNamesake; }
   void setNextNamesake(QSFirstClass* next) { m_nextNamesake = next; }
 
  private:
   const std::string m_name;
   QSFirstClass* m_nextNamesake = nullptr;
+  std::uint32_t m_place = 0;  // a longer list would have 2^32 nodes of 88 bytes and more
 };
 
 /// A named value: a type code, set once, and a text.
@@ -72,11 +76,15 @@ class QSCfgDataFieldString final : public QSCfgDataField {
   std::string m_value;
 };
 
-/// A key: child sections and fields, in order of arrival.
+/// A key: child sections and fields, in order of arrival. An operation that runs out of memory
+/// leaves the section as it was; no removal needs any.
 class QSCfgDataSection final : public QSFirstClass {
  public:
   explicit QSCfgDataSection(std::string_view name) : QSFirstClass(name) {}
   ~QSCfgDataSection() override;
+
+  /// The section that this one is a child of; null for the top of a tree.
+  [[nodiscard]] QSCfgDataSection* parent() const { return m_parent; }
 
   /// The first child of that name, or null.
   [[nodiscard]] QSCfgDataSection* findSection(std::string_view name) const {
@@ -86,13 +94,17 @@ class QSCfgDataSection final : public QSFirstClass {
   QSCfgDataSection& addSection(std::string_view name);
   /// The first child of that name, added if it is missing.
   QSCfgDataSection& findOrAddSection(std::string_view name);
-  /// Takes a whole child over.
-  void adoptSection(std::unique_ptr<QSCfgDataSection> section);
+  /// Takes a whole section over, as a child.
+  QSCfgDataSection& adoptSection(std::unique_ptr<QSCfgDataSection> section);
   /// Takes all children out.
-  std::vector<std::unique_ptr<QSCfgDataSection>> releaseSections();
+  std::vector<std::unique_ptr<QSCfgDataSection>> releaseSections() noexcept {
+    return m_subsections.releaseAll();
+  }
   /// Destroys the first child of that name and its fields. False if there is none or it has
   /// subsections.
   bool removeSection(std::string_view name);
+  /// Destroys a child without subsections that is the first of its name.
+  void removeSection(QSCfgDataSection& child) noexcept { m_subsections.take(child); }
 
   /// The first field of that name, or null.
   [[nodiscard]] QSCfgDataField* findField(std::string_view name) const {
@@ -103,9 +115,15 @@ class QSCfgDataSection final : public QSFirstClass {
   /// Destroys the first field of that name; false if there is none.
   bool removeField(std::string_view name);
   /// Takes all fields out.
-  std::vector<std::unique_ptr<QSCfgDataField>> releaseFields() { return m_fields.releaseAll(); }
+  std::vector<std::unique_ptr<QSCfgDataField>> releaseFields() noexcept {
+    return m_fields.releaseAll();
+  }
   /// Destroys all fields, true; with subsections it changes nothing, false.
   bool clearFields();
+
+  /// Makes room for all that another section holds, which `takeOver` then moves here.
+  void reserveFor(const QSCfgDataSection& other);
+  void takeOver(QSCfgDataSection& other) noexcept;
 
   [[nodiscard]] std::size_t sectionCount() const { return m_subsections.size(); }
   [[nodiscard]] QSCfgDataSection& sectionAt(std::size_t i) const { return m_subsections.at(i); }
@@ -113,6 +131,7 @@ class QSCfgDataSection final : public QSFirstClass {
   [[nodiscard]] QSCfgDataField& fieldAt(std::size_t i) const { return m_fields.at(i); }
 
  private:
+  QSCfgDataSection* m_parent = nullptr;
   LTLib::detail::NodeList<QSCfgDataSection> m_subsections;
   LTLib::detail::NodeList<QSCfgDataField> m_fields;
 };

@@ -42,6 +42,7 @@ TEST(NodeList, BehavesAsAPlainVector) {
     QSCfgDataSection section("s");
     std::vector<std::pair<std::string, std::string>> model;
     const std::size_t names = 1 + random() % 40;
+    const std::size_t removals = 2 + random() % 5;
     for (int step = 0; step < 300; ++step) {
       const bool front = random() % 4 == 0 && !model.empty();
       std::string name = front ? model[0].first : "Name" + std::to_string(random() % names);
@@ -49,7 +50,7 @@ TEST(NodeList, BehavesAsAPlainVector) {
         return equalNames(entry.first, name);
       });
       name = random() % 2 == 0 ? foldedName(name) : name;
-      if (random() % 6 == 0) {
+      if (random() % removals == 0) {
         ASSERT_EQ(section.removeField(name), first != model.end());
         if (first != model.end()) {
           model.erase(first);
@@ -61,6 +62,10 @@ TEST(NodeList, BehavesAsAPlainVector) {
       } else {
         const std::string& text = model.emplace_back(name, std::to_string(step)).second;
         section.addField(std::make_unique<QSCfgDataFieldString>(name, kCfgString, text));
+      }
+      if (const std::size_t place = random(); step % 8 != 0 && !model.empty()) {
+        ASSERT_EQ(section.fieldAt(place % model.size()).getValue(),
+                  model[place % model.size()].second);
       }
     }
     ASSERT_EQ(section.fieldCount(), model.size());
