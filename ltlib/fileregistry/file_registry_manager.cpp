@@ -63,7 +63,8 @@ std::size_t copyCount(std::size_t length, unsigned int capacity, bool withTermin
 int queryNumber(QSFileKeyHandle& key, const char* name, unsigned char* data,
                 const unsigned int* dataSize) {
   std::uint32_t number = 0;
-  if (data == nullptr || dataSize == nullptr || !cfgQueryNumber(key, name, number)) {
+  // The query comes first: it loads the root and adds the sections of the path.
+  if (!cfgQueryNumber(key, name, number) || data == nullptr || dataSize == nullptr) {
     return kRefused;
   }
   std::memcpy(data, &number, std::min<std::size_t>(*dataSize, sizeof number));

@@ -188,6 +188,9 @@ TEST_F(FileManager, ReadsNumbersOfAnyTextWhenAskedTo) {
   EXPECT_EQ(m_manager.regQueryValueEx(key.get(), name, &type, data, &size), 0);
   EXPECT_EQ(std::string(reinterpret_cast<char*>(data)), "\xFE\xFF.");
   EXPECT_EQ(m_manager.regQueryValueEx(key.get(), name, &type, nullptr, &size), -1);
+  const OpenKey missing("No\\Such", REG_ROOT_USERS);
+  EXPECT_EQ(m_manager.regQueryValueEx(missing.get(), name, &type, nullptr, &size), -1);
+  EXPECT_EQ(showRoot(REG_ROOT_USERS), "No\nNo/Such\n") << "the query itself comes first";
 }
 
 // Capacity against length: a cut text comes without its terminator, and the length is told in full.
