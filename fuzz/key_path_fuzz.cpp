@@ -15,6 +15,7 @@
 #include "ltlib/fileregistry/list_text.h"
 #include "ltlib/fileregistry/text_reader.h"
 #include "ltlib/fileregistry/text_writer.h"
+#include "ltlib/fileregistry/tree_walk.h"
 #include "tests/support/text_tree.h"
 
 using LTLib::Fuzzing::demand;
@@ -36,13 +37,15 @@ Names namesOfChain(const QSCfgDataSection& root) {
 }
 
 Names checkWalk(std::string_view path, QSCfgDataSection& root) {
-  std::string forMaking(path);
-  const QSCfgDataSection* made = cfgResolveSection(forMaking, root, true);
-  std::string forFinding(path);
-  const QSCfgDataSection* found = cfgResolveSection(forFinding, root, false);
-  demand(forMaking == forFinding, "the two walks leave different paths");
+  const auto walk = [&](bool create) {
+    Branch branch(root);
+    const bool whole = cfgResolveSection(path, branch, create);
+    branch.join();
+    return whole ? &branch.tip() : nullptr;
+  };
+  const QSCfgDataSection* made = walk(true);
   // A bracketed name adds a section each time and finds none.
-  demand(found == (lacksFirstComponent(forFinding) ? nullptr : made),
+  demand(walk(false) == (lacksFirstComponent(path) ? nullptr : made),
          "the walk misses its section");
   return made != nullptr ? namesOfChain(root) : Names();
 }
@@ -81,13 +84,12 @@ std::string uncheckedText(const Names& names, const Field& field) {
 void checkFileForm(const Names& names, const Field& field) {
   const bool isList = field.code == kCfgListString;
   const std::string text(field.text);
-  const bool accepted =
-      headerComesBack(names) &&
-      fieldComesBack(field.name, field.code, text, isList ? ListLines::kJoined : ListLines::kKept);
+  const bool accepted = headerComesBack(names) && fieldComesBack(field.name, field.code, text);
   const Reading back = readText(uncheckedText(names, field));
   const bool same = back.end == "whole" &&
                     showFields(*back.root) ==
-                        showFields(*treeOf(names, field, isList ? joinListLines(text) : text));
+                        showFields(*treeOf(names, field, isList ? joinListLines(text) : text)) &&
+                    (!isList || holdSameItems(joinListLines(text), text));
   demand(accepted || !same, "what comes back was refused");
   demand(same || !accepted, "what was accepted does not come back");
   demand(!accepted || writeText(*treeOf(names, field, text)) == uncheckedText(names, field),
@@ -107,7 +109,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   }
   std::string_view rest(reinterpret_cast<const char*>(data) + 1, size - 1);
-  const std::string_view path = takePart(rest);
+  std::string_view path = takePart(rest);
+  path.remove_suffix(path.ends_with('\\') ? 1 : 0);
   const std::string_view name = takePart(rest);
   const Field field{static_cast<QSCfgTypeCode>(data[0] % 5), name, takePart(rest)};
   QSCfgDataSection root("root");

@@ -67,8 +67,7 @@ bool headerComesBack(const std::vector<std::string_view>& names) {
   return whole && same && expected == names.end();
 }
 
-bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view text,
-                    ListLines lines) {
+bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view text) {
   if (isPlainField(name, code, text)) {
     return true;
   }
@@ -89,8 +88,9 @@ bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view 
   if (back == nullptr || back->name() != name || back->type() != code || source.appendLine(line)) {
     return false;
   }
-  return lines == ListLines::kJoined ? back->getValue() == joinListLines(text)
-                                     : back->getValue() == text;
+  const std::string& kept = back->getValue();
+  return code == kCfgListString ? kept == joinListLines(text) && holdSameItems(kept, text)
+                                : kept == text;
 }
 
 }  // namespace LTLib::detail

@@ -15,16 +15,12 @@
 
 namespace LTLib::detail {
 
-/// What may become of line breaks between the items of a list: kept to the byte, or joined, as
-/// the reader joins them.
-enum class ListLines { kKept, kJoined };
-
 /// Whether the header of a section with these names, from the root's child down, names it again.
 [[nodiscard]] bool headerComesBack(const std::vector<std::string_view>& names);
 
-/// Whether the line of a field brings back its name, type code and text.
-[[nodiscard]] bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view text,
-                                  ListLines lines);
+/// Whether the line of a field brings back its name, type code and text. A list may come back with
+/// its lines joined, if it holds the same items then.
+[[nodiscard]] bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view text);
 
 }  // namespace LTLib::detail
 

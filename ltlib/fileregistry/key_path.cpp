@@ -23,18 +23,4 @@ void dropTrailingBackslash(std::string& path) {
   }
 }
 
-QSCfgDataSection* cfgResolveSection(std::string& path, QSCfgDataSection& root, bool create) {
-  dropTrailingBackslash(path);
-  if (lacksFirstComponent(path)) {
-    const std::string_view name = create ? bracketedName(path) : std::string_view{};
-    return name.empty() ? nullptr : &root.addSection(name);
-  }
-  QSCfgDataSection* section = &root;
-  const bool whole = splitKeyPath(path, [&](std::string_view component) {
-    section = create ? &section->findOrAddSection(component) : section->findSection(component);
-    return section != nullptr;
-  });
-  return whole ? section : nullptr;
-}
-
 }  // namespace LTLib::detail

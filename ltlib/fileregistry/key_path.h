@@ -1,11 +1,9 @@
-// How a key path and the header of a block name a section, and the walk along a path.
+// How a key path and the header of a block name a section.
 #ifndef LTLIB_FILEREGISTRY_KEY_PATH_H
 #define LTLIB_FILEREGISTRY_KEY_PATH_H
 
 #include <string>
 #include <string_view>
-
-#include "ltlib/fileregistry/config_tree.h"
 
 namespace LTLib::detail {
 
@@ -67,10 +65,6 @@ bool splitHeader(std::string_view line, Take take) {
 
 /// Removes the one backslash that a path may end in.
 void dropTrailingBackslash(std::string& path);
-
-/// The section of a path below a root, or null. With `create`, sections on the way are added, and
-/// the bracketed name adds a new section every time.
-QSCfgDataSection* cfgResolveSection(std::string& path, QSCfgDataSection& root, bool create);
 
 }  // namespace LTLib::detail
 

@@ -63,4 +63,13 @@ std::string unquoteListItems(std::string_view text) {
   return items;
 }
 
+bool holdSameItems(std::string_view left, std::string_view right) {
+  const auto itemsOf = [](std::string_view text) {
+    std::string parted(text);
+    std::replace(parted.begin(), parted.end(), ',', '\\');
+    return unquoteListItems(parted);
+  };
+  return itemsOf(left) == itemsOf(right);
+}
+
 }  // namespace LTLib::detail

@@ -22,6 +22,9 @@ namespace LTLib::detail {
 /// separated by NUL.
 [[nodiscard]] std::string unquoteListItems(std::string_view text);
 
+/// Whether two texts that the tree may hold stand for the same items.
+[[nodiscard]] bool holdSameItems(std::string_view left, std::string_view right);
+
 }  // namespace LTLib::detail
 
 #endif  // LTLIB_FILEREGISTRY_LIST_TEXT_H

@@ -11,10 +11,18 @@
 namespace LTLib::detail {
 namespace {
 
+// A section that was read, and the one of its path in the tree, if there is any.
 struct Pair {
-  QSCfgDataSection* from;
-  QSCfgDataSection* to;
+  QSCfgDataSection* read;
+  QSCfgDataSection* kept;
   std::string path;
+};
+
+// What there is to move from the reading into the tree, which has room for all of it.
+struct Plan {
+  std::vector<std::pair<QSCfgDataSection*, QSCfgDataSection*>> moves;
+  std::vector<std::unique_ptr<QSCfgDataSection>> parts;  // sections that the tree has as well
+  QSCfgDelivered delivered;                              // by this reading
 };
 
 // A line feed stands in no name that was read, so that it parts path and name.
@@ -22,53 +30,65 @@ std::string fieldKey(const std::string& path, const QSCfgDataField& field) {
   return path + '\n' + foldedName(field.name());
 }
 
-void takeFields(const Pair& pair, const QSCfgDelivered& delivered, QSCfgDelivered& counted) {
-  for (std::unique_ptr<QSCfgDataField>& field : pair.from->releaseFields()) {
+void leaveNewFields(const Pair& pair, const QSCfgDelivered& earlier, QSCfgDelivered& delivered) {
+  for (std::unique_ptr<QSCfgDataField>& field : pair.read->releaseFields()) {
     const std::string key = fieldKey(pair.path, *field);
-    const auto earlier = delivered.find(key);
-    if (++counted[key] > (earlier != delivered.end() ? earlier->second : 0)) {
-      pair.to->addField(std::move(field));
+    const auto before = earlier.find(key);
+    if (++delivered[key] > (before != earlier.end() ? before->second : 0)) {
+      pair.read->addField(std::move(field));
     }
   }
 }
 
-// Works level by level: the tree is as deep as the file says.
-QSCfgDelivered takeAll(QSCfgDataSection& read, QSCfgDataSection& into,
-                       const QSCfgDelivered& delivered) {
-  QSCfgDelivered counted;
+// Takes the reading apart, and leaves in each part what the tree lacks. Works level by level: the
+// tree is as deep as the file says.
+Plan planMoves(QSCfgDataSection& read, QSCfgDataSection& tree, const QSCfgDelivered& earlier) {
+  Plan plan;
   std::vector<Pair> pending;
-  pending.push_back({&read, &into, {}});
+  pending.push_back({&read, &tree, {}});
   while (!pending.empty()) {
     const Pair pair = std::move(pending.back());
     pending.pop_back();
-    takeFields(pair, delivered, counted);
-    for (std::size_t i = 0; i < pair.from->sectionCount(); ++i) {
-      QSCfgDataSection& child = pair.from->sectionAt(i);
-      pending.push_back({&child, &pair.to->findOrAddSection(child.name()),
-                         pair.path + '\\' + foldedName(child.name())});
+    leaveNewFields(pair, earlier, plan.delivered);
+    for (std::unique_ptr<QSCfgDataSection>& child : pair.read->releaseSections()) {
+      QSCfgDataSection* kept =
+          pair.kept != nullptr ? pair.kept->findSection(child->name()) : nullptr;
+      pending.push_back({child.get(), kept, pair.path + '\\' + foldedName(child->name())});
+      if (kept != nullptr) {
+        plan.parts.push_back(std::move(child));
+      } else {
+        pair.read->adoptSection(std::move(child));
+      }
+    }
+    if (pair.kept != nullptr) {
+      pair.kept->reserveFor(*pair.read);
+      plan.moves.emplace_back(pair.read, pair.kept);
     }
   }
-  return counted;
+  return plan;
 }
 
 }  // namespace
 
 void takeOverReading(QSCfgRoot& root, QSCfgDataSection& read, bool whole) {
-  if (whole && root.delivered.empty() && root.section->sectionCount() == 0) {
-    for (std::unique_ptr<QSCfgDataSection>& child : read.releaseSections()) {
-      root.section->adoptSection(std::move(child));
-    }
+  QSCfgDataSection& tree = *root.section;
+  if (whole && root.delivered.empty() && tree.sectionCount() == 0) {
+    tree.reserveFor(read);
+    tree.takeOver(read);
     return;
   }
-  const QSCfgDelivered counted = takeAll(read, *root.section, root.delivered);
-  if (whole) {
-    root.delivered.clear();
-    return;
-  }
-  for (const auto& [key, count] : counted) {
-    std::size_t& most = root.delivered[key];
+  Plan plan = planMoves(read, tree, root.delivered);
+  for (const auto& [key, count] : root.delivered) {
+    std::size_t& most = plan.delivered[key];
     most = std::max(most, count);
   }
+  for (const auto& [from, to] : plan.moves) {
+    to->takeOver(*from);
+  }
+  if (whole) {
+    plan.delivered.clear();
+  }
+  root.delivered.swap(plan.delivered);
 }
 
 }  // namespace LTLib::detail

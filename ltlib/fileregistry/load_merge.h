@@ -10,7 +10,8 @@ namespace LTLib::detail {
 /// Moves the sections and fields of `read` below the root's section. A reading that failed is
 /// repeated at the next touch: of a name's fields in a section only those are taken of which no
 /// earlier reading brought as many, so that nothing comes double, nothing that was deleted since
-/// comes back, and later repairs of the file get in.
+/// comes back, and later repairs of the file get in. Where memory runs out nothing is moved, and
+/// what was read is lost.
 void takeOverReading(QSCfgRoot& root, QSCfgDataSection& read, bool whole);
 
 }  // namespace LTLib::detail

@@ -168,7 +168,7 @@ void Check::judgeField(const QSCfgDataFieldString& field, const std::string& lin
   if (m_depth == 1) {
     warn(Kind::kOutOfReach, line);
   }
-  if (!fieldComesBack(field.name(), field.type(), field.getValue(), ListLines::kJoined)) {
+  if (!fieldComesBack(field.name(), field.type(), field.getValue())) {
     warn(Kind::kNotSavable, line);
   }
 }

@@ -72,7 +72,7 @@ void cfgWriteFields(LineSink& sink, const QSCfgDataSection& section, std::string
   for (std::size_t i = 0; i < section.fieldCount(); ++i) {
     const QSCfgDataField& field = section.fieldAt(i);
     // What a load brought in and no line can hold would spoil the file for the next reader.
-    if (!fieldComesBack(field.name(), field.type(), field.getValue(), ListLines::kJoined)) {
+    if (!fieldComesBack(field.name(), field.type(), field.getValue())) {
       throwNoForm(__LINE__, path, (" has the value " + field.name() + ", which").c_str());
     }
     sink.put(cfgFieldLine(field.name(), field.type(), field.getValue()));

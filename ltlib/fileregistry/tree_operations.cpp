@@ -9,6 +9,7 @@
 #include "ltlib/fileregistry/kFileRegistry.h"
 #include "ltlib/fileregistry/key_path.h"
 #include "ltlib/fileregistry/list_text.h"
+#include "ltlib/fileregistry/tree_walk.h"
 
 namespace LTLib::detail {
 namespace {
@@ -17,98 +18,39 @@ const char* orDefault(const char* name) {
   return name != nullptr ? name : "Default";
 }
 
-QSCfgDataSection& sectionOf(const QSFileKeyHandle& key) {
-  return *cfgRootOf(key.root).section;
-}
-
-// A walk that ends in a backslash, or adds a section each time, has to be made each time. Behind two
-// backslashes in a row the rest is one name, so that such a path is the start of no other.
-bool leadsBack(const std::string& path) {
-  return path.back() != '\\' && !lacksFirstComponent(path) &&
-         path.find("\\\\") == std::string::npos;
-}
-
-// The name by which a path goes on from another one; empty if it leads elsewhere, or further.
-std::string_view nameBelow(std::string_view above, std::string_view path) {
-  const std::size_t start = above.size() + 1;
-  if (path.size() <= start || path[start - 1] != '\\' || !path.starts_with(above)) {
-    return {};
-  }
-  const std::string_view name = path.substr(start);
-  return name.find('\\') == std::string_view::npos ? name : std::string_view{};
-}
-
-QSCfgDataSection* resolve(QSFileKeyHandle& key, bool create) {
-  QSCfgRoot& root = cfgRootOf(key.root);
-  QSCfgLastWalk& last = root.lastWalk;
-  if (last.section != nullptr && last.path == key.path) {
-    return last.section;
-  }
-  const std::string_view name = nameBelow(last.path, key.path);
-  const bool goesOn = last.section != nullptr && !name.empty();
-  QSCfgDataSection* section = nullptr;
-  if (goesOn) {
-    section = create ? &last.section->findOrAddSection(name) : last.section->findSection(name);
-  } else {
-    section = cfgResolveSection(key.path, *root.section, create);
-  }
-  if (section != nullptr && (goesOn || leadsBack(key.path))) {
-    last.path = key.path;
-    last.section = section;
-  }
-  return section;
-}
-
-// The names that a path leads along; empty if it leads to no section.
+// The names that a path to a section leads along.
 std::vector<std::string_view> namesOfPath(std::string_view path) {
-  std::vector<std::string_view> names;
   if (lacksFirstComponent(path)) {
-    const std::string_view bracketed = bracketedName(path);
-    if (!bracketed.empty()) {
-      names.push_back(bracketed);
-    }
-  } else if (!splitKeyPath(path, [&](std::string_view name) {
-               names.push_back(name);
-               return true;
-             })) {
-    names.clear();
+    return {bracketedName(path)};
   }
+  std::vector<std::string_view> names;
+  splitKeyPath(path, [&](std::string_view name) {
+    names.push_back(name);
+    return true;
+  });
   return names;
 }
 
-// Looks before anything is added, so that a refusal leaves no sections behind; the handle's path is
-// shortened by the walk that follows.
-bool isRefused(const QSFileKeyHandle& key, std::string_view name, std::string_view text,
-               QSCfgTypeCode code) {
-  QSFileKeyHandle searched = key;
-  const QSCfgDataSection* section = resolve(searched, false);
-  const std::vector<std::string_view> names = namesOfPath(searched.path);
-  if (names.empty()) {
-    return false;
-  }
-  const QSCfgDataField* field = section != nullptr ? section->findField(name) : nullptr;
-  const ListLines lines = code == kCfgListString ? ListLines::kJoined : ListLines::kKept;
-  return !headerComesBack(names) ||
-         !fieldComesBack(name, field != nullptr ? field->type() : code, text, lines);
-}
-
-// Only some codes make a new field; a text for any other goes to a field that is there.
+// Only some codes make a new field; a text for any other goes to a field that is there. What has no
+// form in a file is refused before the tree changes, and what is added goes in as one.
 bool setText(QSFileKeyHandle& key, std::string_view name, std::string text, QSCfgTypeCode code,
              bool mayAdd) {
   const ScopedLock hold(treeLock());
-  if (isRefused(key, name, text, code)) {
-    dropTrailingBackslash(key.path);
-    return false;
+  dropTrailingBackslash(key.path);
+  KeyWalk walk(key, true);
+  if (QSCfgDataSection* section = walk.section(); section != nullptr) {
+    QSCfgDataField* field = section->findField(name);
+    if (!headerComesBack(namesOfPath(key.path)) ||
+        !fieldComesBack(name, field != nullptr ? field->type() : code, text)) {
+      return false;
+    }
+    if (field != nullptr) {
+      field->setValue(text);
+    } else if (mayAdd) {
+      section->addField(std::make_unique<QSCfgDataFieldString>(name, code, std::move(text)));
+    }
   }
-  QSCfgDataSection* section = resolve(key, true);
-  if (section == nullptr) {
-    return true;
-  }
-  if (QSCfgDataField* field = section->findField(name); field != nullptr) {
-    field->setValue(text);
-  } else if (mayAdd) {
-    section->addField(std::make_unique<QSCfgDataFieldString>(name, code, std::move(text)));
-  }
+  walk.join();
   return true;
 }
 
@@ -116,8 +58,10 @@ template <class Use>
 bool withSection(QSFileKeyHandle& key, bool create, Use use) {
   cfgEnsureLoaded(key);
   const ScopedLock hold(treeLock());
-  QSCfgDataSection* section = resolve(key, create);
-  return section != nullptr && use(*section);
+  dropTrailingBackslash(key.path);
+  KeyWalk walk(key, create);
+  walk.join();
+  return walk.section() != nullptr && use(*walk.section());
 }
 
 }  // namespace
@@ -212,20 +156,7 @@ bool cfgDeleteKey(QSFileKeyHandle& key) {
   cfgEnsureLoaded(key);
   const ScopedLock hold(treeLock());
   dropTrailingBackslash(key.path);
-  cfgRootOf(key.root).lastWalk.section = nullptr;
-  QSCfgDataSection* parent = &sectionOf(key);
-  if (lacksFirstComponent(key.path)) {
-    return parent->removeSection(key.path);
-  }
-  std::string_view last;
-  const bool whole = splitKeyPath(key.path, [&](std::string_view component) {
-    if (last.data() != nullptr) {
-      parent = parent->findSection(last);
-    }
-    last = component;
-    return parent != nullptr;
-  });
-  return whole && parent->removeSection(last);
+  return removeSectionOf(key);
 }
 
 bool cfgDeleteField(QSFileKeyHandle& key, const char* name) {

@@ -262,6 +262,8 @@ TEST_F(FileManager, FindsAKeyAsFromTheRoot) {
     EXPECT_EQ(key.text("N"), "x");
     EXPECT_EQ(other.text("n"), "<-1>");
     EXPECT_EQ(m_manager.regDeleteKey(kRoot, "a\\b"), 0);
+    EXPECT_EQ(OpenKey("A").set("n", "x"), 0);
+    EXPECT_EQ(showRoot(), "A\n") << "nothing is stored right below a root";
   }
   // A walk may go on from where the last one ended; reading shows the way, since it adds sections.
   for (const char* path : {"A\\B", "A\\B\\C\\D", "A\\B", "A\\BCD", "A\\\\B", "A\\\\B\\C"}) {
@@ -299,6 +301,24 @@ TEST_F(FileManager, RefusesWhatHasNoFormInAFile) {
   EXPECT_EQ(key.set("u", "1", REG_BINARY), 0);
   EXPECT_EQ(key.set("u", "1\n2"), -1) << "as the type that is there would have it";
   EXPECT_EQ(showRoot(), "A\nA/B|u|3|1\n");
+}
+
+// It is the type of the value that is there which tells whether its lines may be joined, and they
+// may if a list comes back with the same items.
+TEST_F(FileManager, TakesLinesForAListAlone) {
+  const std::string store =
+      "[A\\B]\n\"s\"=string:\"x\"\n\"d\"=dir:\"x\"\n\"b\"=binary:x\n\"u\"=ulong:1\n"
+      "\"l\"=liststring:\"x\"\n";
+  restartWith(store);
+  OpenKey key("A\\B");
+  for (const char* name : {"s", "d", "b", "u"}) {
+    EXPECT_EQ(key.set(name, "a\0b\0\0"s, REG_MULTI_SZ), -1) << name;
+  }
+  EXPECT_EQ(key.set("l", "a\\\nb"), -1);
+  EXPECT_EQ(save(), 0);
+  EXPECT_EQ(readFile(this->store()), store + "\n");
+  EXPECT_EQ(key.set("l", "\"a\",\\\n\"b\""), 0);
+  EXPECT_EQ(key.text("l"), "a\0b"s);
 }
 
 TEST_F(FileManager, TreeOperationsListAndSetByTypeCode) {

@@ -1,0 +1,211 @@
+// Memory that runs out at any one allocation: every operation leaves the tree and the files as they
+// were before it or after it, and works once there is memory again.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "ltlib/registry/reg_key.h"
+#include "tests/support/store_fixture.h"
+
+namespace {
+
+constexpr long kNever = -1;
+thread_local constinit long t_left = kNever;  // allocations of this thread ahead of one that fails
+thread_local constinit bool t_lasting = false;  // whether those behind it fail as well
+
+thread_local constinit long t_blocks = 0;  // that this thread has allocated and not yet freed
+thread_local constinit long t_mostBlocks = 0;
+
+bool failsNow() {
+  if (t_left != 0) {
+    t_left -= t_left > 0 ? 1 : 0;
+    return false;
+  }
+  t_left = t_lasting ? 0 : kNever;
+  return true;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* const memory = failsNow() ? nullptr : std::malloc(size != 0 ? size : 1);
+  if (memory == nullptr) {
+    throw std::bad_alloc();
+  }
+  t_mostBlocks = std::max(t_mostBlocks, ++t_blocks);
+  return memory;
+}
+
+// What asks in this way tells by its result, which a test of the calls of files brings about.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  ++t_blocks;
+  return std::malloc(size);
+}
+
+void operator delete(void* memory) noexcept {
+  t_blocks -= memory != nullptr ? 1 : 0;
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace LTLib::Testing;
+
+constexpr char kRepaired[] =
+    "[A\\B]\n\"n\"=ulong:1\n\"m\"=ulong:2\n[A\\New\\Deep]\n\"x\"=dir:\"y\"\n";
+
+// More keys and values than are searched without an index.
+std::string longStore() {
+  std::string text = "[A\\B]\n";
+  for (int i = 0; i < 12; ++i) {
+    text += "\"value" + std::to_string(i) + "\"=string:\"a text\"\n";
+  }
+  for (int i = 0; i < 12; ++i) {
+    text += "[A\\B\\Key" + std::to_string(i) + "]\n\"Default\"=ulong:1\n";
+  }
+  return text;
+}
+
+class StoreMemory : public StoreTest {
+ protected:
+  using Step = std::function<void()>;
+
+  // What can be seen of the root and its files.
+  [[nodiscard]] std::string state() const {
+    std::string seen = showRoot();
+    for (const std::string& name : m_folder.names()) {
+      seen += name.starts_with("HKEY") ? name + ":\n" + readFile(m_folder.path(name)) : "";
+    }
+    return seen;
+  }
+
+  // Loads the long store, and leaves a gap among its keys.
+  void loadLong() {
+    restartWith(longStore());
+    EXPECT_TRUE(load());
+    EXPECT_EQ(m_manager.regDeleteKey(kRoot, "A\\B\\Key5"), 0);
+    fs::remove(store() + "_old");
+  }
+
+  // A tree that failed loads have left a part of the store in, which is mended by then.
+  void loadInPart() {
+    restartWith("[a\\b]\n\"n\"=ulong:1\n[A\\C]\n\"gone\"=ulong:1\n[]\n");
+    EXPECT_FALSE(load());
+    EXPECT_EQ(OpenKey("A\\D").setNumber("set", 3), 0);
+    EXPECT_EQ(m_manager.regDeleteKey(kRoot, "A\\C"), 0);
+    EXPECT_FALSE(load());
+    m_folder.write("HKEY_LOCAL_MACHINE.cfg", kRepaired);
+  }
+
+  // Whether the operation came to its end before so many allocations were made.
+  static bool endsWith(long allocations, const Step& operate) {
+    t_left = allocations;
+    bool ended = true;
+    try {
+      operate();
+    } catch (const std::exception&) {
+      ended = false;
+    }
+    return std::exchange(t_left, kNever) > 0 && ended;
+  }
+
+  void failEach(const char* label, bool loads, const Step& prepare, const Step& operate) {
+    SCOPED_TRACE(label);
+    prepare();
+    const std::string before = state();
+    EXPECT_TRUE(endsWith(1'000'000, operate));
+    const std::string after = state();
+    for (const bool lasting : {false, true}) {
+      t_lasting = lasting;
+      for (long allocations = 0; !HasFailure(); ++allocations) {
+        prepare();
+        if (endsWith(allocations, operate)) {
+          EXPECT_EQ(state(), after);
+          EXPECT_GT(allocations, 0);
+          break;
+        }
+        // A load that failed may have left a part, which the next one must complete.
+        const std::string left = state();
+        EXPECT_TRUE(loads || left == before || left == after) << allocations << '\n' << left;
+        if (left != after) {
+          operate();
+        }
+        EXPECT_EQ(state(), after) << allocations;
+      }
+    }
+    EXPECT_TRUE(locksAreFree());
+  }
+};
+
+TEST_F(StoreMemory, MayRunOutInEachOperation) {
+  const Step loadLong = [this] { this->loadLong(); };
+  const std::pair<const char*, Step> cases[] = {
+      {"a new value", [] { OpenKey("A\\B").set("a new value", std::string(50, 'x')); }},
+      {"a list",
+       [] {
+         OpenKey("A\\B").set("list", {"a\0b\0\0", 5}, REG_MULTI_SZ);
+       }},
+      {"another text", [] { OpenKey("A\\B").set("value3", std::string(50, 'x')); }},
+      {"a number", [] { OpenKey("A\\B").setNumber("value3", 3); }},
+      {"new keys", [] { OpenKey("A\\New\\Deep\\Way").setNumber("n", 3); }},
+      {"a key more", [] { OpenKey("A\\B\\More").set("n", "x"); }},
+      {"a bracketed key", [] { OpenKey("[more]").set("n", "x"); }},
+      {"a created key", [this] { m_manager.regCreateKey(kRoot, "New\\Deep\\Way", nullptr); }},
+      {"a query", [] { (void)OpenKey("A\\B").text("value3"); }},
+      {"a query that adds keys", [] { (void)OpenKey("A\\New\\Deep\\Way").text("n"); }},
+      {"a value deleted", [] { OpenKey("A\\B").remove("value3"); }},
+      {"a key deleted", [this] { m_manager.regDeleteKey(kRoot, "A\\B\\Key3"); }},
+      {"an enumeration",
+       [this] {
+         char name[20];
+         unsigned int size = sizeof name;
+         m_manager.regEnumKeyEx(OpenKey("A\\B").get(), 7, name, &size);
+       }},
+      {"a save", [this] { (void)save(); }},
+  };
+  for (const auto& [label, operate] : cases) {
+    failEach(label, false, loadLong, operate);
+  }
+}
+
+TEST_F(StoreMemory, MayRunOutInALoad) {
+  const Step query = [] {
+    try {
+      (void)OpenKey("A\\B").text("n");
+    } catch (const QSException&) {
+      // as a load that fails gives it
+    }
+  };
+  const auto lay = [this](const std::string& text) { return [=, this] { restartWith(text); }; };
+  failEach("the first", true, lay(longStore()), query);
+  failEach(
+      "one that completes another", true, [this] { loadInPart(); }, query);
+  failEach("one that fails", true, lay("[A\\B]\n\"n\"=ulong:1\n\"m\"=string:\"open\n"), query);
+}
+
+// A whole path for each level took memory that grew with the square of the depth.
+TEST_F(StoreMemory, IsNotHeldForEachLevelOfABranchThatGoes) {
+  std::string path = "A\\B";
+  for (int level = 0; level < 500; ++level) {
+    path += "\\Level";
+  }
+  EXPECT_EQ(OpenKey(path).setNumber("n", 1), 0);
+  CQSRegKey key(kMachine, "A\\B");
+  const long before = t_mostBlocks = t_blocks;
+  EXPECT_EQ(key.DeleteKey(true), 0);
+  EXPECT_LT(t_mostBlocks, before + 100);
+  EXPECT_EQ(showRoot(), "A\n");
+}
+
+}  // namespace
