@@ -48,11 +48,12 @@ Verdict noFile(const std::string& library) {
 
 // What is wrong with the file as its first bytes tell, which say more than the system's loader.
 std::optional<Verdict> verdictOnFile(const std::string& library, const std::string& program) {
-  if (!fs::path(library).has_parent_path()) {
+  const fs::path path = fileOf(library);
+  if (!path.has_parent_path()) {
     return std::nullopt;  // the system looks for it in places of its own
   }
   std::error_code error;
-  const fs::file_status status = fs::status(library, error);
+  const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) {
     return noFile(library);
   }
@@ -60,8 +61,8 @@ std::optional<Verdict> verdictOnFile(const std::string& library, const std::stri
   if (!fs::is_regular_file(status)) {
     return faulty(file + " is no file but a folder or a device; register the library's own file");
   }
-  const LibraryHeader header = readLibraryHeader(library);
-  const LibraryHeader own = readLibraryHeader(program);
+  const LibraryHeader header = readLibraryHeader(path);
+  const LibraryHeader own = readLibraryHeader(fileOf(program));
   if (header.format == FileFormat::kUnreadable) {
     return faulty(file + " cannot be read; see to its permissions");
   }

@@ -22,12 +22,13 @@ std::string libraryToEnter(const Request& request) {
     return *request.file;
   }
   std::error_code error;
-  std::string file = std::filesystem::absolute(*request.file, error).string();
+  const std::filesystem::path absolute = std::filesystem::absolute(fileOf(*request.file), error);
   if (error) {
     throw Failure(ExitCode::kBadInput, "the file " + inQuotes(*request.file) +
                                            " cannot be made absolute: " + error.message());
   }
-  if (!std::filesystem::exists(file, error)) {
+  std::string file = textOf(absolute);
+  if (!std::filesystem::exists(absolute, error)) {
     complain("warning: there is no file " + inQuotes(file) + " yet");
   }
   return file;

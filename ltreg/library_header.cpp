@@ -84,7 +84,7 @@ std::string LibraryHeader::text() const {
          std::to_string(bits) + " bits" + (bigEndian ? ", big-endian" : "");
 }
 
-LibraryHeader readLibraryHeader(const std::string& pathname) {
+LibraryHeader readLibraryHeader(const std::filesystem::path& pathname) {
   std::ifstream file(pathname, std::ios::binary);
   if (!file || file.peek() == std::ifstream::traits_type::eof()) {
     return {.format = file.is_open() && !file.bad() ? FileFormat::kOther : FileFormat::kUnreadable};

@@ -2,6 +2,7 @@
 #ifndef LTREG_LIBRARY_HEADER_H
 #define LTREG_LIBRARY_HEADER_H
 
+#include <filesystem>
 #include <string>
 
 namespace ltreg {
@@ -23,7 +24,7 @@ struct LibraryHeader {
 };
 
 /// Reads ELF and PE headers, whatever the system it runs on.
-[[nodiscard]] LibraryHeader readLibraryHeader(const std::string& pathname);
+[[nodiscard]] LibraryHeader readLibraryHeader(const std::filesystem::path& pathname);
 
 }  // namespace ltreg
 

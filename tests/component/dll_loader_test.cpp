@@ -121,6 +121,19 @@ TEST_F(DllLoaderTest, AFailedLoadHasATextOf1023CharactersAtMost) {
   EXPECT_EQ(reportClass("No.File")->loadFailure, "");
 }
 
+// No code page of Windows has these characters beside those of another alphabet.
+TEST_F(DllLoaderTest, ALibraryMayLieInAFolderOfAnyName) {
+  const std::u8string name = u8"/\u65E5\u672C \u0416\u00E9";
+  const std::filesystem::path place(std::u8string(folder().path().begin(), folder().path().end()) +
+                                    name);
+  std::filesystem::create_directory(place);
+  std::filesystem::copy(libraryPath("quiet"), place / "any.library");
+  const std::u8string library = (place / "any.library").u8string();
+  enterClass("Any.Folder", std::string(library.begin(), library.end()));
+  EXPECT_EQ(failureOf("Any.Folder"), "");
+  EXPECT_EQ(Stage::takeNotes(), "quiet comes, quiet goes");
+}
+
 // The top of the count, which no test reaches by loading, pins the library.
 TEST_F(DllLoaderTest, ALibraryThatWasLoadedTooOftenStays) {
   constexpr std::uint32_t kTop = std::numeric_limits<std::uint32_t>::max();

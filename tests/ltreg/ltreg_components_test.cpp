@@ -101,6 +101,27 @@ TEST_F(LtregComponents, SeesThroughEveryLibrary) {
   }
 }
 
+// Among them those that no code page of Windows has.
+TEST_F(LtregComponents, LibrariesMayHaveAnyName) {
+  const std::u8string name = u8"\u65E5 \u0416.library";
+  std::filesystem::copy(libraryPath("component_outcomes"),
+                        std::filesystem::path(m_folder.path()) / name);
+  const std::string word(name.begin(), name.end());
+  std::string library = m_folder.path("x");
+  library.replace(library.size() - 1, 1, word);
+  changes("component register Outcome.Good '" + word + "'", {}, entryOf("Outcome.Good", library));
+  finds(0, "Outcome.Good", library, "'" + library + "' loads and offers the class, and an object",
+        "--create");
+}
+
+// The process that tries a library out ends even when nobody is left to end it.
+TEST_F(LtregComponents, ATrialHasATimeOfItsOwn) {
+  m_folder.write(kStore, entryOf("X", libraryPath("ltreg_hangs")));
+  const ProgramResult result = run("component probe X --timeout 1");
+  EXPECT_LT(result.exitCode, 0) << result.errors;
+  contains(result.output, {"loading"});
+}
+
 TEST_F(LtregComponents, CreatesWhenAsked) {
   const std::string library = libraryPath("component_outcomes");
   const auto ends = [&](int exitCode, const std::string& outcome, const std::string& verdict) {
