@@ -212,7 +212,7 @@ void addComponentCommands(CLI::App& app, Invocation& asked) {
       .flag("--create", request.create, "Create an object, too; only for components")
       .timeout();
   CommandOptions probe(group, asked, "probe", "", probeClass);
-  probe.word("CLASS", request.clsid, kClass).flag("--create", request.create, "").hide();
+  probe.word("CLASS", request.clsid, kClass).flag("--create", request.create, "").timeout().hide();
 }
 
 }  // namespace

@@ -122,7 +122,8 @@ Verdict verdictOnEnd(const std::string& library, const Told& told, const ChildOu
 // A library can do anything to the process that loads it, so that this one is left out of it.
 Verdict verdictByTrial(const Request& request, const std::string& library,
                        const std::string& program) {
-  std::vector<std::string> words{"component", "probe"};
+  std::vector<std::string> words{"component", "probe", "--timeout",
+                                 std::to_string(request.timeout)};
   if (request.create) {
     words.emplace_back("--create");
   }

@@ -1,7 +1,9 @@
+#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <memory>
 
+#include "ltlib/platform/tool_process.h"
 #include "ltreg/commands.h"
 #include "ltreg/component_entry.h"
 #include "ltreg/component_verdict.h"
@@ -76,12 +78,16 @@ Verdict loadVerdict(const std::string& id, const std::vector<ClassEntry>& classe
                                  : "of the registered classes it offers " + offered));
 }
 
-// The loader reads the class's entry itself, and the store may have failed since it was checked.
+// The loader reads the class's entry itself, and the store may have failed since it was checked. Once
+// the entry is known it is the library that throws.
 Verdict loadAndReport(const std::string& id, const std::vector<ClassEntry>& classes) {
   try {
     return loadVerdict(id, classes);
-  } catch (const QSException& failure) {
-    return {ExitCode::kStoreFailed, std::string("the loader fails: ") + failure.What()};
+  } catch (...) {
+    const std::optional<LTLib::ClassReport> report = LTLib::reportClass(id.c_str());
+    return report ? faulty(inQuotes(report->library) + " throws while it loads" +
+                           currentException() + "; look at its static objects")
+                  : Verdict{ExitCode::kStoreFailed, "the loader fails" + currentException()};
   }
 }
 
@@ -132,7 +138,9 @@ Verdict createVerdict(const std::string& id) {
 
 }  // namespace
 
+// The process that waits for this one ends it a little earlier and tells of it; if it still can.
 ExitCode probeClass(const Request& request, Output& output) {
+  LTLib::Platform::limitLifetime(std::chrono::seconds(request.timeout + 1));
   const std::string& id = *request.clsid;
   const std::vector<ClassEntry> classes = registeredClasses(request);
   tell(output, Stage::kLoading);

@@ -22,6 +22,13 @@ std::optional<Verdict> readVerdict(std::string_view line) {
   return Verdict{static_cast<ExitCode>(line[0] - '0'), std::string(line.substr(2))};
 }
 
+// A library that was loaded, or one that it needs, as the system names it.
+std::string nameOf(const std::string& culprit, const std::string& library) {
+  const std::string file = inQuotes(library);
+  const bool isItself = culprit == library || culprit.ends_with('/' + library);
+  return isItself ? file : inQuotes(culprit) + ", which " + file + " needs,";
+}
+
 }  // namespace
 
 void tell(Output& output, Stage stage) {
@@ -56,11 +63,12 @@ Told readTold(std::string_view lines) {
 // The loaders of ELF systems name what they miss; where one words it otherwise its text stands.
 Verdict verdictOnLoad(const std::string& library, const std::string& reason) {
   constexpr std::string_view kNoFile = ": cannot open shared object file";
-  constexpr std::string_view kNoSymbol = "undefined symbol: ";
+  constexpr std::string_view kNoSymbol = ": undefined symbol: ";
   const std::string file = inQuotes(library);
   if (const std::size_t at = reason.find(kNoSymbol); at != std::string::npos) {
     return {ExitCode::kBadInput,
-            file + " needs the symbol " + inQuotes(reason.substr(at + kNoSymbol.size())) +
+            nameOf(reason.substr(0, at), library) + " needs the symbol " +
+                inQuotes(reason.substr(at + kNoSymbol.size())) +
                 ", which nothing defines; link it with the library that does, in the version that"
                 " does"};
   }

@@ -29,6 +29,10 @@ namespace LTLib::Platform {
 /// The file of the running program; empty if the system does not tell.
 [[nodiscard]] std::string programPath();
 
+/// Has the system end this process when the time is up, whatever it then does or waits for.
+/// Requires: at least a second, and a day at most.
+void limitLifetime(std::chrono::seconds limit) noexcept;
+
 enum class ChildEnd {
   kNotStarted,  // the system refused, or the child could not be watched
   kExited,      // by itself
@@ -44,8 +48,9 @@ struct ChildOutcome {
 };
 
 /// Runs a program with this process's environment, folder and standard error, and with nothing on
-/// its standard input, until it has ended or the time is up. Of processes that the child leaves
-/// behind nobody is waited for and nobody ended. Throws std::bad_alloc alone.
+/// its standard input, until it has ended or the time is up. If this process ends before that, in
+/// whatever way, the system ends the child. Of processes that the child leaves behind nobody is
+/// waited for and nobody ended. Throws std::bad_alloc alone.
 [[nodiscard]] ChildOutcome runChild(const std::string& program,
                                     const std::vector<std::string>& arguments,
                                     std::chrono::milliseconds limit);

@@ -95,9 +95,21 @@ TEST_F(LtregComponents, SeesThroughEveryLibrary) {
     finds(3, "X", libraryPath("ltreg_aborts"), crash + "while it loads");
     finds(3, "Crash.Now", late, crash + "while an object is", "--create");
     finds(3, "Crash.AtEnd", late, crash + "when the process ends", "--create");
+    const std::string throws = " throws while it loads";
+    for (const char* library : {"ltreg_throws_own", "ltreg_throws_standard"}) {
+      finds(3, "X", libraryPath(library), throws + ": thrown; look at its static objects");
+    }
+    finds(3, "X", libraryPath("ltreg_throws_number"), throws + " what is no std::exception; look");
+    finds(3, "X", libraryPath("component_throws_unguarded"),
+          throws + ": from a static object; look");
+    finds(3, "X", libraryPath("ltreg_needs_lacking"),
+          "libltreg_lacking.so', which '" + libraryPath("ltreg_needs_lacking") +
+              "' needs, needs the symbol '_Z15ltregTestAbsentv'");
     finds(3, "X", libraryPath("ltreg_needs_library"), "needs the library 'libltreg_absent");
     finds(3, "X", libraryPath("ltreg_needs_symbol"), "needs the symbol '_Z15ltregTestAbsentv'");
     finds(1, "X", "no such library.so", "the system finds no library 'no such library.so'");
+  } else {
+    finds(3, "X", libraryPath("ltreg_throws_number"), "an exception left its static objects");
   }
 }
 
@@ -112,6 +124,23 @@ TEST_F(LtregComponents, LibrariesMayHaveAnyName) {
   changes("component register Outcome.Good '" + word + "'", {}, entryOf("Outcome.Good", library));
   finds(0, "Outcome.Good", library, "'" + library + "' loads and offers the class, and an object",
         "--create");
+}
+
+// The library keeps the stream open that it prints to, until the process ends that tries it out.
+TEST_F(LtregComponents, ATrialEndsWithTheCheck) {
+  m_folder.write(kStore, entryOf("X", libraryPath("ltreg_hangs")));
+  const auto [printed, errors] = makePipe();
+  const Process check({m_program,
+                       {"component", "check", "X", "--timeout", "86400"},
+                       m_folder.path(),
+                       std::fopen(m_folder.write("input", "").c_str(), "r"),
+                       std::fopen(m_folder.path("output").c_str(), "w"),
+                       errors});
+  EXPECT_EQ(std::fgetc(printed), 'h');
+  check.kill();
+  while (std::fgetc(printed) != EOF) {
+  }
+  std::fclose(printed);
 }
 
 // The process that tries a library out ends even when nobody is left to end it.

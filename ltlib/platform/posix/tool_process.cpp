@@ -3,9 +3,9 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -45,6 +45,24 @@ class Descriptor {
   int m_number;
 };
 
+void awaitEnd(pid_t child) {
+  while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
+// Makes the forked child the program, or writes the system's error. The signal is asked for here
+// since it outlives the change to the program; were the parent gone by then it would never come.
+[[noreturn]] void becomeProgram(char* const* words, pid_t parent, int output, int errors) {
+  if (::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && ::getppid() == parent &&
+      ::close(STDIN_FILENO) == 0 && ::open("/dev/null", O_RDONLY) == STDIN_FILENO &&
+      ::dup2(output, STDOUT_FILENO) == STDOUT_FILENO) {
+    ::execv(words[0], words);
+  }
+  const int error = errno;
+  static_cast<void>(!::write(errors, &error, sizeof error));
+  ::_exit(1);
+}
+
 // Gives the system's error, or 0 and the child's number.
 int spawn(const std::string& program, const std::vector<std::string>& arguments, int output,
           pid_t& child) {
@@ -53,18 +71,28 @@ int spawn(const std::string& program, const std::vector<std::string>& arguments,
     words.push_back(const_cast<char*>(argument.c_str()));
   }
   words.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  if (const int error = ::posix_spawn_file_actions_init(&actions); error != 0) {
-    return error;
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) {
+    return errno;
   }
-  int error = ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  if (error == 0) {
-    error = ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+  const Descriptor errors(ends[0]);
+  Descriptor childsErrors(ends[1]);
+  const pid_t self = ::getpid();
+  child = ::fork();
+  if (child < 0) {
+    return errno;
   }
-  if (error == 0) {
-    error = ::posix_spawn(&child, program.c_str(), &actions, nullptr, words.data(), environ);
+  if (child == 0) {
+    becomeProgram(words.data(), self, output, childsErrors.number());
   }
-  ::posix_spawn_file_actions_destroy(&actions);
+  childsErrors.close();
+  // A program that runs has closed the pipe.
+  int error = 0;
+  while (::read(errors.number(), &error, sizeof error) < 0 && errno == EINTR) {
+  }
+  if (error != 0) {
+    awaitEnd(child);
+  }
   return error;
 }
 
@@ -108,8 +136,7 @@ void await(pid_t child, int output, Clock::time_point limit, ChildOutcome& outco
     }
     if (Clock::now() >= limit) {
       ::kill(child, SIGKILL);
-      while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-      }
+      awaitEnd(child);
       outcome.end = ChildEnd::kTimedOut;
       return;
     }
@@ -157,6 +184,16 @@ std::string programPath() {
     }
     path.resize(2 * path.size());
   }
+}
+
+void limitLifetime(std::chrono::seconds limit) noexcept {
+  // Whoever started this process may have had the signal ignored or held back.
+  sigset_t alarms;
+  ::sigemptyset(&alarms);
+  ::sigaddset(&alarms, SIGALRM);
+  ::signal(SIGALRM, SIG_DFL);
+  ::sigprocmask(SIG_UNBLOCK, &alarms, nullptr);
+  ::alarm(static_cast<unsigned int>(limit.count()));
 }
 
 ChildOutcome runChild(const std::string& program, const std::vector<std::string>& arguments,

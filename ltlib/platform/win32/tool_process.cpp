@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 
@@ -59,10 +60,21 @@ class Handle {
   HANDLE m_handle;
 };
 
+// A job whose processes the system ends with its last handle, which goes with this process. What the
+// processes of the job start is none of it.
+HANDLE makeJob() {
+  const HANDLE job = CreateJobObjectA(nullptr, nullptr);
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+  limits.BasicLimitInformation.LimitFlags =
+      JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_SILENT_BREAKAWAY_OK;
+  SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+  return job;
+}
+
 // Gives the system's error, or 0 and the child. A window that tells of a crash would keep the
 // child from its end.
 DWORD spawn(const std::string& program, const std::vector<std::string>& arguments, HANDLE input,
-            HANDLE output, Handle& child) {
+            HANDLE output, HANDLE job, Handle& child) {
   std::string line = commandLine(program, arguments);
   STARTUPINFOA start{};
   start.cb = sizeof start;
@@ -72,11 +84,13 @@ DWORD spawn(const std::string& program, const std::vector<std::string>& argument
   start.hStdError = reinterpret_cast<HANDLE>(_get_osfhandle(kErrors));
   PROCESS_INFORMATION made{};
   const UINT before = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
-  const BOOL started = CreateProcessA(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0,
-                                      nullptr, nullptr, &start, &made);
+  const BOOL started = CreateProcessA(program.c_str(), line.data(), nullptr, nullptr, TRUE,
+                                      CREATE_SUSPENDED, nullptr, nullptr, &start, &made);
   const DWORD error = started != 0 ? 0 : GetLastError();
   SetErrorMode(before);
   if (error == 0) {
+    AssignProcessToJobObject(job, made.hProcess);
+    ResumeThread(made.hThread);
     CloseHandle(made.hThread);
     *child.put() = made.hProcess;
   }
@@ -169,6 +183,24 @@ std::string programPath() {
   return path;
 }
 
+void limitLifetime(std::chrono::seconds limit) noexcept {
+  static constinit std::atomic<DWORD> s_limit{0};
+  static constinit std::atomic<HANDLE> s_begun{nullptr};
+  s_limit = static_cast<DWORD>(std::chrono::milliseconds(limit).count());
+  s_begun = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+  const auto wait = [](void*) -> DWORD {
+    SetEvent(s_begun);
+    Sleep(s_limit);
+    TerminateProcess(GetCurrentProcess(), kFirstException);
+    return 0;
+  };
+  const Handle thread(CreateThread(nullptr, 0, wait, nullptr, 0, nullptr));
+  // A library that hangs while it loads keeps threads from beginning.
+  if (thread.get() != nullptr) {
+    WaitForSingleObject(s_begun, INFINITE);
+  }
+}
+
 ChildOutcome runChild(const std::string& program, const std::vector<std::string>& arguments,
                       std::chrono::milliseconds limit) {
   SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
@@ -180,8 +212,10 @@ ChildOutcome runChild(const std::string& program, const std::vector<std::string>
     return notStarted(GetLastError());
   }
   SetHandleInformation(output.get(), HANDLE_FLAG_INHERIT, 0);
+  const Handle job(makeJob());
   Handle child;
-  if (const DWORD error = spawn(program, arguments, nothing.get(), childsOutput.get(), child);
+  if (const DWORD error =
+          spawn(program, arguments, nothing.get(), childsOutput.get(), job.get(), child);
       error != 0) {
     return notStarted(error);
   }
