@@ -1,5 +1,7 @@
 #include "lttracer/tracer.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,8 +21,16 @@ int thresholdFromEnvironment() {
   return std::strcmp(setting, "warning") == 0 ? kWarningsOnly : std::atoi(setting);
 }
 
+// No static object of the function: a fork that crosses with its making would leave the child to
+// wait for the end of that.
 int threshold() {
-  static const int value = thresholdFromEnvironment();
+  constexpr int kUnknown = kSilent - 1;
+  constinit static std::atomic<int> s_value{kUnknown};
+  int value = s_value.load(std::memory_order_relaxed);
+  if (value == kUnknown) {
+    value = std::max(thresholdFromEnvironment(), kSilent);
+    s_value.store(value, std::memory_order_relaxed);
+  }
   return value;
 }
 

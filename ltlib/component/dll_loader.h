@@ -31,6 +31,10 @@
 // variable resolver runs under the lock of the look-up and must not use the loader. Load of a class
 // that is loaded already waits for nobody. The process does not end while a thread is in a plain
 // factory or a release function: the registrars that go then wait for it.
+// Forks: the child has the records and libraries as they stood, and may use the loader. While other
+// threads load, unload, or create and release by the plain route a fork waits, but no longer than a
+// second: what such a thread is about then is left undone in the child, which must not load a
+// library that was just coming or going. Static objects, factories and release functions may fork.
 // Ownership: records are the loader's. A failure text is made by `new char[]` and belongs to the
 // caller, who frees it with `delete[]`. Identifiers are copied.
 // Failure: a null result. What the registry, a factory, a release function or a static object of a

@@ -6,7 +6,7 @@
 
 #include "ltlib/component/factory_dll.h"
 #include "ltlib/component/module_load.h"
-#include "ltlib/foundation/mutex.h"
+#include "ltlib/foundation/process_mutex.h"
 
 namespace LTLib::detail {
 
@@ -15,9 +15,16 @@ namespace LTLib::detail {
 /// register factories, so that without it two threads could wait for each other.
 struct DllLoaderTables {
   FactoryIndex factories;
-  Mutex tableLock;    // additions to `factories`; held across the look-up in the registry
-  Mutex loadLock;     // modules and their counts; held while a library loads or goes
-  Mutex factoryLock;  // factories and release functions; held while one runs
+
+  // Additions to `factories`; held across the look-up in the registry.
+  ProcessMutex tableLock{ProcessLock::kClasses};
+
+  // Modules and their counts; held while a library loads or goes.
+  ProcessMutex loadLock{ProcessLock::kLoads};
+
+  // Factories and release functions; held while one runs.
+  ProcessMutex factoryLock{ProcessLock::kFactories};
+
   std::vector<FailedModule> failedModules;  // load lock
 };
 

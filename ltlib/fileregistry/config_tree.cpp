@@ -5,10 +5,22 @@
 
 void QSCfgDataField::setValue(const std::string& /*text*/) {}
 
+namespace {
+
+// Never destroyed: a late caller may still hold the reference.
+const std::string& emptyText() {
+  static const auto* const s_text = new std::string;
+  return *s_text;
+}
+
+// Made when the library comes in: the child of a fork that crossed with a first use would wait for
+// the making to end.
+const std::string& s_madeAtLoad = emptyText();
+
+}  // namespace
+
 const std::string& QSCfgDataField::getValue() const {
-  // Never destroyed: a late caller may still hold the reference.
-  static const auto* const empty = new std::string;
-  return *empty;
+  return emptyText();
 }
 
 // A tree can be as deep as its file says, so that its end must not recurse; and it may come while

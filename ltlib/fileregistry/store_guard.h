@@ -14,14 +14,15 @@
 namespace LTLib {
 
 /// Keeps other processes from reading and replacing the store files in the directory of one of
-/// them; behind a link that is the directory of its target. While it lives the thread that made it uses the file backend as ever, and the other
-/// threads of the process wait in it.
+/// them; behind a link that is the directory of its target. While it lives the thread that made it
+/// uses the file backend as ever, and the other threads of the process wait in it, and in a fork. In
+/// the child of a fork it keeps nobody out.
 class LTLIB_EXPORT StoreGuard {
  public:
   /// Waits without limit. Throws what LTLib::NamedMutex throws, QSException for a link that is not
   /// to be followed, and std::length_error where the directory's identity file can neither be read
-  /// nor made; nothing is held then. A lock that its
-  /// last owner abandoned is told once by such an exception and obtained by the next try.
+  /// nor made; nothing is held then. A lock that its last owner abandoned is told once by such an
+  /// exception and obtained by the next try.
   explicit StoreGuard(const std::string& pathname);
 
   /// Requires: the thread that made it.

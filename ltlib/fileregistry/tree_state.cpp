@@ -4,17 +4,18 @@
 #include <cstddef>
 
 #include "ltlib/foundation/do_once.h"
+#include "ltlib/foundation/process_mutex.h"
 
 namespace LTLib::detail {
 namespace {
 
 struct TreeState {
-  Mutex lock;
+  ProcessMutex lock{ProcessLock::kTree};
   std::array<QSCfgRoot, 5> roots;
 };
 
 struct StoreState {
-  Mutex lock;
+  ProcessMutex lock{ProcessLock::kStores};
   std::map<std::string, std::string> names;
   std::vector<HeldFolder> held;
 };

@@ -2,7 +2,9 @@
 //
 // Lock order, outermost first: the tree's lock, the stores' lock, "qs_config_lock", a directory's
 // named mutex, the system's lock on its identity file. Everything here is built at first use and
-// never destroyed, so that a destructor that runs late in the process still finds it.
+// never destroyed, so that a destructor that runs late in the process still finds it. Forks take
+// the first two locks, or pass by a thread that waits for one of the others: by then all that is
+// kept here has to be whole.
 #ifndef LTLIB_FILEREGISTRY_TREE_STATE_H
 #define LTLIB_FILEREGISTRY_TREE_STATE_H
 

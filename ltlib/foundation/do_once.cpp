@@ -3,7 +3,11 @@
 #include <chrono>
 #include <thread>
 
+#include "ltlib/platform/fork.h"
+
 namespace {
+
+namespace Platform = LTLib::Platform;
 
 constexpr std::int32_t kUntouched = -1;
 constexpr auto kPollInterval = std::chrono::milliseconds(1);
@@ -12,19 +16,25 @@ bool isDone(const volatile ltDoOnce_t& once) {
   return once.done.load(std::memory_order_acquire) != 0;
 }
 
-// True for the one caller that finds the record untouched.
-bool entersFirst(volatile ltDoOnce_t& once) {
-  return once.entered.fetch_add(1, std::memory_order_acq_rel) == kUntouched;
+void makeUntouched(volatile void* once) noexcept {
+  static_cast<volatile ltDoOnce_t*>(once)->entered.store(kUntouched, std::memory_order_release);
 }
 
-void run(volatile ltDoOnce_t& once, void (*init)()) {
+// Whether this caller found the record untouched; then it ran the initialiser.
+bool runsFirst(volatile ltDoOnce_t& once, void (*init)()) {
+  Platform::SoleWork work(&once, makeUntouched);
+  if (!work.beginIf(
+          [&once] { return once.entered.fetch_add(1, std::memory_order_acq_rel) == kUntouched; })) {
+    return false;
+  }
   try {
     init();
   } catch (...) {
-    once.entered.store(kUntouched, std::memory_order_release);
+    work.endWith([&once] { makeUntouched(&once); });
     throw;
   }
-  once.done.store(1, std::memory_order_release);
+  work.endWith([&once] { once.done.store(1, std::memory_order_release); });
+  return true;
 }
 
 // Ends when the initialiser has completed or when it failed and somebody has to try again.
@@ -41,9 +51,7 @@ QSResult ltDoOnceInternal::ltDoOnceImpl(volatile ltDoOnce_t& once, void (*init)(
     return LTLib::kNullArgument;
   }
   do {
-    if (entersFirst(once)) {
-      run(once, init);
-    } else {
+    if (!runsFirst(once, init)) {
       waitWhileRunning(once);
     }
   } while (!isDone(once));

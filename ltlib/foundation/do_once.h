@@ -3,6 +3,8 @@
 //
 // Threads: any thread at any time. A caller sees all that the initialiser wrote. An initialiser
 // must not call ltDoOnce on its own record: it would wait for itself.
+// Forks: a record that another thread was running is untouched in the child, where the initialiser
+// runs again, from its start, for whoever asks next. So it must bear being cut off anywhere.
 // Ownership: a record lives in static storage, is ready before any code has run, guards one
 // initialiser and is never disposed of.
 //

@@ -8,8 +8,6 @@
 namespace LTLib {
 namespace {
 
-constexpr unsigned int kSpinCount = 4000;
-
 // Apart from lock, which would otherwise save registers for the exception's sake.
 [[noreturn, gnu::noinline]] void reportRefusal() {
   throw QSException(kFailure, "cannot lock LTLib::Mutex");
@@ -17,7 +15,7 @@ constexpr unsigned int kSpinCount = 4000;
 
 }  // namespace
 
-Mutex::Mutex() : m_lock(Platform::createThreadLock(kSpinCount)) {
+Mutex::Mutex() : m_lock(Platform::createThreadLock(Platform::kSpinCount)) {
   if (m_lock == nullptr) {
     throw std::bad_alloc();
   }

@@ -2,13 +2,16 @@
 //
 // Threads: lock and unlock may be called from any thread; the thread that holds the lock may take
 // it again, and it is free after as many unlocks as locks. Waits have no time limit: a waiter
-// tries 4000 times before it blocks.
+// tries 4000 times before it blocks, and where the process has one processor it blocks at once.
 //
 // | state           | lock by the owner | lock by another | unlock by the owner          |
 // |-----------------|-------------------|-----------------|------------------------------|
 // | free            |                   | held, depth 1   |                              |
 // | held, depth n   | depth n + 1       | waits           | depth n - 1; free at depth 0 |
 //
+// Forks: the child has the lock as it stood. What the forking thread held it holds there too; what
+// another thread held nobody gives back there, so that a program takes the lock around the fork or
+// leaves it alone in the child.
 // Failure: QSException with 0x80004005 and no file or line.
 #ifndef LTLIB_FOUNDATION_MUTEX_H
 #define LTLIB_FOUNDATION_MUTEX_H
@@ -20,6 +23,10 @@ namespace LTLib {
 
 namespace Platform {
 struct ThreadLock;
+}
+
+namespace detail {
+class ProcessMutex;
 }
 
 class LTLIB_EXPORT Mutex {
@@ -40,6 +47,9 @@ class LTLIB_EXPORT Mutex {
   void unlock();
 
  private:
+  friend class detail::ProcessMutex;
+  explicit Mutex(Platform::ThreadLock* lock) noexcept : m_lock(lock) {}
+
   Platform::ThreadLock* m_lock;
 };
 

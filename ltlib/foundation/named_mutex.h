@@ -27,7 +27,12 @@
 //
 // On POSIX systems a mutex is a file in /dev/shm, or in /tmp where the system has no such folder.
 // It stays until the system restarts, or a cleaner removes it: one who locks after that gets a new
-// mutex of the name, even while the old one is held.
+// mutex of the name, even while the old one is held. An owner whose program closes the descriptor
+// gives the mutex up by that, and the next owner is told "abandoned"; the number may go to another
+// file, which is left alone. A process that may not make files grow can be an owner like any other,
+// but that its end may go untold where the file is another user's and new.
+//
+// A fork waits for nobody's named mutex.
 //
 // Other users: the name is shared with all of them, so that each can hold the mutex for as long as
 // it likes, and a hostile one can cause a report "abandoned" that is not true, or prevent one.

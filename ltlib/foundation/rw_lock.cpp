@@ -141,6 +141,12 @@ RWLockImpl::Counts RWLockImpl::counts() const {
   return {readersOf(now), writersOf(now), stateOf(now)};
 }
 
+void RWLockImpl::forgetThreads() {
+  Platform::resetEvent(*m_readEvent);
+  Platform::resetEvent(*m_writeEvent);
+  m_word.store(0);
+}
+
 RWLock::RWLock() : m_impl(new RWLockImpl) {}
 
 RWLock::~RWLock() {

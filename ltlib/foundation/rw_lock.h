@@ -17,6 +17,8 @@
 // again while it reads, with one more unlock; any other lock by a thread that holds this one waits
 // for itself.
 //
+// Forks: the child has the lock as it stood. Where another thread held it or waited for it at the
+// fork it is of no use there, since nobody gives that back.
 // Failure: QSException with 0x80004005 when the system refuses an event at construction.
 #ifndef LTLIB_FOUNDATION_RW_LOCK_H
 #define LTLIB_FOUNDATION_RW_LOCK_H

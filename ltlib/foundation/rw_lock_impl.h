@@ -31,6 +31,10 @@ class RWLockImpl {
 
   Counts counts() const;
 
+  /// Makes the lock free, whoever holds it or waits for it. Requires: the process has one thread,
+  /// as the child of a fork has.
+  void forgetThreads();
+
  private:
   struct EventEnd {
     void operator()(Platform::Event* event) const { Platform::destroyEvent(event); }

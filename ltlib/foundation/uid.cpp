@@ -3,13 +3,13 @@
 #include <atomic>
 #include <cstdio>
 #include <ctime>
-#include <mutex>
 #include <optional>
 #include <random>
 #include <sstream>
 
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/uid_seed.h"
+#include "ltlib/platform/fork.h"
 #include "ltlib/platform/process.h"
 #include "lttracer/tracer.h"
 
@@ -48,11 +48,18 @@ constexpr char kFunction[] = "operator()";
 constinit ltDoOnce_t s_seeded;
 constinit std::atomic<std::uint16_t> s_sequence{0};
 
-// Engines never destroyed, so that identifiers can be made to the very end of the process.
-std::mt19937& seedEngine() {
-  static std::mt19937 engine;
-  return engine;
+// Engines have no destructors, so that identifiers can be made to the very end of the process.
+constinit std::optional<std::mt19937> s_seedEngine;
+constinit thread_local std::optional<std::mt19937> t_engine;
+
+// A child of a fork would go on with its parent's numbers.
+void forgetEngines() noexcept {
+  t_engine.reset();
+  s_seeded.done.store(0, std::memory_order_relaxed);
+  s_seeded.entered.store(-1, std::memory_order_relaxed);
 }
+
+const LTLib::Platform::ForkedChildHook s_childHook(forgetEngines);
 
 std::uint32_t drawHardwareSeed() {
   const LTLib::detail::EntropyDraw draw = LTLib::detail::entropySource()();
@@ -83,17 +90,17 @@ std::uint32_t drawSeed() {
 
 void seed() {
   const std::uint32_t drawn = drawSeed();
-  seedEngine().seed(drawn ^ static_cast<std::uint32_t>(std::clock()) ^ processId());
+  s_seedEngine.emplace(drawn ^ static_cast<std::uint32_t>(std::clock()) ^ processId());
 }
 
 std::uint32_t drawThreadSeed() {
-  static std::mutex guard;
-  const std::lock_guard<std::mutex> hold(guard);
-  return static_cast<std::uint32_t>(seedEngine()());
+  const LTLib::Platform::ThreadLockScope hold(
+      LTLib::Platform::processLock(LTLib::Platform::ProcessLock::kSeeds));
+  return static_cast<std::uint32_t>((*s_seedEngine)());
 }
 
 std::mt19937& threadEngine() {
-  thread_local std::optional<std::mt19937> engine;
+  std::optional<std::mt19937>& engine = t_engine;
   if (!engine) {
     engine.emplace(drawThreadSeed());
   }

@@ -1,6 +1,7 @@
 // 128-bit identifiers: generated, printed, parsed, compared, and as 16 bytes.
 //
 // Threads: Generate may be called from any thread at any time; the rest touches its object only.
+// Forks: the child seeds anew and generates values unlike its parent's.
 // Ownership: a plain value; buffers stay the caller's.
 // Units: sizes are in bytes, the terminating zero counted.
 //

@@ -7,8 +7,11 @@ namespace LTLib::Platform {
 /// The lock itself; only the platform's side knows its shape.
 struct ThreadLock;
 
-/// Makes a lock whose waiters try `spinCount` times before they block. Null when the system has
-/// no memory for it.
+/// How often the library's own waiters try before they block.
+inline constexpr unsigned int kSpinCount = 4000;
+
+/// Makes a lock whose waiters try `spinCount` times before they block, and with one processor not
+/// at all. Null when the system has no memory for it.
 [[nodiscard]] ThreadLock* createThreadLock(unsigned int spinCount) noexcept;
 
 /// Takes the lock; the thread that holds it may take it again. False when the system refuses.
@@ -19,6 +22,20 @@ void leaveThreadLock(ThreadLock& lock) noexcept;
 
 /// Frees the lock. Requires: nobody holds it or waits for it. A null lock is fine.
 void destroyThreadLock(ThreadLock* lock) noexcept;
+
+/// Holds a thread lock for a scope.
+class ThreadLockScope {
+ public:
+  explicit ThreadLockScope(ThreadLock& lock) noexcept : m_lock(lock) {
+    static_cast<void>(enterThreadLock(lock));
+  }
+  ~ThreadLockScope() { leaveThreadLock(m_lock); }
+  ThreadLockScope(const ThreadLockScope&) = delete;
+  ThreadLockScope& operator=(const ThreadLockScope&) = delete;
+
+ private:
+  ThreadLock& m_lock;
+};
 
 }  // namespace LTLib::Platform
 

@@ -38,8 +38,9 @@ constinit ltDoOnce_t s_once;
 constinit std::atomic<QSRegistryManagerImpl*> s_instance{nullptr};
 constinit std::atomic<bool> s_ended{false};
 
+// The child of a fork runs an initialiser again that was cut off, so that there may be an instance.
 void install(std::unique_ptr<QSRegistryManagerImpl> manager) {
-  if (!s_ended) {
+  if (!s_ended && s_instance == nullptr) {
     s_instance.store(manager.release(), std::memory_order_release);
   }
 }

@@ -2,6 +2,9 @@
 //
 // Threads: the instance may be used from any thread. An open handle belongs to one thread at a
 // time.
+// Forks: the child has the registry as it stood, unsaved changes included, and may use it. A fork
+// waits until other threads have left the file backend, and their LTLib::StoreGuards too, but not
+// for one that itself waits for another process.
 // Ownership: an open handle has one owner, who gives it to regCloseKey once. A predefined root
 // handle is never opened and never closed. All texts and buffers are the caller's.
 // Failure: the reg... operations give 0 or a number: the operating system's positive error number

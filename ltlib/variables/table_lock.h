@@ -14,8 +14,9 @@
 #define LTLIB_VARIABLES_TABLE_LOCK_H
 
 #include <atomic>
-#include <mutex>
-#include <shared_mutex>
+
+#include "ltlib/foundation/rw_lock_impl.h"
+#include "ltlib/platform/fork.h"
 
 namespace LTLib::detail {
 
@@ -23,33 +24,40 @@ class TableLock {
  public:
   void lock() {
     m_writers.fetch_add(1);
-    m_turn.lock();
-    m_table.lock();
+    static_cast<void>(Platform::enterThreadLock(m_turn));
+    m_table.writeLock();
   }
 
   void unlock() {
     m_table.unlock();
-    m_turn.unlock();
+    Platform::leaveThreadLock(m_turn);
     m_writers.fetch_sub(1);
   }
 
-  // The standard lock may let readers in ahead of a waiting writer without end.
+  // The lock below lets readers in ahead of a waiting writer without end.
   void lock_shared() {
     if (writersWait()) {
-      const std::lock_guard<std::mutex> behindTheWriter(m_turn);
+      const Platform::ThreadLockScope behindTheWriter(m_turn);
     }
-    m_table.lock_shared();
+    m_table.readLock();
   }
 
-  void unlock_shared() { m_table.unlock_shared(); }
+  void unlock_shared() { m_table.unlock(); }
 
   /// Whether a writer waits or writes.
   bool writersWait() const { return m_writers.load() != 0; }
 
+  /// In the child of a fork, which has no other readers and writers. Nobody was writing, since a
+  /// fork takes the writers' turn.
+  void forgetThreads() {
+    m_writers = 0;
+    m_table.forgetThreads();
+  }
+
  private:
   std::atomic<int> m_writers{0};  // those that write or wait
-  std::mutex m_turn;
-  std::shared_mutex m_table;
+  Platform::ThreadLock& m_turn = Platform::processLock(Platform::ProcessLock::kVariables);
+  RWLockImpl m_table;
 };
 
 }  // namespace LTLib::detail

@@ -1,11 +1,11 @@
 #include "ltlib/variables/variable_manager.h"
 
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
 #include "ltlib/foundation/do_once.h"
+#include "ltlib/platform/fork.h"
 #include "ltlib/variables/variable_manager_impl.h"
 
 namespace LTLib::detail {
@@ -31,6 +31,11 @@ constinit QSREGISTRYVARIABLE s_defaultVariables[] = {
 
 namespace {
 
+using LTLib::Platform::ForkedChildHook;
+using LTLib::Platform::ProcessLock;
+using LTLib::Platform::processLock;
+using LTLib::Platform::ThreadLockScope;
+
 // All of this is ready before any code of the library runs, so that registrars of other
 // modules may come first.
 constinit ltDoOnce_t s_once;
@@ -39,14 +44,13 @@ constinit std::atomic<bool> s_tornDown{false};
 constinit bool s_defaultsQueued = false;
 constinit std::vector<QSREGISTRYVARIABLE*>* s_pendingTables = nullptr;
 
-// Made at its first use, since a mutex is not a constant at its start everywhere.
-std::mutex& pendingGuard() {
-  static auto* const guard = new std::mutex;
-  return *guard;
+// Held while tables wait in line and while they become the manager's.
+LTLib::Platform::ThreadLock& pendingGuard() {
+  return processLock(ProcessLock::kPendingTables);
 }
 
 void appendPending(QSREGISTRYVARIABLE* table) {
-  const std::lock_guard<std::mutex> hold(pendingGuard());
+  const ThreadLockScope hold(pendingGuard());
   if (s_tornDown) {
     return;
   }
@@ -56,8 +60,9 @@ void appendPending(QSREGISTRYVARIABLE* table) {
   s_pendingTables->push_back(table);
 }
 
+// The child of a fork runs this again from its start if it was cut off.
 void constructManager() {
-  if (s_tornDown) {
+  if (s_tornDown || s_instance != nullptr) {
     return;
   }
   auto manager = std::make_unique<QSConfigVariableManagerImpl>();
@@ -65,7 +70,7 @@ void constructManager() {
     appendPending(LTLib::detail::s_defaultVariables);
     s_defaultsQueued = true;
   }
-  const std::lock_guard<std::mutex> hold(pendingGuard());
+  const ThreadLockScope hold(pendingGuard());
   for (QSREGISTRYVARIABLE* table : *s_pendingTables) {
     manager->AddVariables(table);
   }
@@ -83,13 +88,19 @@ struct ManagerTeardown {
 
 struct PendingTablesTeardown {
   ~PendingTablesTeardown() {
-    const std::lock_guard<std::mutex> hold(pendingGuard());
+    const ThreadLockScope hold(pendingGuard());
     delete std::exchange(s_pendingTables, nullptr);
   }
 };
 
 const ManagerTeardown s_managerTeardown;
 const PendingTablesTeardown s_pendingTablesTeardown;
+
+const ForkedChildHook s_childHook([]() noexcept {
+  if (QSConfigVariableManagerImpl* const manager = s_instance) {
+    manager->forgetThreads();
+  }
+});
 
 }  // namespace
 

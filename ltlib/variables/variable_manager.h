@@ -18,6 +18,8 @@
 // of one moment, unless resolvers are registered: these are called with no lock held, may use the
 // manager themselves, and the table is looked at anew for each replacement. One thread runs the
 // load of the first expansion; others that expand meanwhile go on with what is defined so far.
+// Forks: the child has the table as it stood, and may use it. A load that another thread was
+// running is the child's next expansion's.
 // Ownership: names and values are copied. Resolvers are borrowed.
 // Failure: results only, 0 on success. Exceptions of resolvers and of the registry pass through,
 // and so does std::bad_alloc.

@@ -6,12 +6,14 @@
 #include <shared_mutex>
 #include <utility>
 
+#include "ltlib/platform/fork.h"
 #include "ltlib/variables/expansion.h"
 
 namespace {
 
 using LTLib::VariableOrigin;
 using LTLib::detail::TableLock;
+using LTLib::Platform::SoleWork;
 
 using ReadGuard = std::shared_lock<TableLock>;
 using WriteGuard = std::unique_lock<TableLock>;
@@ -31,6 +33,10 @@ class OriginScope {
  private:
   std::optional<VariableOrigin> m_previous;
 };
+
+void clear(volatile void* flag) noexcept {
+  static_cast<volatile std::atomic<bool>*>(flag)->store(false);
+}
 
 bool holdsMark(std::string_view text) {
   return text.find('%') != std::string_view::npos;
@@ -186,35 +192,38 @@ QSResult QSConfigVariableManagerImpl::expand(std::string& text,
 // The thread that sets the loading flag runs the load. An exception out of the registry leaves the
 // flag set: the load is not tried again, and the expansions to come work with what there is.
 void QSConfigVariableManagerImpl::loadAtFirstUse() {
-  if (m_publicVariablesLoaded || m_publicVariablesLoading ||
-      m_publicVariablesLoading.exchange(true)) {
+  if (m_publicVariablesLoaded || m_publicVariablesLoading) {
+    return;
+  }
+  SoleWork work(&m_publicVariablesLoading, clear);
+  if (!work.beginIf([this] { return !m_publicVariablesLoading.exchange(true); })) {
     return;
   }
   // Another thread may have finished between the look at the one flag and at the other.
   if (!m_publicVariablesLoaded) {
-    readConfigFile();
+    try {
+      readConfigFile();
+    } catch (...) {
+      // Failing here leaves the whole load to the next expansion.
+      work.endWith([this] { m_publicVariablesLoading = false; });
+      throw;
+    }
     const OriginScope scope(VariableOrigin::kPublicVariable);
     m_sources.loadPublicVariables(*this);
     m_publicVariablesLoaded = true;
   }
-  m_publicVariablesLoading = false;
+  work.endWith([this] { m_publicVariablesLoading = false; });
 }
 
 // Comes before the registry is looked at, whose key of public variables lies below CurrentConfig.
-// Failing here leaves the whole load to the next expansion.
 void QSConfigVariableManagerImpl::readConfigFile() {
   if (!m_configFilePending) {
     return;
   }
-  try {
-    const OriginScope scope(VariableOrigin::kConfigFile);
-    QSConfigVariableManager& manager = *this;
-    if (const std::optional<std::string> word = m_sources.readConfigFile()) {
-      manager.SetVariable(kCurrentConfig, *word);
-    }
-  } catch (...) {
-    m_publicVariablesLoading = false;
-    throw;
+  const OriginScope scope(VariableOrigin::kConfigFile);
+  QSConfigVariableManager& manager = *this;
+  if (const std::optional<std::string> word = m_sources.readConfigFile()) {
+    manager.SetVariable(kCurrentConfig, *word);
   }
 }
 

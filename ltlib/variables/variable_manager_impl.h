@@ -46,6 +46,9 @@ class QSConfigVariableManagerImpl final : public QSConfigVariableManager {
 
   std::vector<LTLib::VariableReport> report();
 
+  /// In the child of a fork: frees the table from readers that do not exist there.
+  void forgetThreads() { m_lock.forgetThreads(); }
+
  private:
   class FixedSource;
   class ResolvingSource;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/rw_lock_impl.h"
 #include "tests/support/threads.h"
@@ -96,20 +98,24 @@ TEST(RWLock, GuardsHoldWhatTheyName) {
 // it in is still on its way out.
 TEST(RWLock, TheLastOneOutDeletes) {
   constexpr int kThreads = 4;
-  for (int round = 0; round < 1000; ++round) {
-    auto* const lock = new LTLib::RWLock;
+  struct Shared {
+    LTLib::RWLock lock;
     int left = kThreads;
-    LTLib::Testing::runTogether(kThreads, [&](int) {
-      lock->readLock();
-      lock->unlock();
-      lock->writeLock();
-      const bool isLast = --left == 0;
-      lock->unlock();
+  };
+  std::vector<Shared*> all(10000);
+  std::generate(all.begin(), all.end(), [] { return new Shared; });
+  LTLib::Testing::runTogether(kThreads, [&all](int) {
+    for (Shared* const shared : all) {
+      shared->lock.readLock();
+      shared->lock.unlock();
+      shared->lock.writeLock();
+      const bool isLast = --shared->left == 0;
+      shared->lock.unlock();
       if (isLast) {
-        delete lock;
+        delete shared;
       }
-    });
-  }
+    }
+  });
 }
 
 TEST(RWLock, ReportsARefusedEvent) {

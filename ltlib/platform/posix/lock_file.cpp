@@ -14,6 +14,7 @@
 #include <span>
 
 #include "ltlib/platform/posix/descriptors.h"
+#include "ltlib/platform/posix/fork_window.h"
 #include "ltlib/platform/posix/sha256.h"
 
 namespace LTLib::Platform {
@@ -129,6 +130,15 @@ bool isStillOpen(const LockFile& file, struct stat& status) noexcept {
          status.st_dev == file.device && status.st_ino == file.inode;
 }
 
+int lockUninterrupted(int descriptor, int operation) noexcept {
+  while (flock(descriptor, operation) != 0) {
+    if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
 bool isMarked(const struct stat& status) noexcept {
   return status.st_size > 0 ? status.st_size % 2 != 0 : (status.st_mode & kOwnedMode) != 0;
 }
@@ -212,12 +222,12 @@ void closeLockFile(LockFile& file) noexcept {
 }
 
 int waitForLockFile(const LockFile& file) noexcept {
-  while (flock(file.descriptor, LOCK_EX) != 0) {
-    if (errno != EINTR) {
-      return errno;
-    }
+  const int error = lockUninterrupted(file.descriptor, LOCK_EX | LOCK_NB);
+  if (error != EWOULDBLOCK) {
+    return error;
   }
-  return 0;
+  const ForkWindow window;
+  return lockUninterrupted(file.descriptor, LOCK_EX);
 }
 
 LockFileState markLockFile(const LockFile& file) noexcept {

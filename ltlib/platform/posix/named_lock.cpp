@@ -8,6 +8,8 @@
 #include <new>
 #include <utility>
 
+#include "ltlib/platform/fork.h"
+#include "ltlib/platform/posix/fork_window.h"
 #include "ltlib/platform/posix/lock_file.h"
 #include "ltlib/platform/posix/posix_thread_lock.h"
 
@@ -30,13 +32,16 @@ using Table = std::map<std::string, NamedLock*>;
 
 constexpr int kAttempts = 100;
 
-constinit ThreadLock s_guard{0};
 constinit Table* s_table = nullptr;  // never destroyed: late destructors may still use locks
 constinit bool s_armed = false;
 
 // Holds the head of the list of locks that a thread holds; its destructor tells of a thread's end,
 // later than that of any thread_local object.
 pthread_key_t s_held;
+
+ThreadLock& tableGuard() noexcept {
+  return processLock(ProcessLock::kNamedLocks);
+}
 
 bool isHeld(const NamedLock& lock) noexcept {
   return lock.threads.owner.load(std::memory_order_relaxed) != nullptr;
@@ -59,7 +64,7 @@ void giveUp(NamedLock& lock, LockFileEnd end) noexcept {
 
 // At the end of a thread. The marks stay, and so tell the next owners.
 void abandonAll(void* head) noexcept {
-  const ThreadLockScope guard(s_guard);
+  const ThreadLockScope guard(tableGuard());
   for (auto* lock = static_cast<NamedLock*>(head); lock != nullptr;) {
     NamedLock* next = lock->nextHeld;
     giveUp(*lock, LockFileEnd::kAbandoned);
@@ -68,17 +73,12 @@ void abandonAll(void* head) noexcept {
   }
 }
 
-void holdGuard() {
-  static_cast<void>(enterThreadLock(s_guard));
-}
-
-void dropGuard() {
-  leaveThreadLock(s_guard);
-}
-
 // A forked child owns none of its parent's locks. Its copies of the descriptors must go: they
 // would keep a lock after its owner's death.
-void forgetInChild() {
+void forgetInChild() noexcept {
+  if (!s_armed) {
+    return;
+  }
   for (auto& [path, lock] : *s_table) {
     closeLockFile(lock->file);
     resetThreadLock(lock->threads);
@@ -86,8 +86,9 @@ void forgetInChild() {
     lock->nextHeld = nullptr;
   }
   pthread_setspecific(s_held, nullptr);
-  dropGuard();
 }
+
+const ForkedChildHook s_childHook(forgetInChild);
 
 // Throws std::bad_alloc. Requires: the guard is held, as in all that follows but the waits.
 bool arm() {
@@ -97,27 +98,9 @@ bool arm() {
   if (s_table == nullptr) {
     s_table = new Table;
   }
-  if (pthread_key_create(&s_held, abandonAll) != 0) {
-    return false;
-  }
-  if (pthread_atfork(holdGuard, dropGuard, forgetInChild) != 0) {
-    pthread_key_delete(s_held);
-    return false;
-  }
-  s_armed = true;
-  return true;
+  s_armed = handleForks() && pthread_key_create(&s_held, abandonAll) == 0;
+  return s_armed;
 }
-
-// Arms when the library comes in: a fork that crosses with the first use on another thread would
-// leave the child a guard that nobody is left to drop. A failure here is met again at that use.
-const bool s_armedAtLoad = [] {
-  const ThreadLockScope guard(s_guard);
-  try {
-    return arm();
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
-}();
 
 NamedLock* makeLock(std::string path, std::string& reason) {
   auto* lock = new NamedLock;
@@ -155,7 +138,7 @@ NamedLockWait failed(int error) noexcept {
 // A child of a fork opens the file anew, and so does one whose file was removed by a cleaner or
 // closed by somebody else.
 int reopenFile(LockFile& file, bool replaced) noexcept {
-  const ThreadLockScope guard(s_guard);
+  const ThreadLockScope guard(tableGuard());
   if (replaced) {
     closeLockFile(file);
   }
@@ -190,6 +173,14 @@ NamedLockWait takeFile(LockFile& file) noexcept {
   return failed(ESTALE);
 }
 
+// Who holds it may be waiting for another process.
+void enterThreads(ThreadLock& threads) noexcept {
+  if (!tryEnterThreadLock(threads)) {
+    const ForkWindow window;
+    static_cast<void>(enterThreadLock(threads));
+  }
+}
+
 bool addToHeld(NamedLock& lock) noexcept {
   lock.nextHeld = static_cast<NamedLock*>(pthread_getspecific(s_held));
   return pthread_setspecific(s_held, &lock) == 0;
@@ -210,7 +201,7 @@ void removeFromHeld(NamedLock& lock) noexcept {
 }  // namespace
 
 NamedLock* openNamedLock(const std::string& name, std::string& reason) noexcept {
-  const ThreadLockScope guard(s_guard);
+  const ThreadLockScope guard(tableGuard());
   try {
     return arm() ? findOrMakeLock(name, reason) : nullptr;
   } catch (const std::bad_alloc&) {
@@ -223,7 +214,7 @@ NamedLockWait waitForNamedLock(NamedLock& lock) noexcept {
     ++lock.depth;
     return {NamedLockStatus::kObtained, 0};
   }
-  static_cast<void>(enterThreadLock(lock.threads));
+  enterThreads(lock.threads);
   const NamedLockWait wait = takeFile(lock.file);
   if (wait.status == NamedLockStatus::kFailed) {
     leaveThreadLock(lock.threads);
@@ -251,7 +242,7 @@ void closeNamedLock(NamedLock* lock) noexcept {
   if (lock == nullptr) {
     return;
   }
-  const ThreadLockScope guard(s_guard);
+  const ThreadLockScope guard(tableGuard());
   --lock->accesses;
   disposeIfUnused(lock);
 }

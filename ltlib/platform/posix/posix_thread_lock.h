@@ -19,25 +19,21 @@ struct ThreadLock {
   unsigned int spinCount;
 };
 
+/// What tells the calling thread from all others that live; the same in the child of its fork.
+[[nodiscard]] const void* currentThread() noexcept;
+
+/// As enterThreadLock, but gives up at once where that would mean to wait.
+[[nodiscard]] bool tryEnterThreadLock(ThreadLock& lock) noexcept;
+
+/// Takes the lock if it is free; else sleeps for a millisecond, or less if the lock is given back,
+/// and gives false. Requires: the calling thread does not hold it.
+[[nodiscard]] bool enterThreadLockOrNap(ThreadLock& lock) noexcept;
+
 /// Whether the calling thread holds the lock.
 [[nodiscard]] bool holdsThreadLock(const ThreadLock& lock) noexcept;
 
 /// Makes the lock free, whoever held it. Requires: the process has one thread, as after fork.
 void resetThreadLock(ThreadLock& lock) noexcept;
-
-/// Holds a thread lock for a scope.
-class ThreadLockScope {
- public:
-  explicit ThreadLockScope(ThreadLock& lock) noexcept : m_lock(lock) {
-    static_cast<void>(enterThreadLock(lock));
-  }
-  ~ThreadLockScope() { leaveThreadLock(m_lock); }
-  ThreadLockScope(const ThreadLockScope&) = delete;
-  ThreadLockScope& operator=(const ThreadLockScope&) = delete;
-
- private:
-  ThreadLock& m_lock;
-};
 
 }  // namespace LTLib::Platform
 

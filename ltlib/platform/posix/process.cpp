@@ -27,6 +27,9 @@ CachedId* mapCache() noexcept {
   return static_cast<CachedId*>(page);
 }
 
+// Mapped when the library comes in; until then there is none.
+CachedId* const s_cache = mapCache();
+
 std::uint32_t askSystem() noexcept {
   return static_cast<std::uint32_t>(getpid());
 }
@@ -34,14 +37,13 @@ std::uint32_t askSystem() noexcept {
 }  // namespace
 
 std::uint32_t processId() noexcept {
-  static CachedId* const cache = mapCache();
-  if (cache == nullptr) {
+  if (s_cache == nullptr) {
     return askSystem();
   }
-  std::uint32_t id = cache->load(std::memory_order_relaxed);
+  std::uint32_t id = s_cache->load(std::memory_order_relaxed);
   if (id == 0) {
     id = askSystem();
-    cache->store(id, std::memory_order_relaxed);
+    s_cache->store(id, std::memory_order_relaxed);
   }
   return id;
 }

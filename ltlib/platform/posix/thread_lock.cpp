@@ -5,6 +5,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <ctime>
 #include <limits>
 #include <new>
 #include <thread>
@@ -19,10 +21,10 @@ enum State : std::uint32_t { kFree, kHeld, kHeldWithWaiters };
 static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t) &&
               std::atomic<std::uint32_t>::is_always_lock_free);
 
-// Where the system keeps its data on the thread tells threads apart: one instruction, where a number
+// Where the system keeps its data on a thread tells threads apart: one instruction, where a number
 // costs a call, and an object of our own at a place as quick to find would keep the library from
 // being loaded late.
-const void* currentThread() noexcept {
+inline const void* thisThread() noexcept {
 #if defined(__x86_64__) || defined(__i386__) || defined(__aarch64__)
   return __builtin_thread_pointer();
 #else
@@ -30,8 +32,9 @@ const void* currentThread() noexcept {
 #endif
 }
 
-void sleepWhileContended(std::atomic<std::uint32_t>& state) noexcept {
-  syscall(SYS_futex, &state, FUTEX_WAIT_PRIVATE, kHeldWithWaiters, nullptr, nullptr, 0);
+// Without a limit, or for that long at most.
+void sleepWhileContended(std::atomic<std::uint32_t>& state, const timespec* limit) noexcept {
+  syscall(SYS_futex, &state, FUTEX_WAIT_PRIVATE, kHeldWithWaiters, limit, nullptr, 0);
 }
 
 [[gnu::noinline]] void wakeOne(std::atomic<std::uint32_t>& state) noexcept {
@@ -55,8 +58,21 @@ bool tryTake(ThreadLock& lock) noexcept {
                                             std::memory_order_relaxed);
 }
 
+// With one processor the holder cannot get on while another thread spins. No static object of a
+// function keeps the answer: a fork that crosses with its making would leave the child to wait.
+bool spinningHelps() noexcept {
+  constinit static std::atomic<unsigned int> s_processors{0};
+  unsigned int processors = s_processors.load(std::memory_order_relaxed);
+  if (processors == 0) {
+    processors = std::max(std::thread::hardware_concurrency(), 1u);
+    s_processors.store(processors, std::memory_order_relaxed);
+  }
+  return processors > 1;
+}
+
 bool takeBySpinning(ThreadLock& lock) noexcept {
-  for (unsigned int i = 0; i < lock.spinCount; ++i) {
+  const unsigned int tries = spinningHelps() ? lock.spinCount : 0;
+  for (unsigned int i = 0; i < tries; ++i) {
     if (tryTake(lock)) {
       return true;
     }
@@ -68,22 +84,26 @@ bool takeBySpinning(ThreadLock& lock) noexcept {
 // A thread that slept cannot know whether others still do, so it takes the lock as contended.
 void takeBySleeping(ThreadLock& lock) noexcept {
   while (lock.state.exchange(kHeldWithWaiters, std::memory_order_acquire) != kFree) {
-    sleepWhileContended(lock.state);
+    sleepWhileContended(lock.state, nullptr);
   }
 }
 
 void becomeOwner(ThreadLock& lock) noexcept {
-  lock.owner.store(currentThread(), std::memory_order_relaxed);
+  lock.owner.store(thisThread(), std::memory_order_relaxed);
+}
+
+bool enterAgain(ThreadLock& lock) noexcept {
+  if (lock.reentries == std::numeric_limits<unsigned int>::max()) {
+    return false;
+  }
+  ++lock.reentries;
+  return true;
 }
 
 // Apart from the front, so that a lock that nobody else wants costs no saved registers.
 [[gnu::noinline]] bool enterHeldLock(ThreadLock& lock) noexcept {
   if (holdsThreadLock(lock)) {
-    if (lock.reentries == std::numeric_limits<unsigned int>::max()) {
-      return false;
-    }
-    ++lock.reentries;
-    return true;
+    return enterAgain(lock);
   }
   if (!takeBySpinning(lock)) {
     takeBySleeping(lock);
@@ -92,16 +112,10 @@ void becomeOwner(ThreadLock& lock) noexcept {
   return true;
 }
 
-// With one processor the holder cannot get on while another thread spins.
-bool spinningHelps() noexcept {
-  static const bool helps = std::thread::hardware_concurrency() > 1;
-  return helps;
-}
-
 }  // namespace
 
 ThreadLock* createThreadLock(unsigned int spinCount) noexcept {
-  return new (std::nothrow) ThreadLock(spinningHelps() ? spinCount : 0);
+  return new (std::nothrow) ThreadLock(spinCount);
 }
 
 bool enterThreadLock(ThreadLock& lock) noexcept {
@@ -127,8 +141,30 @@ void destroyThreadLock(ThreadLock* lock) noexcept {
   delete lock;
 }
 
+const void* currentThread() noexcept {
+  return thisThread();
+}
+
+bool tryEnterThreadLock(ThreadLock& lock) noexcept {
+  if (tryTake(lock)) {
+    becomeOwner(lock);
+    return true;
+  }
+  return holdsThreadLock(lock) && enterAgain(lock);
+}
+
+bool enterThreadLockOrNap(ThreadLock& lock) noexcept {
+  constexpr timespec kMillisecond{0, 1000000};
+  if (lock.state.exchange(kHeldWithWaiters, std::memory_order_acquire) != kFree) {
+    sleepWhileContended(lock.state, &kMillisecond);
+    return false;
+  }
+  becomeOwner(lock);
+  return true;
+}
+
 bool holdsThreadLock(const ThreadLock& lock) noexcept {
-  return lock.owner.load(std::memory_order_relaxed) == currentThread();
+  return lock.owner.load(std::memory_order_relaxed) == thisThread();
 }
 
 void resetThreadLock(ThreadLock& lock) noexcept {

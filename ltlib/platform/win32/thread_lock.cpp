@@ -4,11 +4,30 @@
 
 #include <new>
 
+#include "ltlib/platform/fork.h"
+
 namespace LTLib::Platform {
 
 struct ThreadLock {
   CRITICAL_SECTION section;
 };
+
+namespace {
+
+constexpr std::size_t kProcessLocks = static_cast<std::size_t>(ProcessLock::kSoleWork) + 1;
+
+// Without a destructor, since late callers come after all exit handlers.
+struct ProcessLocks {
+  ThreadLock locks[kProcessLocks];
+
+  ProcessLocks() noexcept {
+    for (ThreadLock& lock : locks) {
+      InitializeCriticalSectionAndSpinCount(&lock.section, kSpinCount);
+    }
+  }
+};
+
+}  // namespace
 
 ThreadLock* createThreadLock(unsigned int spinCount) noexcept {
   auto* lock = new (std::nothrow) ThreadLock;
@@ -33,6 +52,12 @@ void destroyThreadLock(ThreadLock* lock) noexcept {
     DeleteCriticalSection(&lock->section);
     delete lock;
   }
+}
+
+// Made by the first caller, which may come before the static objects of this file.
+ThreadLock& processLock(ProcessLock which) noexcept {
+  static ProcessLocks s_all;
+  return s_all.locks[static_cast<std::size_t>(which)];
 }
 
 }  // namespace LTLib::Platform
