@@ -25,6 +25,13 @@ TreeState* s_tree = nullptr;
 ltDoOnce_t s_storeOnce;
 StoreState* s_store = nullptr;
 
+// A child that kept copies of the descriptors would keep the locks after its parent's end.
+const Platform::ForkedChildHook s_childHook([]() noexcept {
+  if (s_store != nullptr) {
+    s_store->held.clear();
+  }
+});
+
 // The order in which the root sections are made.
 constexpr std::array<enumRegRoot, 5> kOrder = {REG_ROOT_CURRENT_USER, REG_ROOT_USERS,
                                                REG_ROOT_CLASSES_ROOT, REG_ROOT_CURRENT_CONFIG,

@@ -4,6 +4,7 @@
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -333,6 +334,19 @@ TEST_F(StoreNeighbours, ContainersExcludeOneAnother) {
   const pid_t second = startForked(count);
   ASSERT_TRUE(heldInForked(first) && heldInForked(second));
   EXPECT_EQ(OpenKey("A\\B").text("n"), std::string(2 * kRounds, 'x'));
+}
+
+TEST_F(StoreNeighbours, AForkedChildLeavesItsParentsLockAlone) {
+  auto guard = std::make_unique<LTLib::StoreGuard>(store());
+  EXPECT_TRUE(holdsInForked([&] {
+    guard.reset();
+    return true;
+  }));
+  const int identity = ::open(m_folder.path("qsconfig.dat").c_str(), O_RDONLY | O_CLOEXEC);
+  EXPECT_NE(::flock(identity, LOCK_EX | LOCK_NB), 0);
+  guard.reset();
+  EXPECT_EQ(::flock(identity, LOCK_EX | LOCK_NB), 0);
+  ::close(identity);
 }
 
 TEST_F(StoreNeighbours, EachNameThatCanBeSavedOnceCanBeSavedAgain) {

@@ -13,12 +13,13 @@
 #include <vector>
 
 #include "ltlib/platform/posix/descriptors.h"
+#include "ltlib/platform/process.h"
 
 namespace LTLib::Platform {
 
 struct File {
   int descriptor;
-  bool locked = false;
+  std::uint32_t locker = 0;  // the process that holds the file's lock by this descriptor
 };
 
 namespace {
@@ -273,25 +274,26 @@ void openForWritingToo(int descriptor) {
 
 // Network file systems may lock through a descriptor for writing alone, and say EBADF to others.
 FileResult lock(File& file) {
-  const auto take = [&] { return retried([&] { return ::flock(file.descriptor, LOCK_EX); }); };
-  int answer = take();
-  if (answer != 0 && errno == EBADF) {
+  int error = waitForKernelLock(file.descriptor);
+  if (error == EBADF) {
     openForWritingToo(file.descriptor);
-    answer = take();
+    error = waitForKernelLock(file.descriptor);
   }
-  if (answer != 0) {
+  if (error != 0) {
+    errno = error;
     const bool noLocks =
-        errno == EBADF || errno == ENOLCK || errno == ENOSYS || errno == EOPNOTSUPP;
+        error == EBADF || error == ENOLCK || error == ENOSYS || error == EOPNOTSUPP;
     return noLocks ? FileResult::kUnsupported : FileResult::kFailed;
   }
-  file.locked = true;
+  file.locker = processId();
   return FileResult::kDone;
 }
 
-// A forked child's copy of the descriptor would keep the lock, so that it is given up by itself.
+// A forked child's copy of the descriptor would keep the lock, so that it is given up by itself; and
+// the child, which has only the copy, must not give up its parent's.
 FileResult close(File* file) {
   const int descriptor = file->descriptor;
-  if (file->locked) {
+  if (file->locker == processId()) {
     ::flock(descriptor, LOCK_UN);
   }
   delete file;

@@ -14,7 +14,6 @@
 #include <span>
 
 #include "ltlib/platform/posix/descriptors.h"
-#include "ltlib/platform/posix/fork_window.h"
 #include "ltlib/platform/posix/sha256.h"
 
 namespace LTLib::Platform {
@@ -130,15 +129,6 @@ bool isStillOpen(const LockFile& file, struct stat& status) noexcept {
          status.st_dev == file.device && status.st_ino == file.inode;
 }
 
-int lockUninterrupted(int descriptor, int operation) noexcept {
-  while (flock(descriptor, operation) != 0) {
-    if (errno != EINTR) {
-      return errno;
-    }
-  }
-  return 0;
-}
-
 bool isMarked(const struct stat& status) noexcept {
   return status.st_size > 0 ? status.st_size % 2 != 0 : (status.st_mode & kOwnedMode) != 0;
 }
@@ -222,12 +212,7 @@ void closeLockFile(LockFile& file) noexcept {
 }
 
 int waitForLockFile(const LockFile& file) noexcept {
-  const int error = lockUninterrupted(file.descriptor, LOCK_EX | LOCK_NB);
-  if (error != EWOULDBLOCK) {
-    return error;
-  }
-  const ForkWindow window;
-  return lockUninterrupted(file.descriptor, LOCK_EX);
+  return waitForKernelLock(file.descriptor);
 }
 
 LockFileState markLockFile(const LockFile& file) noexcept {
