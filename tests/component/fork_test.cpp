@@ -150,6 +150,7 @@ TEST_F(ForkTest, AThreadMayForkUnderTheLibrarysLocks) {
     }
     bool m_done = false;
   };
+  s_good = 0;
   enterClass("Forking", libraryPath("quiet"));
   const iqsDllLoader::Registrar forking("Forking", forkInFactory, nullptr);
   const auto once = std::make_unique<ltDoOnce_t[]>(10);
