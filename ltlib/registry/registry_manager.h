@@ -58,10 +58,6 @@ LTLIB_EXPORT void* predefinedRootHandle(enumRegRoot root) noexcept;
 /// The name of a root, as "HKEY_LOCAL_MACHINE". Null for any value outside 1 to 5.
 LTLIB_EXPORT const char* registryRootName(enumRegRoot root) noexcept;
 
-}  // namespace LTLib
-
-namespace LTLib {
-
 /// A value as it stood at one moment.
 struct RegistryValue {
   unsigned int type = REG_NONE;
@@ -140,13 +136,12 @@ class LTLIB_EXPORT QSRegistryManagerImpl : public QSRegistryManager {
  public:
   virtual ~QSRegistryManagerImpl() = default;
 
-  /// Reads type and bytes of a value together. Between a query of the size and one of the data the
-  /// value may change, and a buffer of the one size is then too small for the other. The number of
-  /// a failure is that of regQueryValueEx; a value that has grown again each time that it was asked
-  /// for, 100 times in a row, gives 234.
+  /// Reads type and all bytes of a value as one write left them. Two calls of regQueryValueEx
+  /// cannot: the value may grow between that of the size and that of the data. 0 or the number
+  /// that regQueryValueEx gives; 234 for a value that outgrew its buffer 100 times in a row.
   ///
-  /// A manager that does not override this is asked by regQueryValueEx, and must write no more than
-  /// `*dataSize` + 1 bytes there.
+  /// A manager that does not override this is asked by regQueryValueEx with a buffer of
+  /// `*dataSize` + 1 bytes, and must write no more than that.
   virtual int queryWholeValue(void* key, const char* valueName, LTLib::RegistryValue& value);
 };
 
