@@ -11,7 +11,8 @@ usage: scripts/test.sh [--windows | --all] [--help]
 Installs missing packages, builds the preset dev and runs its tests.
 
   --windows   builds the preset windows with MinGW-w64 and runs its tests and the demo with Wine;
-              of the preset dev it builds the tool alone, to exchange stores with it
+              of the preset dev it builds the tool alone, to exchange stores with it. Builds the
+              preset windows32, too, and runs its tests where a Wine for 32 bits can be had
   --all       both of these, with a check of the format and of clang-tidy, and the tests once more
               under the address and undefined-behaviour sanitizers (preset asan) and under the
               thread sanitizer (preset tsan)
@@ -71,6 +72,12 @@ test_windows() {
   step "exchange stores between the systems" tests/windows/exchange_stores.sh \
     build/dev/bin/ltreg build/windows/bin/ltreg.exe "$PWD/cmake/run_with_wine.sh" \
     "$PWD/build/windows"
+  step "build windows32" build windows32
+  if is_installed "$wine32"; then
+    step "test windows32" ctest --preset windows32
+  else
+    echo "without $wine32 the programs of windows32 are not run"
+  fi
 }
 
 test_all() {
@@ -91,11 +98,13 @@ case ${1-} in
   --windows)
     step "install packages" install_packages "${build_packages[@]}" "${test_packages[@]}" \
       "${windows_packages[@]}"
+    step "install Wine for 32 bits" install_wine32
     test_windows
     ;;
   --all)
     step "install packages" install_packages "${build_packages[@]}" "${tool_packages[@]}" \
       "${test_packages[@]}" "${windows_packages[@]}" "${check_packages[@]}"
+    step "install Wine for 32 bits" install_wine32
     test_all
     ;;
   '')

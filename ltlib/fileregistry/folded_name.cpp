@@ -64,9 +64,9 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t eight) {
 
 // A product's low bits know nothing of the high ones of its factors, which hold the last bytes of a
 // name: two rounds bring them down, since tables look at the low bits.
-std::uint64_t finish(std::uint64_t hash) {
+std::size_t finish(std::uint64_t hash) {
   hash = (hash ^ (hash >> 32)) * 0xD6E8FEB86659FD93u;
-  return hash ^ (hash >> 32);
+  return static_cast<std::size_t>(hash ^ (hash >> 32));
 }
 
 }  // namespace

@@ -66,12 +66,12 @@ StoreState& store() {
 }  // namespace
 
 bool isRootHandle(const void* handle) {
-  const std::uint64_t place = placeOfPredefined(handle);
+  const std::uintptr_t place = placeOfPredefined(handle);
   return place < kPlaces.size() && place != kNoRoot;
 }
 
 QSCfgRoot& cfgRootOf(const void* rootHandle) {
-  const std::uint64_t place = placeOfPredefined(rootHandle);
+  const std::uintptr_t place = placeOfPredefined(rootHandle);
   std::array<QSCfgRoot, 5>& roots = tree().roots;
   return place < kPlaces.size() ? roots[kPlaces[place]] : roots.back();
 }

@@ -61,9 +61,8 @@ struct HeldFolder {
 };
 
 /// How far a handle lies above the first of the six predefined ones of the system.
-[[nodiscard]] inline std::uint64_t placeOfPredefined(const void* handle) {
-  return static_cast<std::uint64_t>(reinterpret_cast<std::intptr_t>(handle)) +
-         std::uint64_t{0x80000000u};
+[[nodiscard]] inline std::uintptr_t placeOfPredefined(const void* handle) {
+  return reinterpret_cast<std::uintptr_t>(handle) + 0x80000000u;
 }
 
 /// The root that a handle's `root` names; HKEY_LOCAL_MACHINE for anything that is no root.

@@ -5,8 +5,8 @@
 build_packages=(g++ cmake ninja-build)
 tool_packages=(libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev)
-windows_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix wine wine64 googletest
-  libcli11-dev nlohmann-json3-dev)
+windows_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine wine64
+  googletest libcli11-dev nlohmann-json3-dev)
 check_packages=(clang-format clang-tidy)
 bench_packages=(libbenchmark-dev pkg-config uuid-dev libglib2.0-dev libboost-dev libabsl-dev
   libpoco-dev qtbase5-dev)
@@ -62,6 +62,29 @@ install_packages() {
   as_root env DEBIAN_FRONTEND=noninteractive apt-get update -q
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -qy --no-install-recommends \
     "${missing[@]}"
+}
+
+# What runs Windows programs of 32 bits: of the system's second architecture, which not every system
+# has, or can have beside what is installed. Where it is not to be had the system stays as it was.
+wine32=wine32:i386
+install_wine32() {
+  local added=
+  if is_installed "$wine32" || ! command -v apt-get >/dev/null; then
+    return
+  fi
+  if ! dpkg --print-foreign-architectures | grep -qx i386; then
+    as_root dpkg --add-architecture i386
+    added=yes
+  fi
+  if as_root env DEBIAN_FRONTEND=noninteractive apt-get update -q &&
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -qy --no-install-recommends \
+      --no-remove "$wine32"; then
+    return
+  fi
+  echo "there is no $wine32 to be had here: what is built of 32 bits will not be run"
+  if [ -n "$added" ]; then
+    as_root dpkg --remove-architecture i386
+  fi
 }
 
 jobs=$(nproc 2>/dev/null || echo 2)
