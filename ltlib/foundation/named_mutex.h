@@ -23,7 +23,8 @@
 // goes with the last object of its name, so that only who had one then is told.
 //
 // Names: any text of any length, compared byte by byte, is a name of its own on POSIX systems. On
-// Windows the system's rules hold: no backslash, less than 260 bytes.
+// Windows the system's rules hold: no backslash, less than 260 bytes, and a name is one session's:
+// users who are logged on at the same time, and services, each have a mutex of their own.
 //
 // On POSIX systems a mutex is a file in /dev/shm, or in /tmp where the system has no such folder.
 // It stays until the system restarts, or a cleaner removes it: one who locks after that gets a new
