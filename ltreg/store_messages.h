@@ -16,8 +16,7 @@ namespace ltreg {
                                        const LTLib::StoreReport& report);
 
 /// That the store is missing beside what a save has left; empty where that is not so.
-[[nodiscard]] std::string whatIsLeft(const std::string& pathname,
-                                     const LTLib::StoreReport& report);
+[[nodiscard]] std::string whatIsLeft(const std::string& pathname, const LTLib::StoreReport& report);
 
 }  // namespace ltreg
 

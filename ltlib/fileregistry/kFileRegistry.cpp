@@ -127,21 +127,21 @@ void replaceStore(QSCfgRoot& root, const std::string& located) {
   if (status != FileResult::kDone && status != FileResult::kAbsent) {
     fail(__LINE__, "the store cannot be looked at: " + Platform::lastFileFailure());
   }
-  const std::string newName = located + "_new";
+  const SaveNames names(located);
   if (status == FileResult::kDone) {
     if (!store.regular) {
       fail(__LINE__, "the store is no regular file");
     }
-    writeNew(*root.section, newName, located.c_str());
-    swapStore(newName, located);
+    writeNew(*root.section, names.fresh, located.c_str());
+    swapStore(names);
     return;
   }
   std::optional<KeptAside> left;
   if (root.leftBehind == located) {
     left.emplace(located);
   }
-  writeNew(*root.section, newName, nullptr);
-  bringInFirst(newName, located);
+  writeNew(*root.section, names.fresh, nullptr);
+  bringInFirst(names);
   if (left) {
     left->keep();
     root.leftBehind.clear();

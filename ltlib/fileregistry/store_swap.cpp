@@ -1,5 +1,6 @@
 #include "ltlib/fileregistry/store_swap.h"
 
+#include <new>
 #include <utility>
 
 #include "ltlib/foundation/kqsresult.h"
@@ -13,15 +14,21 @@ using Platform::FileResult;
 
 // No longer than "_new" and "_old", so that each name of a store that can be saved once can be
 // saved again.
+constexpr char kFresh[] = "_new";
 constexpr char kFormer[] = "_tmp";
-constexpr const char* kLeftBehind[] = {"_new", "_old", kFormer};
+constexpr char kOld[] = "_old";
 
 [[noreturn]] void fail(const std::string& text) {
   throw QSException("kFileRegistry", __LINE__, kFailure, text.c_str());
 }
 
-[[noreturn]] void failWithWords(const std::string& text) {
-  fail(text + ": " + Platform::lastFileFailure());
+// Asked for where something is still to be put right, so that a lack of memory costs the words alone.
+std::string words() noexcept {
+  try {
+    return Platform::lastFileFailure();
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
 }
 
 bool rename(const std::string& from, const std::string& to) {
@@ -32,80 +39,85 @@ void remove(const std::string& path) {
   (void)fileCalls().remove(path.c_str());
 }
 
-bool flushNames(const std::string& path) {
-  const FileResult flushed = fileCalls().flushDirectory(path.c_str());
-  return flushed == FileResult::kDone || flushed == FileResult::kUnsupported;
+bool flushNames(const std::string& path) noexcept {
+  try {
+    const FileResult flushed = fileCalls().flushDirectory(path.c_str());
+    return flushed == FileResult::kDone || flushed == FileResult::kUnsupported;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 // For systems that cannot exchange names: a second name keeps the store file in its place, and a
 // rename serves where there are none. False with the store file as it was.
-bool exchangeByNames(const std::string& newName, const std::string& store,
-                     const std::string& former) {
-  remove(former);
-  const FileResult linked = fileCalls().link(store.c_str(), former.c_str());
+bool exchangeByNames(const SaveNames& names) {
+  remove(names.former);
+  const FileResult linked = fileCalls().link(names.store.c_str(), names.former.c_str());
   if (linked != FileResult::kDone &&
-      (linked != FileResult::kUnsupported || !rename(store, former))) {
+      (linked != FileResult::kUnsupported || !rename(names.store, names.former))) {
     return false;
   }
-  if (rename(newName, store)) {
+  if (rename(names.fresh, names.store)) {
     return true;
   }
   if (linked == FileResult::kDone) {
-    remove(former);
+    remove(names.former);
   } else {
-    (void)rename(former, store);
+    (void)rename(names.former, names.store);
   }
   return false;
 }
 
-}  // namespace
-
-// The former version gets the "_old" name last: until then a failure can be taken back.
-void swapStore(const std::string& newName, const std::string& pathname) {
-  const std::string old = pathname + "_old";
-  std::string former = newName;
-  FileResult exchanged = fileCalls().exchange(newName.c_str(), pathname.c_str());
-  if (exchanged == FileResult::kUnsupported) {
-    former = pathname + kFormer;
-    exchanged =
-        exchangeByNames(newName, pathname, former) ? FileResult::kDone : FileResult::kFailed;
-  }
-  if (exchanged != FileResult::kDone) {
-    const std::string words = Platform::lastFileFailure();
-    remove(newName);
-    fail("the store file cannot be replaced: " + words);
-  }
-  if (flushNames(pathname) && rename(former, old)) {
-    return;
-  }
-  const std::string words = Platform::lastFileFailure();
-  if (former != newName
-          ? !rename(former, pathname)
-          : fileCalls().exchange(newName.c_str(), pathname.c_str()) != FileResult::kDone) {
-    fail("the store file was replaced, but its former version stays " + former + ": " + words);
-  }
-  remove(newName);
-  fail("the former version cannot become " + old + ": " + words);
+FileResult exchange(const SaveNames& names) {
+  return fileCalls().exchange(names.fresh.c_str(), names.store.c_str());
 }
 
-void bringInFirst(const std::string& newName, const std::string& pathname) {
-  const std::string old = pathname + "_old";
-  if (!rename(newName, pathname)) {
-    const std::string words = Platform::lastFileFailure();
-    remove(newName);
-    fail("the store file cannot get its name: " + words);
+}  // namespace
+
+SaveNames::SaveNames(const std::string& pathname)
+    : store(pathname), fresh(pathname + kFresh), former(pathname + kFormer), old(pathname + kOld) {}
+
+// The former version gets the "_old" name last: until then a failure can be taken back.
+void swapStore(const SaveNames& names) {
+  FileResult exchanged = exchange(names);
+  const bool byNames = exchanged == FileResult::kUnsupported;
+  if (byNames) {
+    exchanged = exchangeByNames(names) ? FileResult::kDone : FileResult::kFailed;
   }
-  if (!flushNames(pathname)) {
-    const std::string words = Platform::lastFileFailure();
-    remove(pathname);
-    fail("the store's folder cannot be flushed: " + words);
+  if (exchanged != FileResult::kDone) {
+    const std::string why = words();
+    remove(names.fresh);
+    fail("the store file cannot be replaced: " + why);
   }
-  remove(old);
+  const std::string& former = byNames ? names.former : names.fresh;
+  if (flushNames(names.store) && rename(former, names.old)) {
+    return;
+  }
+  const std::string why = words();
+  if (byNames ? !rename(former, names.store) : exchange(names) != FileResult::kDone) {
+    fail("the store file was replaced, but its former version stays " + former + ": " + why);
+  }
+  remove(names.fresh);
+  fail("the former version cannot become " + names.old + ": " + why);
+}
+
+void bringInFirst(const SaveNames& names) {
+  if (!rename(names.fresh, names.store)) {
+    const std::string why = words();
+    remove(names.fresh);
+    fail("the store file cannot get its name: " + why);
+  }
+  if (!flushNames(names.store)) {
+    const std::string why = words();
+    remove(names.store);
+    fail("the store's folder cannot be flushed: " + why);
+  }
+  remove(names.old);
 }
 
 std::vector<std::string> filesLeftBeside(const std::string& pathname) {
   std::vector<std::string> found;
-  for (const char* suffix : kLeftBehind) {
+  for (const char* suffix : {kFresh, kOld, kFormer}) {
     Platform::FileStatus ignored;
     if (fileCalls().status((pathname + suffix).c_str(), &ignored) == FileResult::kDone) {
       found.push_back(pathname + suffix);
@@ -132,7 +144,7 @@ void KeptAside::setAside(const std::string& path) {
       continue;
     }
     if (!rename(names.former, names.present)) {
-      failWithWords("the file " + path + " cannot be set aside");
+      fail("the file " + path + " cannot be set aside: " + words());
     }
     m_kept.push_back(std::move(names));
     return;

@@ -7,15 +7,26 @@
 
 namespace LTLib::detail {
 
-/// Makes the file at `newName` the store file, and the present store file its "_old" sister. At no
-/// moment is the store file absent, where the system can exchange names or has second names for
-/// files. Throws QSException with both as they were and without the new file, unless the system
-/// refuses to go back as well: all versions then stand where the text says.
+/// The names that a save of a store file uses, made ahead of it: from the first change of a file on
+/// nothing may need memory.
+struct SaveNames {
+  explicit SaveNames(const std::string& pathname);
+
+  const std::string store;
+  const std::string fresh;   // the new text while it is written
+  const std::string former;  // the version before, where the system cannot exchange names
+  const std::string old;     // the version before, in the end
+};
+
+/// Makes the new file the store file, and the present store file its "_old" sister. At no moment is
+/// the store file absent, where the system can exchange names or has second names for files. Throws
+/// QSException with both as they were and without the new file, unless the system refuses to go
+/// back as well: all versions then stand where the text says.
 /// Requires: the directory's lock is held, and the store file exists.
-void swapStore(const std::string& newName, const std::string& pathname);
+void swapStore(const SaveNames& names);
 
 /// As swapStore where there is no store file yet. An "_old" file that is there all the same goes.
-void bringInFirst(const std::string& newName, const std::string& pathname);
+void bringInFirst(const SaveNames& names);
 
 /// Which files that a save leaves are there beside a store file's name.
 [[nodiscard]] std::vector<std::string> filesLeftBeside(const std::string& pathname);

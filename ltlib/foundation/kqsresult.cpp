@@ -118,10 +118,15 @@ QSException& QSException::operator=(const QSException& other) {
   return *this;
 }
 
+// A trace that finds no memory, as an exception for want of it may well do, must not end the process.
 QSException::~QSException() {
-  std::stringstream text;
-  Tracer::_internal_::Log(Tracer::kDetailLifecycle, text << "QSException destructed", kSource,
-                          __LINE__, kTag, "~QSException");
+  try {
+    std::stringstream text;
+    Tracer::_internal_::Log(Tracer::kDetailLifecycle, text << "QSException destructed", kSource,
+                            __LINE__, kTag, "~QSException");
+  } catch (...) {
+    return;
+  }
 }
 
 std::string QSException::What() const {
