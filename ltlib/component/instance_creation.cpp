@@ -22,7 +22,9 @@ void traceFailure(const iqsID& id) {
                               kSource, kLine, kTag, "iqs_CoCreateInstance");
 }
 
-iqsDllLoader::CreateUnknown factoryOf(const iqsID& id, std::string& error) {
+// From here on all is part of both ways to create, so that the one that tells no steps pays for none.
+[[gnu::always_inline]] inline iqsDllLoader::CreateUnknown factoryOf(const iqsID& id,
+                                                                    std::string& error) {
   char* text = nullptr;
   const iqsDllLoader::CreateUnknown factory = iqsDllLoader::iqsGetCreateInstance(id, &text);
   const std::unique_ptr<char[]> owner(text);
@@ -33,8 +35,9 @@ iqsDllLoader::CreateUnknown factoryOf(const iqsID& id, std::string& error) {
 }
 
 // The new object; null when there is none, and then a negative `result` of the factory is kept.
-iqsCUnknown* make(iqsDllLoader::CreateUnknown factory, iqsUnknown* outer, QSResult& result,
-                  std::string& error, CreationStep& step) {
+[[gnu::always_inline]] inline iqsCUnknown* make(iqsDllLoader::CreateUnknown factory,
+                                                iqsUnknown* outer, QSResult& result,
+                                                std::string& error, CreationStep& step) {
   iqsCUnknown* object = nullptr;
   QSResult made = LTLib::kSuccess;
   step = CreationStep::kFactory;
@@ -57,7 +60,8 @@ iqsCUnknown* make(iqsDllLoader::CreateUnknown factory, iqsUnknown* outer, QSResu
 
 // Completes the object and hands out its public face. The factory's reference is given back either
 // way, which ends an object that did not succeed.
-QSResult handOut(iqsCUnknown& object, void** out, CreationStep& step) {
+[[gnu::always_inline]] inline QSResult handOut(iqsCUnknown& object, void** out,
+                                               CreationStep& step) {
   step = CreationStep::kInit;
   QSResult result = object.Init();
   if (result >= 0) {
@@ -71,10 +75,8 @@ QSResult handOut(iqsCUnknown& object, void** out, CreationStep& step) {
   return result;
 }
 
-}  // namespace
-
-QSResult LTLib::createInstance(iqsUnknown* outer, const iqsID& id, void** out, std::string& error,
-                               CreationStep& step) {
+[[gnu::always_inline]] inline QSResult create(iqsUnknown* outer, const iqsID& id, void** out,
+                                              std::string& error, CreationStep& step) {
   step = CreationStep::kLoad;
   if (outer != nullptr && !(id == LTLib::kUnknownID)) {
     return LTLib::kNotAvailable;
@@ -90,9 +92,16 @@ QSResult LTLib::createInstance(iqsUnknown* outer, const iqsID& id, void** out, s
   return handOut(*object, out, step);
 }
 
+}  // namespace
+
+QSResult LTLib::createInstance(iqsUnknown* outer, const iqsID& id, void** out, std::string& error,
+                               CreationStep& step) {
+  return create(outer, id, out, error, step);
+}
+
 QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, void** out, std::string& error) {
   CreationStep step;
-  return LTLib::createInstance(outer, id, out, error, step);
+  return create(outer, id, out, error, step);
 }
 
 QSResult iqs_CoCreateInstance(iqsUnknown* outer, const iqsID& id, void** out) {
