@@ -174,7 +174,9 @@ QSResult QSConfigVariableManagerImpl::ExpandString(std::string& text) {
 
 QSResult QSConfigVariableManagerImpl::expand(std::string& text,
                                              std::vector<LTLib::ExpansionStep>* steps) {
-  loadAtFirstUse();
+  if (!m_publicVariablesLoaded && !m_publicVariablesLoading) {
+    loadAtFirstUse();
+  }
   if (!holdsMark(text)) {
     return LTLib::kSuccess;
   }
@@ -191,10 +193,8 @@ QSResult QSConfigVariableManagerImpl::expand(std::string& text,
 
 // The thread that sets the loading flag runs the load. An exception out of the registry leaves the
 // flag set: the load is not tried again, and the expansions to come work with what there is.
-void QSConfigVariableManagerImpl::loadAtFirstUse() {
-  if (m_publicVariablesLoaded || m_publicVariablesLoading) {
-    return;
-  }
+// Apart from the front, which every expansion goes through.
+[[gnu::noinline]] void QSConfigVariableManagerImpl::loadAtFirstUse() {
   SoleWork work(&m_publicVariablesLoading, clear);
   if (!work.beginIf([this] { return !m_publicVariablesLoading.exchange(true); })) {
     return;

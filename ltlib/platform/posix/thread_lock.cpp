@@ -101,10 +101,7 @@ bool enterAgain(ThreadLock& lock) noexcept {
 }
 
 // Apart from the front, so that a lock that nobody else wants costs no saved registers.
-[[gnu::noinline]] bool enterHeldLock(ThreadLock& lock) noexcept {
-  if (holdsThreadLock(lock)) {
-    return enterAgain(lock);
-  }
+[[gnu::noinline]] bool waitAndEnter(ThreadLock& lock) noexcept {
   if (!takeBySpinning(lock)) {
     takeBySleeping(lock);
   }
@@ -119,11 +116,11 @@ ThreadLock* createThreadLock(unsigned int spinCount) noexcept {
 }
 
 bool enterThreadLock(ThreadLock& lock) noexcept {
-  if (!tryTake(lock)) {
-    return enterHeldLock(lock);
+  if (tryTake(lock)) {
+    becomeOwner(lock);
+    return true;
   }
-  becomeOwner(lock);
-  return true;
+  return holdsThreadLock(lock) ? enterAgain(lock) : waitAndEnter(lock);
 }
 
 void leaveThreadLock(ThreadLock& lock) noexcept {
