@@ -79,9 +79,8 @@ KeyWalk::KeyWalk(const QSFileKeyHandle& key, bool create) : m_branch(*cfgRootOf(
     m_section = last.section;
     return;
   }
-  const std::string_view name =
-      last.section != nullptr ? nameBelow(last.path, key.path) : std::string_view{};
-  const bool goesOn = !name.empty();
+  const std::string_view name = nameBelow(last.path, key.path);
+  const bool goesOn = last.section != nullptr && !name.empty();
   if (goesOn) {
     m_branch = Branch(*last.section);
   }

@@ -59,12 +59,6 @@ bool loadsAndCreates() {
   return instance != nullptr;
 }
 
-// The first identifier of a thread is drawn from what all threads share.
-bool generatesOnANewThread() {
-  std::thread([] { static_cast<void>(UID::Generate()); }).join();
-  return true;
-}
-
 ltDoOnce_t s_records[5000];
 
 bool initialises() {
@@ -120,7 +114,6 @@ TEST_F(ForkTest, TheChildFindsEverythingWholeAndFree) {
       {"saves", 15, saves, saves},
       {"expansion", 60, definesAndExpands, doesEverything},
       {"loader", 60, loadsAndCreates, doesEverything},
-      {"identifiers", 60, generatesOnANewThread, doesEverything},
       {"initialisation", 60, initialises, initialisesAll},
   };
   for (const Row& row : rows) {

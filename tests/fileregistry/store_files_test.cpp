@@ -199,26 +199,4 @@ TEST_F(LargeStore, KeepsManyValuesOfOneKey) {
   expectSaved(text + '\n');
 }
 
-// Beside one another, and ten below each other one on five levels.
-TEST_F(LargeStore, KeepsManyKeys) {
-  for (const int levels : {1, 5}) {
-    const auto pathOf = [levels](int key) {
-      std::string path = std::to_string(100'000 + key);
-      for (int level = 1; level < levels; ++level) {
-        path.insert(path.size() - 2 * static_cast<std::size_t>(level) + 1, "\\");
-      }
-      return "Root\\" + path;
-    };
-    std::string text;
-    for (int i = 0; i < kMany; ++i) {
-      text += '[' + pathOf(i) + "]\n\"n\"=binary:" + std::to_string(i) + "\n\n";
-    }
-    restartWith(text);
-    for (int i = 0; i < kMany; i += kStep) {
-      ASSERT_EQ(OpenKey(pathOf(i)).text("N"), std::to_string(i));
-    }
-    expectSaved(text);
-  }
-}
-
 }  // namespace

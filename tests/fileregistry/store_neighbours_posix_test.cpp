@@ -210,8 +210,6 @@ TEST_F(StoreNeighbours, LinkedStoresStayLinks) {
     EXPECT_EQ(readFile(target), row.followed ? kChanged : kText) << row.label;
     EXPECT_EQ(fs::exists(target + "_old"), row.followed) << row.label;
   }
-  fs::remove(target);
-  EXPECT_FALSE(as(0, [&] { return changes(); })) << "the circle";
 }
 
 TEST_F(StoreNeighbours, WhatCannotBeReadIsNotReplaced) {
@@ -408,24 +406,6 @@ TEST_F(StoreNeighbours, ProcessWithMoreRightsThanItsCallerDoesNotObeyTheEnvironm
     EXPECT_EQ(readFile(told), (mode == 0755 ? store() : "HKEY_LOCAL_MACHINE.cfg") + "\n");
     fs::remove(told);
   }
-}
-
-// A store under the number of a closed standard stream would get what is printed there.
-TEST_F(StoreNeighbours, FilesKeepOffTheStandardStreams) {
-  restartWith(kText);
-  EXPECT_TRUE(as(0, [&] {
-    for (const int stream : {0, 1, 2}) {
-      ::close(stream);
-    }
-    static auto s_flush = fileCalls().flush;
-    fileCalls().flush = [](LTLib::Platform::File& file) {
-      return ::write(1, "x", 1) == 1 || ::write(2, "x", 1) == 1
-                 ? LTLib::Platform::FileResult::kFailed
-                 : s_flush(file);
-    };
-    return changes();
-  }));
-  EXPECT_EQ(readFile(store()), kChanged);
 }
 
 }  // namespace

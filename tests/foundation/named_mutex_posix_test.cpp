@@ -105,28 +105,6 @@ TEST_F(NamedMutexTest, AForkedChildOwnsNothingOfItsParentsAndWaits) {
   EXPECT_EQ(passFailure(m_mutex), "");
 }
 
-// The parent's threads do not exist in the child, so what they own or wait for there is free.
-TEST_F(NamedMutexTest, AForkedChildIsFreeOfOtherThreads) {
-  const MutexName waited;
-  NamedMutex wanted(waited.c_str());
-  wanted.lock();
-  Latch held(1);
-  std::thread owner([&] {
-    m_mutex.lock();
-    held.count_down();
-    EXPECT_EQ(passFailure(wanted), "");
-    m_mutex.unlock();
-  });
-  held.wait();
-  const pid_t child =
-      startForked([&] { return (passFailure(m_mutex) + passFailure(wanted)).empty(); });
-  EXPECT_TRUE(isHeld(m_name.text()));
-  wanted.unlock();
-  owner.join();
-  EXPECT_TRUE(heldInForked(child));
-  EXPECT_EQ(passFailure(m_mutex), "");
-}
-
 // Holds the mutex and leaves a child of its own behind, which lives until the test lets it go.
 const Scenario s_parent("parent", [](const std::vector<std::string>& arguments) {
   NamedMutex mutex(arguments[0].c_str());

@@ -113,19 +113,6 @@ TEST_F(LtregComponents, SeesThroughEveryLibrary) {
   }
 }
 
-// Among them those that no code page of Windows has.
-TEST_F(LtregComponents, LibrariesMayHaveAnyName) {
-  const std::u8string name = u8"\u65E5 \u0416.library";
-  std::filesystem::copy(libraryPath("component_outcomes"),
-                        std::filesystem::path(m_folder.path()) / name);
-  const std::string word(name.begin(), name.end());
-  std::string library = m_folder.path("x");
-  library.replace(library.size() - 1, 1, word);
-  changes("component register Outcome.Good '" + word + "'", {}, entryOf("Outcome.Good", library));
-  finds(0, "Outcome.Good", library, "'" + library + "' loads and offers the class, and an object",
-        "--create");
-}
-
 // The library keeps the stream open that it prints to, until the process ends that tries it out.
 TEST_F(LtregComponents, ATrialEndsWithTheCheck) {
   m_folder.write(kStore, entryOf("X", libraryPath("ltreg_hangs")));
