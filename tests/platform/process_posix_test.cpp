@@ -2,9 +2,6 @@
 #include <signal.h>
 #include <sys/syscall.h>
 
-#include <filesystem>
-
-#include "ltlib/platform/library_path.h"
 #include "ltlib/platform/posix/sha256.h"
 #include "ltlib/platform/process.h"
 #include "tests/support/forked_child.h"
@@ -29,11 +26,6 @@ TEST(Sha256, KnownDigests) {
     }
     EXPECT_EQ(digest, told) << text.size();
   }
-}
-
-TEST(LibraryPath, IsThatOfTheProgramThatHoldsTheLibrary) {
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
-  EXPECT_EQ(LTLib::Platform::pathBesideLibrary("marker"), program.parent_path() / "marker");
 }
 
 bool isMyId() {
