@@ -78,6 +78,7 @@ TEST_F(FileManager, OpensAndCreatesKeys) {
   unsigned int disposition = 99;
   for (int round = 0; round < 2; ++round) {
     EXPECT_EQ(m_manager.regCreateKeyEx(kRoot, "A\\B", nullptr, 0, 0, &handle, &disposition), 0);
+    EXPECT_EQ(round == 0 ? m_manager.regCloseKey(handle) : 0, 0);
     OpenKey key("A\\B");
     EXPECT_EQ(key.text(nullptr), "0") << "set by each call";
     EXPECT_EQ(key.set(nullptr, "mine"), 0);

@@ -183,18 +183,24 @@ std::string programPath() {
   return path;
 }
 
+namespace {
+
+constinit std::atomic<DWORD> s_limit{0};
+constinit std::atomic<HANDLE> s_begun{nullptr};
+
+DWORD WINAPI endWhenTimeIsUp(void*) {
+  SetEvent(s_begun);
+  Sleep(s_limit);
+  TerminateProcess(GetCurrentProcess(), kFirstException);
+  return 0;
+}
+
+}  // namespace
+
 void limitLifetime(std::chrono::seconds limit) noexcept {
-  static constinit std::atomic<DWORD> s_limit{0};
-  static constinit std::atomic<HANDLE> s_begun{nullptr};
   s_limit = static_cast<DWORD>(std::chrono::milliseconds(limit).count());
   s_begun = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-  const auto wait = [](void*) -> DWORD {
-    SetEvent(s_begun);
-    Sleep(s_limit);
-    TerminateProcess(GetCurrentProcess(), kFirstException);
-    return 0;
-  };
-  const Handle thread(CreateThread(nullptr, 0, wait, nullptr, 0, nullptr));
+  const Handle thread(CreateThread(nullptr, 0, endWhenTimeIsUp, nullptr, 0, nullptr));
   // A library that hangs while it loads keeps threads from beginning.
   if (thread.get() != nullptr) {
     WaitForSingleObject(s_begun, INFINITE);
