@@ -10,8 +10,8 @@
 #include <stdexcept>
 
 #include "ltlib/fileregistry/file_registry_manager.h"
-#include "ltlib/fileregistry/kFileRegistry.h"
-#include "ltlib/fileregistry/tree_state.h"
+#include "ltlib/fileregistry/store/store.h"
+#include "ltlib/fileregistry/tree/roots.h"
 #include "ltlib/platform/files.h"
 
 #ifdef LTLIB_BENCH_GLIB_2_0

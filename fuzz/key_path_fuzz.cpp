@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "fuzz/demand.h"
-#include "ltlib/fileregistry/file_form.h"
-#include "ltlib/fileregistry/key_path.h"
-#include "ltlib/fileregistry/list_text.h"
-#include "ltlib/fileregistry/text_reader.h"
-#include "ltlib/fileregistry/text_writer.h"
-#include "ltlib/fileregistry/tree_walk.h"
+#include "ltlib/fileregistry/text/file_form.h"
+#include "ltlib/fileregistry/text/list_text.h"
+#include "ltlib/fileregistry/text/text_reader.h"
+#include "ltlib/fileregistry/text/text_writer.h"
+#include "ltlib/fileregistry/tree/key_path.h"
+#include "ltlib/fileregistry/tree/tree_walk.h"
 #include "tests/support/text_tree.h"
 
 using LTLib::Fuzzing::demand;

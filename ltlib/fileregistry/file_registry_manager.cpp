@@ -7,11 +7,11 @@
 #include <memory>
 #include <string_view>
 
-#include "ltlib/fileregistry/kFileRegistry.h"
-#include "ltlib/fileregistry/list_text.h"
-#include "ltlib/fileregistry/store_files.h"
+#include "ltlib/fileregistry/store/store.h"
+#include "ltlib/fileregistry/store/store_lock.h"
+#include "ltlib/fileregistry/text/list_text.h"
+#include "ltlib/fileregistry/tree/roots.h"
 #include "ltlib/fileregistry/tree_operations.h"
-#include "ltlib/fileregistry/tree_state.h"
 
 using namespace LTLib::detail;
 

@@ -5,11 +5,11 @@
 #include <limits>
 #include <memory>
 
-#include "ltlib/fileregistry/file_form.h"
-#include "ltlib/fileregistry/kFileRegistry.h"
-#include "ltlib/fileregistry/key_path.h"
-#include "ltlib/fileregistry/list_text.h"
-#include "ltlib/fileregistry/tree_walk.h"
+#include "ltlib/fileregistry/store/store.h"
+#include "ltlib/fileregistry/text/file_form.h"
+#include "ltlib/fileregistry/text/list_text.h"
+#include "ltlib/fileregistry/tree/key_path.h"
+#include "ltlib/fileregistry/tree/tree_walk.h"
 
 namespace LTLib::detail {
 namespace {

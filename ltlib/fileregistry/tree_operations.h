@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-#include "ltlib/fileregistry/config_tree.h"
-#include "ltlib/fileregistry/tree_state.h"
+#include "ltlib/fileregistry/tree/config_tree.h"
+#include "ltlib/fileregistry/tree/roots.h"
 
 namespace LTLib::detail {
 

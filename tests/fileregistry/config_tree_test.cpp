@@ -1,5 +1,5 @@
 // Names, the list of named nodes, and the end of a tree.
-#include "ltlib/fileregistry/config_tree.h"
+#include "ltlib/fileregistry/tree/config_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-#include "ltlib/fileregistry/folded_name.h"
+#include "ltlib/fileregistry/tree/folded_name.h"
 
 namespace {
 

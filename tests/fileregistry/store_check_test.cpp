@@ -1,5 +1,5 @@
 // The check of a store file and the guard that keeps others off it.
-#include "ltlib/fileregistry/store_check.h"
+#include "ltlib/fileregistry/store/store_check.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <string>
 #include <tuple>
 
-#include "ltlib/fileregistry/store_guard.h"
+#include "ltlib/fileregistry/store/store_guard.h"
 #include "tests/support/store_fixture.h"
 #include "tests/support/text_tree.h"
 

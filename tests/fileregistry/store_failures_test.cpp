@@ -6,7 +6,7 @@
 #include <string>
 #include <type_traits>
 
-#include "ltlib/fileregistry/store_failure.h"
+#include "ltlib/fileregistry/store/store_failure.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "tests/support/store_fixture.h"
 #include "tests/support/system.h"

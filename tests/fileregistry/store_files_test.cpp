@@ -6,7 +6,7 @@
 #include <iterator>
 #include <string>
 
-#include "ltlib/fileregistry/store_files.h"
+#include "ltlib/fileregistry/store/store_lock.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/uid.h"
 #include "tests/support/store_fixture.h"

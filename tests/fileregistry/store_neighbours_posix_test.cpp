@@ -16,9 +16,9 @@
 #include <functional>
 #include <stdexcept>
 
-#include "ltlib/fileregistry/store_failure.h"
-#include "ltlib/fileregistry/store_files.h"
-#include "ltlib/fileregistry/store_guard.h"
+#include "ltlib/fileregistry/store/store_failure.h"
+#include "ltlib/fileregistry/store/store_guard.h"
+#include "ltlib/fileregistry/store/store_lock.h"
 #include "ltlib/variables/first_use_load.h"
 #include "tests/support/child_process.h"
 #include "tests/support/forked_child.h"

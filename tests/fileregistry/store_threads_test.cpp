@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "ltlib/fileregistry/store_files.h"
+#include "ltlib/fileregistry/store/store_lock.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "tests/support/child_process.h"
 #include "tests/support/store_fixture.h"

@@ -14,7 +14,7 @@
 #include <fstream>
 #include <memory>
 
-#include "ltlib/platform/posix/lock_file.h"
+#include "ltlib/platform/linux/lock_file.h"
 #include "tests/foundation/named_mutex_fixture.h"
 #include "tests/support/child_process.h"
 #include "tests/support/forked_child.h"

@@ -2,7 +2,7 @@
 #include <signal.h>
 #include <sys/syscall.h>
 
-#include "ltlib/platform/posix/sha256.h"
+#include "ltlib/platform/linux/sha256.h"
 #include "ltlib/platform/process.h"
 #include "tests/support/forked_child.h"
 

@@ -1,6 +1,6 @@
 // Reads over the tree in memory that stands for the system's registry, while it changes at each
 // query.
-#include "ltlib/platform/posix/os_registry_tree.h"
+#include "ltlib/platform/linux/os_registry_tree.h"
 #include "tests/registry/changing_value.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <future>
 
-#include "ltlib/fileregistry/kFileRegistry.h"
-#include "ltlib/fileregistry/store_files.h"
+#include "ltlib/fileregistry/store/store.h"
+#include "ltlib/fileregistry/store/store_lock.h"
 #include "tests/support/text_tree.h"
 
 namespace LTLib::Testing {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "ltlib/fileregistry/file_registry_manager.h"
-#include "ltlib/fileregistry/tree_state.h"
+#include "ltlib/fileregistry/tree/roots.h"
 #include "ltlib/platform/files.h"
 #include "tests/support/environment.h"
 #include "tests/support/temp_folder.h"

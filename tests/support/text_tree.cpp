@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <utility>
 
-#include "ltlib/fileregistry/text_reader.h"
-#include "ltlib/fileregistry/text_writer.h"
+#include "ltlib/fileregistry/text/text_reader.h"
+#include "ltlib/fileregistry/text/text_writer.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/platform/files.h"
 

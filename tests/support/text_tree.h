@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "ltlib/fileregistry/config_tree.h"
+#include "ltlib/fileregistry/tree/config_tree.h"
 
 namespace LTLib::Testing {
 

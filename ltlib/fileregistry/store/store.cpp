@@ -1,0 +1,232 @@
+#include "ltlib/fileregistry/store/store.h"
+
+#include <exception>
+#include <memory>
+#include <optional>
+
+#include "ltlib/fileregistry/store/load_merge.h"
+#include "ltlib/fileregistry/store/store_failure.h"
+#include "ltlib/fileregistry/store/store_lock.h"
+#include "ltlib/fileregistry/store/store_swap.h"
+#include "ltlib/fileregistry/text/text_writer.h"
+#include "ltlib/platform/files.h"
+
+namespace LTLib::detail {
+namespace {
+
+using Platform::FileHandle;
+using Platform::FileResult;
+
+[[noreturn]] void fail(int line, const std::string& text) {
+  throw QSException("kFileRegistry", line, kFailure, text.c_str());
+}
+
+// Reads into a tree of its own first, since a repeated reading must not double what is there.
+ReadResult readText(QSCfgRoot& root, Platform::File& file) {
+  QSCfgDataSection read(root.section->name());
+  FileLineSource source(file);
+  ReadContext context{source, root.lineCount, printSyntaxMessage};
+  ReadResult result = ReadResult::kWhole;
+  try {
+    result = cfgReadText(context, read);
+  } catch (...) {
+    takeOverReading(root, read, false);
+    throw;
+  }
+  takeOverReading(root, read, result == ReadResult::kWhole);
+  return result;
+}
+
+// A file that is there and cannot be opened reads as empty, as a missing one does, but no save may
+// put what was made up instead in its place.
+void countAsUnreadable(QSCfgRoot& root, const std::string& reason) {
+  root.unreadable = "the store " + root.fileName + " counts as empty, since " + reason;
+  traceStoreFailure(root.unreadable);
+}
+
+void lookForLeftFiles(QSCfgRoot& root, const std::string& located) {
+  std::string names;
+  for (const std::string& left : filesLeftBeside(located)) {
+    names.append(names.empty() ? "" : ", ").append(left);
+  }
+  if (!names.empty()) {
+    root.leftBehind = located;
+    traceStoreFailure("there is no store " + located + ", but a save has left " + names);
+  }
+}
+
+ReadResult readStore(QSCfgRoot& root, const std::string& located) {
+  FileHandle file;
+  const FileResult opened = Platform::openFile(located, Platform::Links::kRefused, file);
+  if (opened == FileResult::kDone) {
+    return readText(root, *file);
+  }
+  if (opened == FileResult::kAbsent) {
+    lookForLeftFiles(root, located);
+  } else {
+    countAsUnreadable(root, "it cannot be opened: " + Platform::lastFileFailure());
+  }
+  return ReadResult::kWhole;
+}
+
+void loadStep(QSCfgRoot& root) {
+  const std::string pathname = cfgDefaultPathname(root.root);
+  if (pathname.empty()) {
+    root.loadFailed = false;
+    return;
+  }
+  root.loadFailed = true;
+  root.loaded = cfgLoadFile(root, pathname) == ReadResult::kWhole;
+  root.loadFailed = !root.loaded;
+}
+
+void writeStore(const QSCfgDataSection& section, Platform::File* made) {
+  Platform::FileCalls& calls = Platform::fileCalls();
+  FileHandle file(made);
+  LineSink sink(*file);
+  for (std::size_t i = 0; i < section.sectionCount(); ++i) {
+    cfgWriteSection(sink, section.sectionAt(i));
+  }
+  sink.flush();
+  const bool flushed = calls.flush(*file) == FileResult::kDone;
+  const std::string words = flushed ? std::string() : Platform::lastFileFailure();
+  const bool closed = calls.close(file.release()) == FileResult::kDone;
+  if (!flushed || !closed) {
+    fail(__LINE__, "the new text cannot be brought to the device: " +
+                       (flushed ? Platform::lastFileFailure() : words));
+  }
+}
+
+// A file of that name is the rest of a save that was cut off, or a trap: whatever it is, it goes.
+Platform::File* makeNew(const std::string& newName, const char* like) {
+  Platform::FileCalls& calls = Platform::fileCalls();
+  const FileResult removed = calls.remove(newName.c_str());
+  Platform::File* file = nullptr;
+  if ((removed != FileResult::kDone && removed != FileResult::kAbsent) ||
+      calls.create(newName.c_str(), like, &file) != FileResult::kDone) {
+    fail(__LINE__, "the file " + newName + " cannot be made: " + Platform::lastFileFailure());
+  }
+  return file;
+}
+
+// The new text is whole and on the device before the store file is touched. Its file is removed
+// here, while the directory is locked: later it might be another process's.
+void writeNew(const QSCfgDataSection& section, const std::string& newName, const char* like) {
+  Platform::File* const file = makeNew(newName, like);
+  try {
+    writeStore(section, file);
+  } catch (...) {
+    (void)Platform::fileCalls().remove(newName.c_str());
+    throw;
+  }
+}
+
+void replaceStore(QSCfgRoot& root, const std::string& located) {
+  Platform::FileStatus store;
+  const FileResult status = Platform::fileCalls().status(located.c_str(), &store);
+  if (status != FileResult::kDone && status != FileResult::kAbsent) {
+    fail(__LINE__, "the store cannot be looked at: " + Platform::lastFileFailure());
+  }
+  const SaveNames names(located);
+  if (status == FileResult::kDone) {
+    if (!store.regular) {
+      fail(__LINE__, "the store is no regular file");
+    }
+    writeNew(*root.section, names.fresh, located.c_str());
+    swapStore(names);
+    return;
+  }
+  std::optional<KeptAside> left;
+  if (root.leftBehind == located) {
+    left.emplace(located);
+  }
+  writeNew(*root.section, names.fresh, nullptr);
+  bringInFirst(names);
+  if (left) {
+    left->keep();
+    root.leftBehind.clear();
+  }
+}
+
+// Whether the root's tree is what has to be written. The file of a root that was never touched is
+// its state as it stands; what was not read yet is read first, so that no save loses it.
+bool readyToSave(QSCfgRoot& root, const std::string& pathname) {
+  if (!root.touched) {
+    const std::string own = cfgDefaultPathname(root.root);
+    if (pathname == (own.empty() ? defaultFileName(root.root) : own)) {
+      return false;
+    }
+    root.touched = true;
+    makeRootSections();
+  }
+  if (!root.loaded) {
+    loadStep(root);
+  }
+  if (root.loadFailed) {
+    fail(__LINE__, "the store has not been read");
+  }
+  if (!root.unreadable.empty()) {
+    fail(__LINE__, root.unreadable);
+  }
+  return true;
+}
+
+}  // namespace
+
+ReadResult cfgLoadFile(QSCfgRoot& root, const std::string& pathname) {
+  root.fileName = pathname;
+  root.unreadable.clear();
+  root.leftBehind.clear();
+  std::string located;
+  try {
+    located = locateStore(pathname);
+  } catch (const QSException& failure) {
+    countAsUnreadable(root, failure.What());
+    return ReadResult::kWhole;
+  }
+  const StoreHold hold(located);
+  try {
+    return readStore(root, located);
+  } catch (const std::exception& failure) {
+    noteStoreFailure(located, "was not read", failure.what());
+    throw QSException("kFileRegistry", __LINE__, kFailure, "registry read failed");
+  }
+}
+
+void cfgEnsureLoaded(const QSFileKeyHandle& key) {
+  const ScopedLock hold(treeLock());
+  QSCfgRoot& root = cfgRootOf(key.root);
+  if (root.loaded) {
+    return;
+  }
+  makeRootSections();
+  root.touched = true;
+  if (isRootHandle(key.root)) {
+    loadStep(root);
+  }
+}
+
+QSResult cfgSaveFile(enumRegRoot root, std::string& pathname) {
+  const ScopedLock hold(treeLock());
+  if (registryRootName(root) == nullptr) {
+    return kFailure;
+  }
+  if (pathname.empty()) {
+    pathname = defaultFileName(root);
+  }
+  try {
+    QSCfgRoot& record = cfgRootOf(predefinedRootHandle(root));
+    const bool ready = readyToSave(record, pathname);
+    const std::string located = locateStore(pathname);
+    const StoreHold store(located);
+    if (ready) {
+      replaceStore(record, located);
+    }
+    return kSuccess;
+  } catch (const std::exception& failure) {
+    noteStoreFailure(pathname, "was not saved", failure.what());
+    return kFailure;
+  }
+}
+
+}  // namespace LTLib::detail

@@ -1,0 +1,265 @@
+#include "ltlib/fileregistry/store/store_check.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include "ltlib/fileregistry/store/store_lock.h"
+#include "ltlib/fileregistry/store/store_swap.h"
+#include "ltlib/fileregistry/text/file_form.h"
+#include "ltlib/fileregistry/text/line_source.h"
+#include "ltlib/fileregistry/text/text_reader.h"
+#include "ltlib/fileregistry/tree/config_tree.h"
+#include "ltlib/fileregistry/tree/key_path.h"
+#include "ltlib/foundation/kqsresult.h"
+#include "ltlib/platform/files.h"
+
+namespace LTLib {
+namespace {
+
+using namespace detail;
+using Platform::FileResult;
+using Kind = StoreFaultKind;
+
+// Hands a file over line by line, so that the number of lines taken is known at any moment.
+class CountedLines final : public LineSource {
+ public:
+  explicit CountedLines(Platform::File& file) : m_file(file) {}
+
+  [[nodiscard]] std::size_t count() const { return m_count; }
+  [[nodiscard]] bool broken() const { return m_broken; }
+
+ protected:
+  std::string_view nextPiece() override {
+    m_line.clear();
+    m_broken = true;
+    const bool taken = m_file.appendLine(m_line);
+    m_broken = false;
+    if (!taken) {
+      return {};
+    }
+    ++m_count;
+    return m_line += '\n';
+  }
+
+ private:
+  FileLineSource m_file;
+  std::string m_line;
+  std::size_t m_count = 0;
+  bool m_broken = false;
+};
+
+bool looksIndented(std::string_view line) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (line.starts_with(kByteOrderMark)) {
+    line.remove_prefix(kByteOrderMark.size());
+  }
+  const std::size_t start = line.find_first_not_of(" \t");
+  return start != std::string_view::npos && (line[start] == '[' || line[start] == '"');
+}
+
+// Goes through a file as cfgReadText does, but keeps places in place of values.
+class Check {
+ public:
+  Check(Platform::File& file, StoreReport& report) : m_lines(file), m_report(report) {}
+
+  void run();
+
+ private:
+  void readAll();
+  bool takeHeader(const std::string& line);
+  void takeValue(const std::string& line);
+  void judgeField(const QSCfgDataFieldString& field, const std::string& line);
+  void warn(Kind kind, const std::string& line) { warn({kind, m_begin, line}); }
+  void warn(StoreFault warning);
+  void stop(Kind kind, const std::string& line) {
+    m_report.fault = StoreFault{kind, m_begin, line.substr(0, kStoreFaultText)};
+  }
+  void keepTopKeys();
+
+  CountedLines m_lines;
+  StoreReport& m_report;
+  QSCfgDataSection m_shallow{""};  // the upper two levels of keys
+  std::size_t m_begin = 0;         // the line on which the present header or value begins
+  std::size_t m_depth = 0;         // of the present key; 0 ahead of the first header
+  std::optional<StoreFault> m_unsavableHeader;  // of the present key, not told yet
+};
+
+void Check::run() {
+  try {
+    readAll();
+  } catch (const QSException&) {
+    m_begin = m_lines.count();
+    stop(Kind::kReadError, {});
+  }
+  m_report.lineCount = m_lines.count();
+  keepTopKeys();
+}
+
+void Check::readAll() {
+  std::string line;
+  while (m_report.loads() && cfgReadLine(m_lines, line)) {
+    m_begin = m_lines.count();
+    const char first = line.empty() ? '\0' : line.front();
+    if (first == '"') {
+      takeValue(line);
+    } else if (first == '[') {
+      if (!takeHeader(line)) {
+        stop(Kind::kBadHeader, line);
+      }
+    } else if (looksIndented(line)) {
+      warn(Kind::kIndentedLine, line);
+    }
+  }
+}
+
+bool Check::takeHeader(const std::string& line) {
+  std::vector<std::string_view> names;
+  if (!splitHeader(line, [&](std::string_view name) { names.push_back(name); })) {
+    return false;
+  }
+  QSCfgDataSection& top = m_shallow.findOrAddSection(names[0]);
+  if (names.size() > 1) {
+    top.findOrAddSection(names[1]);
+  }
+  m_unsavableHeader.reset();
+  if (!headerComesBack(names)) {
+    m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, line};
+  }
+  m_depth = names.size();
+  return true;
+}
+
+void Check::takeValue(const std::string& line) {
+  bool reported = false;
+  std::uint16_t ignored = 0;
+  ReadContext context{m_lines, ignored, [&](const char*) { reported = true; }};
+  std::unique_ptr<QSCfgDataFieldString> field;
+  try {
+    field = cfgParseField(context, line);
+  } catch (const QSException&) {
+    if (m_lines.broken()) {
+      throw;
+    }
+    stop(Kind::kUnendedValue, line);
+    return;
+  }
+  if (reported) {
+    warn(Kind::kEmptyValue, line);
+  }
+  if (field == nullptr) {
+    warn(Kind::kDroppedLine, line);
+  } else if (m_depth == 0) {
+    warn(Kind::kNoKey, line);
+  } else {
+    judgeField(*field, line);
+  }
+}
+
+void Check::judgeField(const QSCfgDataFieldString& field, const std::string& line) {
+  ++m_report.valueCount;
+  // A key without values has no header in a file that is saved.
+  if (m_unsavableHeader) {
+    warn(*std::exchange(m_unsavableHeader, std::nullopt));
+  }
+  if (m_depth == 1) {
+    warn(Kind::kOutOfReach, line);
+  }
+  if (!fieldComesBack(field.name(), field.type(), field.getValue())) {
+    warn(Kind::kNotSavable, line);
+  }
+}
+
+void Check::warn(StoreFault warning) {
+  if (m_report.warningCount++ < kMostStoreWarnings) {
+    warning.text.resize(std::min(warning.text.size(), kStoreFaultText));
+    m_report.warnings.push_back(std::move(warning));
+  }
+}
+
+void Check::keepTopKeys() {
+  for (std::size_t i = 0; i < m_shallow.sectionCount(); ++i) {
+    const QSCfgDataSection& section = m_shallow.sectionAt(i);
+    StoreTopKey& top = m_report.topKeys.emplace_back();
+    top.name = section.name();
+    for (std::size_t k = 0; k < section.sectionCount(); ++k) {
+      top.subKeys.push_back(section.sectionAt(k).name());
+    }
+  }
+}
+
+void checkHeldFile(const std::string& pathname, StoreReport& report) {
+  Platform::FileStatus found;
+  const FileResult status = Platform::fileCalls().status(pathname.c_str(), &found);
+  report.exists = status == FileResult::kDone;
+  if (status == FileResult::kAbsent) {
+    report.left = filesLeftBeside(pathname);
+    return;
+  }
+  if (report.exists && !found.regular) {
+    report.fault = StoreFault{Kind::kNoFile, 0, {}};
+    return;
+  }
+  Platform::FileHandle file;
+  if (Platform::openFile(pathname, Platform::Links::kRefused, file) != FileResult::kDone) {
+    report.fault = StoreFault{Kind::kUnreadable, 0, Platform::lastFileFailure()};
+    return;
+  }
+  report.exists = true;
+  Check(*file, report).run();
+}
+
+}  // namespace
+
+const char* describeStoreFault(StoreFaultKind kind) noexcept {
+  switch (kind) {
+    case Kind::kLockFailed:
+      return "the lock of its folder cannot be taken";
+    case Kind::kForeignLink:
+      return "it is a link that is not followed";
+    case Kind::kNoFile:
+      return "it is no regular file";
+    case Kind::kUnreadable:
+      return "it cannot be opened for reading";
+    case Kind::kReadError:
+      return "reading failed behind this line";
+    case Kind::kBadHeader:
+      return "a header that names no key";
+    case Kind::kUnendedValue:
+      return "a quoted value that begins here and never ends";
+    case Kind::kEmptyValue:
+      return "a value without a text, read as empty";
+    case Kind::kDroppedLine:
+      return "a value line without a name or with an unknown type, dropped";
+    case Kind::kNoKey:
+      return "a value ahead of the first header, dropped";
+    case Kind::kIndentedLine:
+      return "an indented line, dropped";
+    case Kind::kOutOfReach:
+      return "a value of a key right below the root, which no program can read";
+    case Kind::kNotSavable:
+      return "a key or a value that no save can write";
+  }
+  return "an unknown fault";
+}
+
+StoreReport checkStoreFile(const std::string& pathname) {
+  StoreReport report;
+  Kind step = Kind::kForeignLink;
+  try {
+    const std::string located = locateStore(pathname);
+    step = Kind::kLockFailed;
+    const StoreHold hold(located);
+    checkHeldFile(located, report);
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& failure) {
+    report.fault = StoreFault{step, 0, failure.what()};
+  }
+  return report;
+}
+
+}  // namespace LTLib

@@ -1,0 +1,196 @@
+#include "ltlib/fileregistry/store/store_lock.h"
+
+#include <algorithm>
+#include <map>
+#include <stdexcept>
+
+#include "ltlib/fileregistry/tree/roots.h"
+#include "ltlib/foundation/kqsresult.h"
+#include "ltlib/foundation/uid.h"
+#include "ltlib/platform/process.h"
+
+namespace LTLib::detail {
+namespace {
+
+using Platform::fileCalls;
+using Platform::FileHandle;
+using Platform::FileIdentity;
+using Platform::FileResult;
+using Platform::FileStatus;
+
+constexpr char kIdentityFile[] = "qsconfig.dat";
+constexpr char kNamePrefix[] = "qs_config_";
+constexpr char kNameOfEmptyFile[] = "qs_config";
+
+// The library's own names have 46 bytes. What is longer is read under a lock that everybody on the
+// machine waits for, and is no name.
+constexpr std::size_t kLongestIdentity = 512;
+
+// Removals by others can cross with ours; nobody can make that go on for ever.
+constexpr int kAttempts = 100;
+
+std::string identityPathname(const std::string& pathname) {
+  const std::size_t end = pathname.rfind(Platform::directorySeparator());
+  return (end != std::string::npos ? pathname.substr(0, end + 1) : std::string()) + kIdentityFile;
+}
+
+[[noreturn]] void throwNoIdentity(const std::string& path, const std::string& reason) {
+  throw std::length_error("the identity file " + path + " can neither be read nor made: " + reason);
+}
+
+std::string newName() {
+  char text[37];
+  UID::Generate().toString(text, sizeof text);
+  return std::string(kNamePrefix) + text;
+}
+
+// A file that could not be written to its end would give every process another name. One that
+// somebody else has made meanwhile is as good.
+void makeIdentity(const std::string& path, const std::string& name) {
+  Platform::FileCalls& calls = fileCalls();
+  Platform::File* file = nullptr;
+  if (calls.createForAll(path.c_str(), &file) != FileResult::kDone) {
+    return;
+  }
+  const bool written = calls.write(*file, name.data(), name.size()) == FileResult::kDone;
+  const bool closed = calls.close(file) == FileResult::kDone;
+  if (!written || !closed) {
+    (void)calls.remove(path.c_str());
+  }
+}
+
+FileHandle openIdentity(const std::string& path, const std::string& name) {
+  FileHandle file;
+  FileResult result = Platform::openFile(path, Platform::Links::kRefused, file);
+  if (result == FileResult::kAbsent) {
+    makeIdentity(path, name);
+    result = Platform::openFile(path, Platform::Links::kRefused, file);
+  }
+  if (result != FileResult::kDone) {
+    throwNoIdentity(path, Platform::lastFileFailure());
+  }
+  return file;
+}
+
+std::string readIdentity(const std::string& path, const std::string& name) {
+  const FileHandle file = openIdentity(path, name);
+  std::string text;
+  char piece[kLongestIdentity + 1];
+  for (std::size_t taken = 1; taken != 0 && text.size() <= kLongestIdentity;) {
+    if (fileCalls().read(*file, piece, sizeof piece, &taken) != FileResult::kDone) {
+      throwNoIdentity(path, Platform::lastFileFailure());
+    }
+    text.append(piece, taken);
+  }
+  if (text.size() > kLongestIdentity) {
+    throwNoIdentity(path, "it is longer than " + std::to_string(kLongestIdentity) + " bytes");
+  }
+  return text.empty() ? kNameOfEmptyFile : text;
+}
+
+HeldFolder* heldFolder(const FileIdentity& identity) {
+  std::vector<HeldFolder>& held = heldFolders();
+  const auto found = std::find_if(held.begin(), held.end(), [&](const HeldFolder& folder) {
+    return folder.identity == identity;
+  });
+  return found != held.end() ? &*found : nullptr;
+}
+
+bool stillBears(const std::string& path, const FileIdentity& identity) {
+  FileStatus named;
+  return fileCalls().status(path.c_str(), &named) == FileResult::kDone &&
+         named.identity == identity;
+}
+
+}  // namespace
+
+std::string defaultFileName(enumRegRoot root) {
+  const char* name = registryRootName(root);
+  return name != nullptr ? std::string(name) + ".cfg" : std::string();
+}
+
+std::string cfgDefaultPathname(enumRegRoot root) {
+  const char* name = registryRootName(root);
+  const char* pathname = name != nullptr ? Platform::trustedEnvironment(name) : nullptr;
+  return pathname != nullptr ? pathname : defaultFileName(root);
+}
+
+std::string locateStore(const std::string& pathname) {
+  std::string located;
+  const FileResult result = fileCalls().resolve(pathname.c_str(), &located);
+  if (result == FileResult::kDone) {
+    return located;
+  }
+  const std::string why =
+      result == FileResult::kForeignLink
+          ? "is a link that was laid neither by this user nor by root nor by its folder's owner"
+          : "cannot be looked at: " + Platform::lastFileFailure();
+  throw QSException("kFileRegistry", __LINE__, kFailure, (located + ' ' + why).c_str());
+}
+
+// The name that may be needed is made ahead of the lock, which the whole machine waits for.
+const std::string& cfgLockName(const std::string& pathname) {
+  const ScopedLock threads(storeLock());
+  NamedMutex identityLock("qs_config_lock");
+  std::map<std::string, std::string>& names = lockNames();
+  auto known = names.find(pathname);
+  if (known == names.end()) {
+    const std::string name = newName();
+    const NamedMutexHold processes(identityLock);
+    known = names.emplace(pathname, readIdentity(identityPathname(pathname), name)).first;
+  }
+  return known->second;
+}
+
+NamedMutexHold::NamedMutexHold(NamedMutex& mutex) : m_mutex(mutex) {
+  try {
+    mutex.lock();
+  } catch (...) {
+    mutex.unlock();
+    throw;
+  }
+}
+
+// The file may be removed while this waits for its lock: whoever comes then locks another one.
+FolderHold::FolderHold(const std::string& pathname, const std::string& lockName) {
+  const std::string path = identityPathname(pathname);
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    FileHandle file = openIdentity(path, lockName);
+    FileStatus opened;
+    if (fileCalls().statusOf(*file, &opened) != FileResult::kDone) {
+      break;
+    }
+    m_identity = opened.identity;
+    if (HeldFolder* held = heldFolder(m_identity); held != nullptr) {
+      ++held->depth;
+      return;
+    }
+    if (fileCalls().lock(*file) == FileResult::kFailed) {
+      break;
+    }
+    if (stillBears(path, m_identity)) {
+      heldFolders().push_back({m_identity, std::move(file), 1});
+      return;
+    }
+  }
+  throw QSException(
+      "kFileRegistry", __LINE__, kFailure,
+      ("the file " + path + " cannot be locked: " + Platform::lastFileFailure()).c_str());
+}
+
+// A forked child has let go of what its parent held.
+FolderHold::~FolderHold() {
+  HeldFolder* held = heldFolder(m_identity);
+  if (held != nullptr && --held->depth == 0) {
+    std::swap(*held, heldFolders().back());
+    heldFolders().pop_back();
+  }
+}
+
+StoreHold::StoreHold(const std::string& pathname, const std::string& lockName)
+    : m_mutex(lockName.c_str()),
+      m_threads(storeLock()),
+      m_processes(m_mutex),
+      m_folder(pathname, lockName) {}
+
+}  // namespace LTLib::detail

@@ -1,0 +1,53 @@
+// From sections and fields to the text of a store file.
+//
+// The text is a strict subset of what the reader takes, with no escapes: one block for each
+// section that has fields, parents ahead of their children, everything in order of arrival.
+#ifndef LTLIB_FILEREGISTRY_TEXT_TEXT_WRITER_H
+#define LTLIB_FILEREGISTRY_TEXT_TEXT_WRITER_H
+
+#include <string>
+#include <string_view>
+
+#include "ltlib/fileregistry/tree/config_tree.h"
+
+namespace LTLib {
+
+namespace Platform {
+struct File;
+}
+
+namespace detail {
+
+/// Where the writer's lines go. A line that cannot be written is thrown as QSException "registry
+/// write failed", with the system's words behind it, and nothing is written after it.
+class LineSink {
+ public:
+  explicit LineSink(Platform::File& file) : m_file(file) {}
+
+  void put(std::string_view text);
+
+  /// Hands over what is still held back.
+  void flush();
+
+ private:
+  static constexpr std::size_t kPiece = 65536;
+
+  Platform::File& m_file;
+  std::string m_held;
+};
+
+/// The line of a field, with its line feed; empty for a type code that has no line.
+[[nodiscard]] std::string cfgFieldLine(std::string_view name, QSCfgTypeCode code,
+                                       std::string_view text);
+
+/// Writes the block of one section, whose header is that of `path`.
+void cfgWriteFields(LineSink& sink, const QSCfgDataSection& section, std::string_view path);
+
+/// Writes a child of the root and everything below it. What no file can hold is thrown as
+/// QSException that names it.
+void cfgWriteSection(LineSink& sink, const QSCfgDataSection& section);
+
+}  // namespace detail
+}  // namespace LTLib
+
+#endif  // LTLIB_FILEREGISTRY_TEXT_TEXT_WRITER_H

@@ -1,0 +1,108 @@
+#include "ltlib/fileregistry/tree/folded_name.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace LTLib::detail {
+namespace {
+
+constexpr std::uint64_t everyByte(std::uint64_t byte) {
+  return byte * 0x0101010101010101u;
+}
+
+char fold(char byte) {
+  return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 0x20) : byte;
+}
+
+// Folds eight bytes at once: in each of them the sums carry into the top bit just when the byte is
+// at least 'a', or above 'z'.
+std::uint64_t foldEight(std::uint64_t bytes) {
+  const std::uint64_t low = bytes & everyByte(0x7F);
+  const std::uint64_t fromA = low + everyByte(0x80 - 'a');
+  const std::uint64_t aboveZ = low + everyByte(0x7F - 'z');
+  const std::uint64_t letters = (fromA ^ aboveZ) & ~bytes & everyByte(0x80);
+  return bytes - (letters >> 2);
+}
+
+template <class Word>
+std::uint64_t load(const char* bytes) {
+  Word word;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// A name of fewer than eight bytes, read by its two ends, which may overlap.
+std::uint64_t loadShort(std::string_view name) {
+  const std::size_t size = name.size();
+  if (size >= 4) {
+    return load<std::uint32_t>(name.data()) << 32 | load<std::uint32_t>(name.data() + size - 4);
+  }
+  if (size >= 2) {
+    return load<std::uint16_t>(name.data()) << 16 | load<std::uint16_t>(name.data() + size - 2);
+  }
+  return size == 1 ? load<std::uint8_t>(name.data()) : 0;
+}
+
+// Gives the place of each eight bytes of a longer name to `take`, the last of which may overlap
+// those before, while `take` gives true.
+template <class Take>
+bool eachEight(std::size_t size, Take take) {
+  constexpr std::size_t kEight = sizeof(std::uint64_t);
+  for (std::size_t place = 0; place + kEight < size; place += kEight) {
+    if (!take(place)) {
+      return false;
+    }
+  }
+  return take(size - kEight);
+}
+
+std::uint64_t mix(std::uint64_t hash, std::uint64_t eight) {
+  hash = (hash ^ foldEight(eight)) * 0x9E3779B97F4A7C15u;
+  return hash ^ (hash >> 29);
+}
+
+// A product's low bits know nothing of the high ones of its factors, which hold the last bytes of a
+// name: two rounds bring them down, since tables look at the low bits.
+std::size_t finish(std::uint64_t hash) {
+  hash = (hash ^ (hash >> 32)) * 0xD6E8FEB86659FD93u;
+  return static_cast<std::size_t>(hash ^ (hash >> 32));
+}
+
+}  // namespace
+
+bool equalNames(std::string_view left, std::string_view right) noexcept {
+  const auto equal = [](std::uint64_t a, std::uint64_t b) {
+    return a == b || foldEight(a) == foldEight(b);
+  };
+  if (left.size() != right.size()) {
+    return false;
+  }
+  if (left.size() < sizeof(std::uint64_t)) {
+    return equal(loadShort(left), loadShort(right));
+  }
+  return eachEight(left.size(), [&](std::size_t place) {
+    return equal(load<std::uint64_t>(left.data() + place),
+                 load<std::uint64_t>(right.data() + place));
+  });
+}
+
+std::string foldedName(std::string_view name) {
+  std::string folded(name);
+  std::transform(folded.begin(), folded.end(), folded.begin(), fold);
+  return folded;
+}
+
+std::size_t hashOfName(std::string_view name) noexcept {
+  std::uint64_t hash = name.size();
+  if (name.size() < sizeof(std::uint64_t)) {
+    return finish(mix(hash, loadShort(name)));
+  }
+  eachEight(name.size(), [&](std::size_t place) {
+    hash = mix(hash, load<std::uint64_t>(name.data() + place));
+    return true;
+  });
+  return finish(hash);
+}
+
+}  // namespace LTLib::detail

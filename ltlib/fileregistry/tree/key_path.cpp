@@ -1,0 +1,26 @@
+#include "ltlib/fileregistry/tree/key_path.h"
+
+namespace LTLib::detail {
+
+std::string_view bracketedName(std::string_view path) {
+  const std::size_t open = path.find('[');
+  if (open == std::string_view::npos) {
+    return {};
+  }
+  const std::size_t close = path.find(']', open + 1);
+  return close != std::string_view::npos ? path.substr(open + 1, close - open - 1)
+                                         : std::string_view{};
+}
+
+bool lacksFirstComponent(std::string_view path) {
+  const std::size_t end = path.find('\\');
+  return end == std::string_view::npos || end == 0;
+}
+
+void dropTrailingBackslash(std::string& path) {
+  if (!path.empty() && path.back() == '\\') {
+    path.pop_back();
+  }
+}
+
+}  // namespace LTLib::detail

@@ -1,0 +1,104 @@
+#include "ltlib/fileregistry/tree/roots.h"
+
+#include <array>
+#include <cstddef>
+
+#include "ltlib/foundation/do_once.h"
+#include "ltlib/foundation/process_mutex.h"
+
+namespace LTLib::detail {
+namespace {
+
+struct TreeState {
+  ProcessMutex lock{ProcessLock::kTree};
+  std::array<QSCfgRoot, 5> roots;
+};
+
+struct StoreState {
+  ProcessMutex lock{ProcessLock::kStores};
+  std::map<std::string, std::string> names;
+  std::vector<HeldFolder> held;
+};
+
+ltDoOnce_t s_treeOnce;
+TreeState* s_tree = nullptr;
+ltDoOnce_t s_storeOnce;
+StoreState* s_store = nullptr;
+
+// A child that kept copies of the descriptors would keep the locks after its parent's end.
+const Platform::ForkedChildHook s_childHook([]() noexcept {
+  if (s_store != nullptr) {
+    s_store->held.clear();
+  }
+});
+
+// The order in which the root sections are made.
+constexpr std::array<enumRegRoot, 5> kOrder = {REG_ROOT_CURRENT_USER, REG_ROOT_USERS,
+                                               REG_ROOT_CLASSES_ROOT, REG_ROOT_CURRENT_CONFIG,
+                                               REG_ROOT_LOCAL_MACHINE};
+
+// Where the root of each of the system's six handles stands in that order; one is no root of ours.
+constexpr std::array<std::size_t, 6> kPlaces = {2, 0, 4, 1, 4, 3};
+constexpr std::uint64_t kNoRoot = 4;
+
+void makeTree() {
+  auto state = std::make_unique<TreeState>();
+  for (std::size_t i = 0; i < kOrder.size(); ++i) {
+    state->roots[i].root = kOrder[i];
+  }
+  s_tree = state.release();
+}
+
+void makeStore() {
+  s_store = new StoreState;
+}
+
+TreeState& tree() {
+  ltDoOnce(s_treeOnce, makeTree);
+  return *s_tree;
+}
+
+StoreState& store() {
+  ltDoOnce(s_storeOnce, makeStore);
+  return *s_store;
+}
+
+}  // namespace
+
+bool isRootHandle(const void* handle) {
+  const std::uintptr_t place = placeOfPredefined(handle);
+  return place < kPlaces.size() && place != kNoRoot;
+}
+
+QSCfgRoot& cfgRootOf(const void* rootHandle) {
+  const std::uintptr_t place = placeOfPredefined(rootHandle);
+  std::array<QSCfgRoot, 5>& roots = tree().roots;
+  return place < kPlaces.size() ? roots[kPlaces[place]] : roots.back();
+}
+
+void makeRootSections() {
+  for (QSCfgRoot& candidate : tree().roots) {
+    if (candidate.section == nullptr) {
+      candidate.section = std::make_unique<QSCfgDataSection>(registryRootName(candidate.root));
+      candidate.lineCount = 0;
+    }
+  }
+}
+
+Mutex& treeLock() {
+  return tree().lock;
+}
+
+Mutex& storeLock() {
+  return store().lock;
+}
+
+std::map<std::string, std::string>& lockNames() {
+  return store().names;
+}
+
+std::vector<HeldFolder>& heldFolders() {
+  return store().held;
+}
+
+}  // namespace LTLib::detail

@@ -1,0 +1,46 @@
+#include "ltlib/platform/linux/descriptors.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "ltlib/platform/linux/fork_window.h"
+
+namespace LTLib::Platform {
+namespace {
+
+int lockUninterrupted(int descriptor, int operation) noexcept {
+  while (flock(descriptor, operation) != 0) {
+    if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+int openAboveStandardStreams(const char* path, int flags, mode_t mode) noexcept {
+  const int first = open(path, flags | O_CLOEXEC, mode);
+  if (first < 0 || first > STDERR_FILENO) {
+    return first;
+  }
+  const int moved = fcntl(first, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int error = errno;
+  close(first);
+  errno = error;
+  return moved;
+}
+
+int waitForKernelLock(int descriptor) noexcept {
+  const int error = lockUninterrupted(descriptor, LOCK_EX | LOCK_NB);
+  if (error != EWOULDBLOCK) {
+    return error;
+  }
+  const ForkWindow window;
+  return lockUninterrupted(descriptor, LOCK_EX);
+}
+
+}  // namespace LTLib::Platform

@@ -1,0 +1,19 @@
+// Opening files with numbers that nobody else lays claim to, and locking them.
+#ifndef LTLIB_PLATFORM_LINUX_DESCRIPTORS_H
+#define LTLIB_PLATFORM_LINUX_DESCRIPTORS_H
+
+#include <sys/types.h>
+
+namespace LTLib::Platform {
+
+/// As open, with a descriptor of 3 or more that is closed on exec. Where a standard stream is
+/// closed its number would be the next one, and what others print would end up in the file.
+[[nodiscard]] int openAboveStandardStreams(const char* path, int flags, mode_t mode) noexcept;
+
+/// Waits without limit for the kernel's lock on an open file, while a fork by another thread waits
+/// for nobody. Gives 0 or the system's number.
+[[nodiscard]] int waitForKernelLock(int descriptor) noexcept;
+
+}  // namespace LTLib::Platform
+
+#endif  // LTLIB_PLATFORM_LINUX_DESCRIPTORS_H

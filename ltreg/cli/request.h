@@ -1,0 +1,43 @@
+// What the command line asks for.
+#ifndef LTREG_CLI_REQUEST_H
+#define LTREG_CLI_REQUEST_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ltreg/cli/failure.h"
+#include "ltreg/cli/output.h"
+
+namespace ltreg {
+
+/// The words of --backend.
+inline constexpr char kFileBackend[] = "file";
+inline constexpr char kSystemBackend[] = "os";
+
+/// The arguments of all commands; each uses those that belong to it, as they were given.
+struct Request {
+  std::optional<std::string> key;      // KEY or ROOT
+  std::optional<std::string> name;     // NAME
+  std::optional<std::string> text;     // TEXT
+  std::optional<std::string> clsid;    // CLASS
+  std::optional<std::string> file;     // FILE
+  std::optional<std::string> type;     // --type
+  std::vector<std::string> values;     // VALUE...
+  std::optional<std::string> store;    // --store
+  std::optional<std::string> backend;  // --backend
+  bool json = false;
+  bool recursive = false;
+  bool trace = false;
+  bool asIs = false;
+  bool create = false;
+  bool quiet = false;  // leaves the warnings about the store to another process
+  int timeout = 10;    // seconds
+};
+
+/// Carries a request out. Throws Failure, and what the library throws.
+using Command = ExitCode (*)(const Request& request, Output& output);
+
+}  // namespace ltreg
+
+#endif  // LTREG_CLI_REQUEST_H

@@ -1,0 +1,28 @@
+// The commands, each as docs/ltreg.md tells it.
+#ifndef LTREG_COMMANDS_COMMANDS_H
+#define LTREG_COMMANDS_COMMANDS_H
+
+#include "ltreg/cli/request.h"
+
+namespace ltreg {
+
+ExitCode listKey(const Request& request, Output& output);
+ExitCode showTree(const Request& request, Output& output);
+ExitCode getValue(const Request& request, Output& output);
+ExitCode showPath(const Request& request, Output& output);
+
+ExitCode setValue(const Request& request, Output& output);
+ExitCode deleteEntry(const Request& request, Output& output);
+
+ExitCode checkStores(const Request& request, Output& output);
+
+ExitCode expandText(const Request& request, Output& output);
+ExitCode showVariables(const Request& request, Output& output);
+
+ExitCode registerClass(const Request& request, Output& output);
+ExitCode unregisterClass(const Request& request, Output& output);
+ExitCode listClasses(const Request& request, Output& output);
+
+}  // namespace ltreg
+
+#endif  // LTREG_COMMANDS_COMMANDS_H

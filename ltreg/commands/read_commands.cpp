@@ -1,0 +1,124 @@
+#include <nlohmann/json.hpp>
+
+#include "ltreg/cli/shown_text.h"
+#include "ltreg/commands/commands.h"
+#include "ltreg/registry/key_argument.h"
+#include "ltreg/registry/key_walk.h"
+#include "ltreg/registry/session.h"
+#include "ltreg/registry/value.h"
+
+namespace ltreg {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string lineOf(const NamedValue& value) {
+  return typeWord(value.value) + '\t' + escapeControls(value.name) + '\t' + onOneLine(value.value);
+}
+
+Json jsonOf(const NamedValue& value) {
+  return {{"name", value.name}, {"type", typeWord(value.value)}, {"value", jsonOf(value.value)}};
+}
+
+Json jsonOf(const std::vector<NamedValue>& values) {
+  Json all = Json::array();
+  for (const NamedValue& value : values) {
+    all.push_back(jsonOf(value));
+  }
+  return all;
+}
+
+// Opens the root of the request's key and makes sure that the key is there.
+class ReadKey {
+ public:
+  explicit ReadKey(const Request& request)
+      : m_key(parseKey(*request.key)), m_session(request, m_key, Access::kRead) {
+    if (!m_session.keyExists(m_key.path)) {
+      m_session.throwAbsent("the key " + inQuotes(name()));
+    }
+  }
+
+  [[nodiscard]] Session& session() { return m_session; }
+  [[nodiscard]] ExitCode outcome() const {
+    return m_session.sawAll() ? ExitCode::kDone : ExitCode::kStoreFailed;
+  }
+  [[nodiscard]] const std::string& path() const { return m_key.path; }
+  [[nodiscard]] enumRegRoot root() const { return m_key.root; }
+  [[nodiscard]] std::string name() const { return fullName(m_key.root, m_key.path); }
+
+ private:
+  KeyArgument m_key;
+  Session m_session;
+};
+
+}  // namespace
+
+ExitCode listKey(const Request& request, Output& output) {
+  ReadKey key(request);
+  const std::vector<std::string> subKeys = key.session().subKeys(key.path());
+  const std::vector<NamedValue> values = key.session().values(key.path());
+  if (request.json) {
+    output.json({{"key", key.name()}, {"keys", subKeys}, {"values", jsonOf(values)}});
+    return key.outcome();
+  }
+  for (const std::string& name : subKeys) {
+    output.line("key\t" + escapeControls(name));
+  }
+  for (const NamedValue& value : values) {
+    output.line(lineOf(value));
+  }
+  return key.outcome();
+}
+
+ExitCode showTree(const Request& request, Output& output) {
+  ReadKey key(request);
+  Json all = Json::array();
+  walkKeys(key.session(), key.path(), [&](const std::string& path) {
+    const std::string name = fullName(key.root(), path);
+    const std::vector<NamedValue> values = key.session().values(path);
+    if (request.json) {
+      all.push_back({{"key", name}, {"values", jsonOf(values)}});
+      return;
+    }
+    output.line(escapeControls(name));
+    for (const NamedValue& value : values) {
+      output.line('\t' + lineOf(value));
+    }
+  });
+  if (request.json) {
+    output.json(all);
+  }
+  return key.outcome();
+}
+
+ExitCode getValue(const Request& request, Output& output) {
+  ReadKey key(request);
+  const std::optional<Value> value = key.session().value(key.path(), *request.name);
+  if (!value) {
+    key.session().throwAbsent("the value " + inQuotes(*request.name) + " of " +
+                              inQuotes(key.name()));
+  }
+  if (request.json) {
+    output.json(jsonOf(NamedValue{*request.name, *value}));
+  } else if (value->type == REG_MULTI_SZ) {
+    for (const std::string& item : itemsOf(*value)) {
+      output.line(item);
+    }
+  } else {
+    output.line(isText(value->type) ? value->data : onOneLine(*value));
+  }
+  return ExitCode::kDone;
+}
+
+ExitCode showPath(const Request& request, Output& output) {
+  const enumRegRoot root = parseRoot(*request.key);
+  const Backend backend(request, root);
+  if (!backend.onFiles()) {
+    throw Failure(ExitCode::kAbsent, std::string(LTLib::registryRootName(root)) +
+                                         " lies in the operating system's registry, not in a file");
+  }
+  output.line(backend.storeOf(root));
+  return ExitCode::kDone;
+}
+
+}  // namespace ltreg

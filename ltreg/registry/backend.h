@@ -1,0 +1,40 @@
+// Which registry manager serves a request.
+#ifndef LTREG_REGISTRY_BACKEND_H
+#define LTREG_REGISTRY_BACKEND_H
+
+#include <string>
+
+#include "ltlib/ltlib.h"
+#include "ltreg/cli/request.h"
+
+namespace ltreg {
+
+/// Makes the backend that --backend names the one of this process; before anything else touches the
+/// registry. Throws Failure where the system has no registry of its own.
+void chooseBackend(const Request& request);
+
+/// The manager that all programs get or that --backend names, or with --store the file backend,
+/// which needs no marker.
+class Backend {
+ public:
+  /// With --store the store becomes the root's file in this process. Throws Failure for a store
+  /// without a name.
+  Backend(const Request& request, enumRegRoot root);
+
+  [[nodiscard]] QSRegistryManagerImpl& manager() const { return *m_manager; }
+
+  /// Whether roots lie in store files.
+  [[nodiscard]] bool onFiles() const { return m_onFiles; }
+
+  /// The store file of a root; empty unless roots lie in store files. Throws Failure where the
+  /// environment gives the root no file.
+  [[nodiscard]] std::string storeOf(enumRegRoot root) const;
+
+ private:
+  QSRegistryManagerImpl* m_manager = nullptr;
+  bool m_onFiles = true;
+};
+
+}  // namespace ltreg
+
+#endif  // LTREG_REGISTRY_BACKEND_H

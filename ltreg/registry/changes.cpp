@@ -1,0 +1,46 @@
+#include "ltreg/registry/changes.h"
+
+#include "ltreg/cli/shown_text.h"
+#include "ltreg/registry/value_form.h"
+
+namespace ltreg {
+namespace {
+
+void demandForm(const std::string& whyNot) {
+  if (!whyNot.empty()) {
+    throw Failure(ExitCode::kBadInput, whyNot);
+  }
+}
+
+}  // namespace
+
+void demandPlace(const Session& session, const std::string& path, const std::string& name) {
+  if (session.onFiles()) {
+    demandForm(whyNoKeyForm(path));
+    demandForm(whyNoNameForm(name));
+  }
+}
+
+void putValue(Session& session, const std::string& path, const std::string& name,
+              const ValueType& type, const std::vector<std::string>& words) {
+  const std::string bytes = bytesToSet(type, words);
+  if (session.onFiles()) {
+    demandForm(whyNoValueForm(type.type, words));
+  }
+  const int result = session.setValue(path, name, type.type, bytes);
+  if (session.onFiles() && result != kDone) {
+    throw Failure(ExitCode::kBadInput,
+                  "the key, name or value has no form in a store file from"
+                  " which it would come back as it is");
+  }
+  demandDone(result, "setting the value " + inQuotes(name));
+}
+
+void eraseValue(Session& session, const std::string& path, const std::string& name) {
+  demandDone(session.deleteValue(path, name), "deleting the value " + inQuotes(name));
+  // A store may hold further values of that name, which would come to light now.
+  while (session.onFiles() && session.deleteValue(path, name) == kDone) {
+  }
+}
+
+}  // namespace ltreg

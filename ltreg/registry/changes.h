@@ -1,0 +1,26 @@
+// Changes of one value, with refusals that say what is wrong.
+#ifndef LTREG_REGISTRY_CHANGES_H
+#define LTREG_REGISTRY_CHANGES_H
+
+#include <string>
+#include <vector>
+
+#include "ltreg/registry/session.h"
+
+namespace ltreg {
+
+/// Throws Failure for a key and a value's name that a store file cannot hold, if they are to lie in
+/// one.
+void demandPlace(const Session& session, const std::string& path, const std::string& name);
+
+/// Sets a value, which has to keep its type if it is there in a store file. Throws Failure for words
+/// that make no value of the type, or none that a store file can hold.
+void putValue(Session& session, const std::string& path, const std::string& name,
+              const ValueType& type, const std::vector<std::string>& words);
+
+/// Deletes all values of that name. Requires: there is one.
+void eraseValue(Session& session, const std::string& path, const std::string& name);
+
+}  // namespace ltreg
+
+#endif  // LTREG_REGISTRY_CHANGES_H

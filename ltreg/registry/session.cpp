@@ -1,0 +1,191 @@
+#include "ltreg/registry/session.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "ltreg/cli/shown_text.h"
+#include "ltreg/registry/references.h"
+#include "ltreg/registry/store_messages.h"
+
+namespace ltreg {
+namespace {
+
+constexpr std::size_t kMostComplaints = 5;
+
+// The file backend enumerates neither the children of a root nor those of a key right below one.
+bool isShallow(const std::string& path) {
+  return path.find('\\') == std::string::npos;
+}
+
+bool contains(const std::vector<std::string>& names, std::string_view name) {
+  return std::any_of(names.begin(), names.end(),
+                     [&](const std::string& one) { return sameName(one, name); });
+}
+
+std::vector<std::string> shallowSubKeys(const LTLib::StoreReport& report, const std::string& path) {
+  std::vector<std::string> names;
+  for (const LTLib::StoreTopKey& top : report.topKeys) {
+    if (path.empty()) {
+      names.push_back(top.name);
+    } else if (sameName(top.name, path)) {
+      return top.subKeys;
+    }
+  }
+  return names;
+}
+
+}  // namespace
+
+// The first expansion loads the machine root. Where that is the root to work on, its store is first
+// locked and checked; for any other root it is over before that root's lock is taken, so that no
+// process waits for the one store while it holds the other.
+Session::Session(const Request& request, KeyArgument& key, Access access)
+    : m_backend(request, key.root), m_root(key.root) {
+  const bool holdsVariables = m_root == REG_ROOT_LOCAL_MACHINE;
+  const bool hasReferences = key.path.find('%') != std::string::npos;
+  if (hasReferences && !holdsVariables) {
+    demandPublicVariables();
+    key.path = expandPath(key.path);
+  }
+  if (onFiles()) {
+    openStore(access, request.quiet);
+  }
+  if (holdsVariables) {
+    key.path = expandPath(key.path);
+  }
+}
+
+void Session::openStore(Access access, bool quiet) {
+  m_pathname = m_backend.storeOf(m_root);
+  try {
+    m_guard = std::make_unique<LTLib::StoreGuard>(m_pathname);
+    m_report = LTLib::checkStoreFile(m_pathname);
+  } catch (const QSException& failure) {
+    m_report.fault = LTLib::StoreFault{LTLib::StoreFaultKind::kLockFailed, 0, failure.What()};
+  } catch (const std::length_error& failure) {
+    m_report.fault = LTLib::StoreFault{LTLib::StoreFaultKind::kLockFailed, 0, failure.what()};
+  }
+  if (!m_report.loads()) {
+    throw Failure(ExitCode::kStoreFailed, whyNotLoaded(m_pathname, m_report));
+  }
+  if (!quiet) {
+    complainOfWarnings();
+  }
+  // Any touch of the root loads the very text that was checked.
+  (void)open("").subKeys();
+  if (access == Access::kRead) {
+    m_guard.reset();
+  }
+}
+
+// The library reports empty values itself when it loads.
+void Session::complainOfWarnings() const {
+  if (const std::string left = whatIsLeft(m_pathname, m_report); !left.empty()) {
+    complain("warning: " + left);
+  }
+  std::size_t told = 0;
+  for (const LTLib::StoreFault& warning : m_report.warnings) {
+    if (warning.kind != LTLib::StoreFaultKind::kEmptyValue && told++ < kMostComplaints) {
+      complain("warning: " + placeOf(m_pathname, warning));
+    }
+  }
+  if (told > kMostComplaints) {
+    complain("warning: there is more; 'ltreg check' shows all");
+  }
+}
+
+KeyHandle Session::open(const std::string& path, KeyUse use) const {
+  return {m_backend, m_root, path, use};
+}
+
+bool Session::keyExists(const std::string& path) {
+  if (!onFiles()) {
+    const int failure = open(path).failure();
+    if (failure != kDone && failure != kNotFound) {
+      demandDone(failure, "reading the key " + inQuotes(fullName(m_root, path)));
+    }
+    return failure == kDone;
+  }
+  return path.empty() ? m_report.exists
+                      : contains(subKeys(std::string(parentPath(path))), lastComponent(path));
+}
+
+// One complaint for each key, though its sub-keys are asked for as well as its values.
+void Session::complainOfKey(const std::string& path, int failure) {
+  if (failure != kDone && (m_sawAll || m_unreadable != path)) {
+    complain("warning: the key " + inQuotes(fullName(m_root, path)) +
+             " cannot be read in full: " + describeFailure(failure));
+    m_sawAll = false;
+    m_unreadable = path;
+  }
+}
+
+std::vector<std::string> Session::subKeys(const std::string& path) {
+  if (onFiles() && isShallow(path)) {
+    return shallowSubKeys(m_report, path);
+  }
+  Names found = open(path).subKeys();
+  complainOfKey(path, found.failure);
+  return std::move(found.names);
+}
+
+std::vector<NamedValue> Session::values(const std::string& path) {
+  const KeyHandle key = open(path);
+  Names found = key.valueNames();
+  complainOfKey(path, found.failure);
+  std::vector<NamedValue> values;
+  for (std::string& name : found.names) {
+    NamedValue value{std::move(name), {}};
+    const int failure = key.value(value.name, value.value);
+    if (failure == kDone) {
+      values.push_back(std::move(value));
+    } else if (!onFiles()) {
+      complain("warning: the value " + inQuotes(value.name) + " of the key " +
+               inQuotes(fullName(m_root, path)) + " cannot be read: " + describeFailure(failure));
+      m_sawAll = false;
+    }
+  }
+  return values;
+}
+
+std::optional<Value> Session::value(const std::string& path, const std::string& name) {
+  // Reading a value of an absent key would add that key to the tree.
+  if (!keyExists(path)) {
+    return std::nullopt;
+  }
+  Value found;
+  const int failure = open(path).value(name, found);
+  if (failure != kDone && failure != kNotFound && !onFiles()) {
+    demandDone(failure, "reading the value " + inQuotes(name));
+  }
+  return failure == kDone ? std::optional(std::move(found)) : std::nullopt;
+}
+
+int Session::setValue(const std::string& path, const std::string& name, unsigned int type,
+                      const std::string& bytes) {
+  return open(path, KeyUse::kMake).setValue(name, type, bytes);
+}
+
+int Session::deleteValue(const std::string& path, const std::string& name) {
+  return open(path, KeyUse::kChange).deleteValue(name);
+}
+
+int Session::deleteKey(const std::string& path) {
+  return m_backend.manager().regDeleteKey(LTLib::predefinedRootHandle(m_root), path.c_str());
+}
+
+void Session::save() {
+  if (m_backend.manager().saveConfiguration(m_root) != 0) {
+    throw Failure(ExitCode::kStoreFailed,
+                  escapeControls(LTLib::lastStoreFailure()) + "; it was left as it was");
+  }
+}
+
+void Session::throwAbsent(const std::string& what) const {
+  const bool noFile = onFiles() && !m_report.exists;
+  throw Failure(ExitCode::kAbsent,
+                what + " does not exist" +
+                    (noFile ? "; there is no store file " + inQuotes(m_pathname) : std::string()));
+}
+
+}  // namespace ltreg
