@@ -3,8 +3,10 @@
 #define LTREG_CLI_ARGUMENTS_H
 
 #include <string>
+#include <vector>
 
 #include "ltreg/cli/request.h"
+#include "ltreg/cli/verb.h"
 
 namespace ltreg {
 
@@ -15,8 +17,9 @@ struct Invocation {
   std::string text;
 };
 
-/// Throws Failure with kUsage for a command line that makes no sense.
-[[nodiscard]] Invocation parseArguments(int count, const char* const* words);
+/// Throws Failure with kUsage for a command line that makes no sense of the verbs.
+[[nodiscard]] Invocation parseArguments(int count, const char* const* words,
+                                        const std::vector<Verb>& verbs);
 
 }  // namespace ltreg
 

@@ -6,13 +6,14 @@
 #include "ltreg/cli/failure.h"
 #include "ltreg/cli/output.h"
 #include "ltreg/cli/shown_text.h"
+#include "ltreg/commands/verbs.h"
 #include "ltreg/registry/backend.h"
 
 namespace ltreg {
 namespace {
 
 ExitCode run(int count, const char* const* words, std::FILE* data) {
-  const Invocation asked = parseArguments(count, words);
+  const Invocation asked = parseArguments(count, words, allVerbs());
   Output output(data);
   ExitCode code = ExitCode::kDone;
   if (asked.command != nullptr) {

@@ -1,7 +1,5 @@
 #include "ltreg/cli/output.h"
 
-#include <nlohmann/json.hpp>
-
 #include "ltreg/cli/failure.h"
 
 namespace ltreg {
@@ -10,10 +8,6 @@ void Output::line(std::string_view text) {
   m_failed = m_failed || m_stream == nullptr ||
              std::fwrite(text.data(), 1, text.size(), m_stream) != text.size() ||
              std::fputc('\n', m_stream) == EOF;
-}
-
-void Output::json(const nlohmann::ordered_json& value) {
-  line(value.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
 
 void Output::finish() {

@@ -3,7 +3,6 @@
 #define LTREG_CLI_OUTPUT_H
 
 #include <cstdio>
-#include <nlohmann/json_fwd.hpp>
 #include <string_view>
 
 namespace ltreg {
@@ -15,9 +14,6 @@ class Output {
 
   /// Writes a text and a line feed.
   void line(std::string_view text);
-
-  /// Writes JSON in several lines, in UTF-8 with U+FFFD in place of bytes that are none.
-  void json(const nlohmann::ordered_json& value);
 
   /// Hands everything on. Throws Failure if any of it got lost.
   void finish();

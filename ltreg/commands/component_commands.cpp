@@ -1,7 +1,7 @@
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "ltreg/cli/json.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/component/component_entry.h"
@@ -9,8 +9,6 @@
 
 namespace ltreg {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // The loader hands the text to the system as it is, so that a relative one would depend on the
 // folder of each process.
@@ -80,13 +78,13 @@ ExitCode listClasses(const Request& request, Output& output) {
   Json all = Json::array();
   for (const ClassEntry& entry : classesBelow(session, key.path)) {
     if (request.json) {
-      all.push_back({{"class", entry.id}, {"library", entry.library}});
+      all.push(Json().with("class", entry.id).with("library", entry.library));
     } else {
       output.line(escapeControls(entry.id) + '\t' + escapeControls(entry.library));
     }
   }
   if (request.json) {
-    output.json(all);
+    output.line(all.text());
   }
   return ExitCode::kDone;
 }

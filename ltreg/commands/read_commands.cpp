@@ -1,5 +1,4 @@
-#include <nlohmann/json.hpp>
-
+#include "ltreg/cli/json.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/registry/key_argument.h"
@@ -10,20 +9,21 @@
 namespace ltreg {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 std::string lineOf(const NamedValue& value) {
   return typeWord(value.value) + '\t' + escapeControls(value.name) + '\t' + onOneLine(value.value);
 }
 
 Json jsonOf(const NamedValue& value) {
-  return {{"name", value.name}, {"type", typeWord(value.value)}, {"value", jsonOf(value.value)}};
+  return Json()
+      .with("name", value.name)
+      .with("type", typeWord(value.value))
+      .with("value", jsonOf(value.value));
 }
 
 Json jsonOf(const std::vector<NamedValue>& values) {
   Json all = Json::array();
   for (const NamedValue& value : values) {
-    all.push_back(jsonOf(value));
+    all.push(jsonOf(value));
   }
   return all;
 }
@@ -58,7 +58,8 @@ ExitCode listKey(const Request& request, Output& output) {
   const std::vector<std::string> subKeys = key.session().subKeys(key.path());
   const std::vector<NamedValue> values = key.session().values(key.path());
   if (request.json) {
-    output.json({{"key", key.name()}, {"keys", subKeys}, {"values", jsonOf(values)}});
+    output.line(
+        Json().with("key", key.name()).with("keys", subKeys).with("values", jsonOf(values)).text());
     return key.outcome();
   }
   for (const std::string& name : subKeys) {
@@ -77,7 +78,7 @@ ExitCode showTree(const Request& request, Output& output) {
     const std::string name = fullName(key.root(), path);
     const std::vector<NamedValue> values = key.session().values(path);
     if (request.json) {
-      all.push_back({{"key", name}, {"values", jsonOf(values)}});
+      all.push(Json().with("key", name).with("values", jsonOf(values)));
       return;
     }
     output.line(escapeControls(name));
@@ -86,7 +87,7 @@ ExitCode showTree(const Request& request, Output& output) {
     }
   });
   if (request.json) {
-    output.json(all);
+    output.line(all.text());
   }
   return key.outcome();
 }
@@ -99,7 +100,7 @@ ExitCode getValue(const Request& request, Output& output) {
                               inQuotes(key.name()));
   }
   if (request.json) {
-    output.json(jsonOf(NamedValue{*request.name, *value}));
+    output.line(jsonOf(NamedValue{*request.name, *value}).text());
   } else if (value->type == REG_MULTI_SZ) {
     for (const std::string& item : itemsOf(*value)) {
       output.line(item);

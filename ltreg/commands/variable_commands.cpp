@@ -1,5 +1,4 @@
-#include <nlohmann/json.hpp>
-
+#include "ltreg/cli/json.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/registry/references.h"
@@ -9,7 +8,6 @@
 namespace ltreg {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using LTLib::VariableOrigin;
 using LTLib::VariableReport;
 
@@ -46,10 +44,11 @@ std::optional<std::string> expandedValue(const VariableReport& variable) {
 }
 
 Json jsonOf(const VariableReport& variable, const std::optional<std::string>& expanded) {
-  return {{"name", variable.name},
-          {"value", variable.value},
-          {"expanded", expanded ? Json(*expanded) : Json()},
-          {"origin", wordFor(variable.origin)}};
+  return Json()
+      .with("name", variable.name)
+      .with("value", variable.value)
+      .with("expanded", expanded ? Json(*expanded) : Json())
+      .with("origin", wordFor(variable.origin));
 }
 
 }  // namespace
@@ -85,14 +84,14 @@ ExitCode showVariables(const Request& request, Output& output) {
   for (const VariableReport& variable : LTLib::reportVariables()) {
     const std::optional<std::string> expanded = expandedValue(variable);
     if (request.json) {
-      all.push_back(jsonOf(variable, expanded));
+      all.push(jsonOf(variable, expanded));
     } else {
       output.line(escapeControls(variable.name) + '\t' + escapeControls(variable.value) + '\t' +
                   escapeControls(expanded.value_or("")) + '\t' + wordFor(variable.origin));
     }
   }
   if (request.json) {
-    output.json(all);
+    output.line(all.text());
   }
   return ExitCode::kDone;
 }

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "ltlib/ltlib.h"
 #include "ltreg/cli/failure.h"
@@ -171,7 +170,7 @@ std::string onOneLine(const Value& value) {
   return line.substr(0, line.size() - (line.empty() ? 0 : 1));
 }
 
-nlohmann::ordered_json jsonOf(const Value& value) {
+Json jsonOf(const Value& value) {
   if (value.inHex) {
     return hexDigits(value.data);
   }

@@ -3,11 +3,12 @@
 #define LTREG_REGISTRY_VALUE_H
 
 #include <cstddef>
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "ltreg/cli/json.h"
 
 namespace ltreg {
 
@@ -52,7 +53,7 @@ struct NamedValue {
 [[nodiscard]] std::string onOneLine(const Value& value);
 
 /// Text, number, array of texts, or hexadecimal digits as a text.
-[[nodiscard]] nlohmann::ordered_json jsonOf(const Value& value);
+[[nodiscard]] Json jsonOf(const Value& value);
 
 /// The bytes that set a value of this type, terminators included. Throws Failure for a number out
 /// of range, for an empty item of a list, for what are no hexadecimal digits, and for none or several

@@ -1,0 +1,48 @@
+// What the tool can be asked for: its verbs, and what each of them takes.
+//
+// The rows stand in commands/verbs.cpp. The parser and its help are made from them, and so is
+// whatever else tells of the verbs.
+#ifndef LTREG_CLI_VERB_H
+#define LTREG_CLI_VERB_H
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "ltreg/cli/request.h"
+
+namespace ltreg {
+
+/// An operand or an option of a verb.
+struct Parameter {
+  /// The field that takes it. By its type it is a flag, a number of seconds, a word, or any number
+  /// of words.
+  using Field = std::variant<bool Request::*, int Request::*, std::optional<std::string> Request::*,
+                             std::vector<std::string> Request::*>;
+
+  const char* name;  // of an operand in capitals, of an option with its dashes
+  const char* about;
+  Field field;
+  bool required = false;
+  /// What is wrong with a word; empty if nothing is.
+  std::string (*fault)(const std::string& word) = nullptr;
+};
+
+struct Verb {
+  const char* name;
+  const char* about;
+  Command command;
+  std::vector<Parameter> parameters;
+  const char* group = nullptr;  // the word that stands in front; its own row comes first
+  bool hidden = false;          // from the help: the tool alone asks for it
+};
+
+/// A row that is no verb, but the first word of several.
+[[nodiscard]] inline Verb verbGroup(const char* name, const char* about) {
+  return {name, about, nullptr, {}};
+}
+
+}  // namespace ltreg
+
+#endif  // LTREG_CLI_VERB_H

@@ -1,0 +1,92 @@
+#include "ltreg/commands/verbs.h"
+
+#include "ltreg/commands/commands.h"
+#include "ltreg/component/component_check.h"
+#include "ltreg/registry/value.h"
+
+namespace ltreg {
+namespace {
+
+constexpr bool kRequired = true;
+constexpr char kComponent[] = "component";
+
+std::string faultOfType(const std::string& word) {
+  return typeOfWord(word) ? std::string() : '\'' + word + "' is no type";
+}
+
+Parameter root(bool required) {
+  return {"ROOT", "A root, as HKLM", &Request::key, required};
+}
+
+// What several verbs take.
+const Parameter kKey{"KEY", "Where to look", &Request::key, kRequired};
+const Parameter kName{
+    "NAME", "The value; a key's default value is 'Default', in the operating system's registry ''",
+    &Request::name, kRequired};
+const Parameter kClass{"CLASS", "The class's identifier", &Request::clsid, kRequired};
+const Parameter kJson{"--json", "Write JSON", &Request::json};
+const Parameter kTimeout{"--timeout",
+                         "Seconds until a library that hangs is given up; 10 without it",
+                         &Request::timeout};
+
+}  // namespace
+
+std::vector<Verb> allVerbs() {
+  return {
+      {"list", "Sub-keys, and values with type and text", listKey, {kKey, kJson}},
+      {"tree", "A key and all below it", showTree, {kKey, kJson}},
+      {"get", "One value", getValue, {kKey, kName, kJson}},
+      {"set",
+       "Set a value and save",
+       setValue,
+       {kKey,
+        kName,
+        {"--type",
+         "The type; without it that of the present value, or else string. In store files there are"
+         " string, ulong, binary and list, in the operating system's registry expand, qword, none,"
+         " link and type-N as well",
+         &Request::type, !kRequired, faultOfType},
+        {"VALUE", "The value; for a list, any number of items", &Request::values}}},
+      {"delete",
+       "Delete a value, or a key, and save",
+       deleteEntry,
+       {kKey,
+        {"NAME", "The value; without it the key goes", &Request::name},
+        {"-r,--recursive", "Delete the sub-keys, too", &Request::recursive}}},
+      {"path", "The file that holds a root", showPath, {root(kRequired)}},
+      {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
+
+      {"expand",
+       "A text with its %NAME% references replaced",
+       expandText,
+       {{"TEXT", "The text", &Request::text, kRequired},
+        {"--trace", "Show each step", &Request::trace}}},
+      {"vars", "The configuration variables", showVariables, {kJson}},
+
+      verbGroup(kComponent, "The classes of component libraries"),
+      {"register",
+       "Enter a class with its library's file and save",
+       registerClass,
+       {kClass,
+        {"FILE", "The file; a relative one is made absolute", &Request::file, kRequired},
+        {"--as-is", "Enter FILE as it is written", &Request::asIs}},
+       kComponent},
+      {"unregister", "Delete the entry of a class and save", unregisterClass, {kClass}, kComponent},
+      {"list", "All classes with their libraries", listClasses, {kJson}, kComponent},
+      {"check",
+       "What is wrong with a class",
+       checkClass,
+       {kClass,
+        {"--create", "Create an object, too; only for components", &Request::create},
+        kTimeout},
+       kComponent},
+      {"probe",
+       "The part of the check that a process of its own carries out",
+       probeClass,
+       {kClass, {"--create", "", &Request::create}, kTimeout},
+       kComponent,
+       true},
+  };
+}
+
+}  // namespace ltreg
