@@ -25,7 +25,9 @@ constexpr char kFooter[] =
     "'ltreg COMMAND --help' tells about one command.";
 
 constexpr char kPlain = '\1';  // in front of a word that CLI11 must take as it is
+// The parser repeats a wrong word as a whole, however long it is.
 constexpr std::size_t kMostShown = 400;
+// A day: more is a mistyped number, and the clocks of both systems can count it.
 constexpr int kMostSeconds = 86400;
 
 // Lets the parser fill the field of a parameter.
@@ -48,6 +50,7 @@ void addParameter(CLI::App& command, Request& request, const Parameter& paramete
   std::visit(add, parameter.field);
 }
 
+// Each verb has them for itself, so that they may stand among its own words.
 // What every verb takes.
 void addCommonOptions(CLI::App& command, Request& request) {
   command.add_option("--store", request.store,
@@ -81,6 +84,7 @@ std::string unmarked(const std::string& word) {
 }
 
 std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
+  // The innermost verb that was understood, whose help is the one to read.
   std::string command = "ltreg";
   const CLI::App* innermost = &app;
   while (!innermost->get_subcommands().empty()) {

@@ -18,6 +18,7 @@ void demandDone(int result, const std::string& what) {
 }
 
 void complain(const std::string& message) {
+  // In one piece, so that the lines of tools that run side by side do not mix.
   const std::string line = "ltreg: " + message + '\n';
   std::fwrite(line.data(), 1, line.size(), stderr);
 }

@@ -4,6 +4,7 @@
 
 namespace ltreg {
 
+// A later write that goes well must not hide one that failed, as on a disk that was full for a moment.
 void Output::line(std::string_view text) {
   m_failed = m_failed || m_stream == nullptr ||
              std::fwrite(text.data(), 1, text.size(), m_stream) != text.size() ||

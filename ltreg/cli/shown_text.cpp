@@ -5,8 +5,10 @@
 namespace ltreg {
 namespace {
 
+// A name can be as long as a file; a message has to fit a screen.
 constexpr std::size_t kMostQuoted = 200;
 
+// The registry folds these letters alone; the C library would ask the locale.
 char lowered(char byte) {
   return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }

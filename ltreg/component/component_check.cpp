@@ -1,3 +1,4 @@
+// From the cheapest look to the dearest: the entry, the file, and only then a process that loads it.
 #include <chrono>
 #include <filesystem>
 #include <system_error>

@@ -1,3 +1,5 @@
+// This side of the check runs whatever the library does, and tells how far it came ahead of each step: what
+// came last before the end of the process is to blame.
 #include <chrono>
 #include <cstdio>
 #include <exception>

@@ -1,3 +1,5 @@
+// The headers are read byte by byte, since the system that the tool runs on has the structures of its own
+// format at most.
 #include "ltreg/component/library_header.h"
 
 #include <fstream>
@@ -49,6 +51,7 @@ std::string readPiece(std::ifstream& file, std::size_t start, std::size_t size) 
   return piece;
 }
 
+// Class, byte order, type and machine have the same places in files of 32 and of 64 bits.
 LibraryHeader parseElf(std::string_view bytes) {
   LibraryHeader header{.format = FileFormat::kElf};
   header.bits = byteAt(bytes, 4) == 2 ? 64 : 32;
@@ -58,6 +61,8 @@ LibraryHeader parseElf(std::string_view bytes) {
   return header;
 }
 
+// Places count from the signature: the file header's machine and characteristics, and the magic number
+// of the optional header, which tells the width.
 LibraryHeader parsePe(std::string_view bytes) {
   LibraryHeader header{.format = FileFormat::kPe};
   header.machine = pairAt(bytes, 4);
@@ -89,6 +94,7 @@ LibraryHeader readLibraryHeader(const std::filesystem::path& pathname) {
   if (!file || file.peek() == std::ifstream::traits_type::eof()) {
     return {.format = file.is_open() && !file.bad() ? FileFormat::kOther : FileFormat::kUnreadable};
   }
+  // Both formats are known by their first bytes; what a file is called says nothing.
   const std::string start = readPiece(file, 0, kPeStart + 4);
   if (start.starts_with("\x7F"
                         "ELF") &&

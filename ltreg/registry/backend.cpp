@@ -9,6 +9,7 @@ void bindStore(const std::string& store, enumRegRoot root) {
   if (store.empty()) {
     throw Failure(ExitCode::kBadInput, "--store names no file; give the pathname of a store file");
   }
+  // The library learns the file of a root from the environment alone, at its first touch of the root.
   if (!LTLib::Platform::setEnvironmentVariable(LTLib::registryRootName(root), store)) {
     throw Failure(ExitCode::kStoreFailed, "the environment has no room for the store's name");
   }
@@ -28,6 +29,7 @@ void chooseBackend(const Request& request) {
 
 Backend::Backend(const Request& request, enumRegRoot root) {
   if (request.store) {
+    // A manager has no state of its own: this one reaches the same trees as the instance of the process.
     static QSFileRegistryManager s_files;
     bindStore(*request.store, root);
     m_manager = &s_files;
@@ -37,6 +39,7 @@ Backend::Backend(const Request& request, enumRegRoot root) {
   if (m_manager == nullptr) {
     throw Failure(ExitCode::kStoreFailed, "the registry has ended already");
   }
+  // The backend is not asked for by name: --backend, the marker and the system have decided by now.
   m_onFiles = dynamic_cast<QSFileRegistryManager*>(m_manager) != nullptr;
 }
 

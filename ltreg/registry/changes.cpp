@@ -28,6 +28,7 @@ void putValue(Session& session, const std::string& path, const std::string& name
     demandForm(whyNoValueForm(type.type, words));
   }
   const int result = session.setValue(path, name, type.type, bytes);
+  // The checks above say in words what is wrong; the library tries each form out, and its word is last.
   if (session.onFiles() && result != kDone) {
     throw Failure(ExitCode::kBadInput,
                   "the key, name or value has no form in a store file from"

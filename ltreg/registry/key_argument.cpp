@@ -28,6 +28,7 @@ std::string tidyPath(std::string_view path) {
                                            " has an empty component; write one backslash between"
                                            " two components and none in front");
   }
+  // Typed by completion of a shell, or copied from where paths end so.
   path.remove_suffix(path.ends_with('\\') ? 1 : 0);
   return std::string(path);
 }

@@ -11,6 +11,7 @@ constexpr int kNoMoreItems = 259;
 constexpr int kSetValue = 2;  // the one right that changes of values need
 
 constexpr unsigned int kFirstSize = 256;
+// Room for the longest name of a value that the system takes: 16,383 characters, in UTF-8.
 constexpr unsigned int kMostSize = 1U << 16;
 
 // Collects names until `enumerate(index, buffer, size)` finds no more. A name that fills the whole
@@ -50,6 +51,7 @@ void dropTerminator(Value& value) {
 
 KeyHandle::KeyHandle(const Backend& backend, enumRegRoot root, const std::string& path, KeyUse use)
     : m_manager(backend.manager()), m_onFiles(backend.onFiles()) {
+  // Opening never makes anything on files, and the first value that is set makes all parents there.
   void* above = LTLib::predefinedRootHandle(root);
   const int access = use == KeyUse::kRead ? KEY_READ : kSetValue;
   m_failure = use == KeyUse::kMake && !m_onFiles
@@ -87,6 +89,7 @@ int KeyHandle::value(const std::string& name, Value& found) const {
   found.type = value.type;
   found.data = std::move(value.bytes);
   if (m_onFiles) {
+    // Some programs count the terminator in when they set a text, and the tree keeps what it is given.
     while ((isText(found.type) || found.type == REG_MULTI_SZ) && found.data.ends_with('\0')) {
       found.data.pop_back();
     }

@@ -22,6 +22,7 @@ std::optional<std::string> valueOf(const std::string& name) {
   return std::nullopt;
 }
 
+// Expansion gives one code for every failure, so that the reason is found from where it stopped.
 // What is wrong with the leftmost reference, at which an expansion ended.
 std::string whyNotExpanded(const std::string& text) {
   const std::size_t start = std::min(text.find('%'), text.size());
@@ -82,6 +83,7 @@ void demandPublicVariables() {
 }
 
 void loadVariables() {
+  // The first expansion reads config.dat and the public variables, whatever its text is.
   (void)expandReferences("");
 }
 

@@ -1,3 +1,4 @@
+// The order in which a root is opened: expand, lock, check, load. Each step relies on the one before.
 #include "ltreg/registry/session.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 namespace ltreg {
 namespace {
 
+// Complaints must not bury the data of a store with thousands of such lines.
 constexpr std::size_t kMostComplaints = 5;
 
 // The file backend enumerates neither the children of a root nor those of a key right below one.
@@ -22,6 +24,7 @@ bool contains(const std::vector<std::string>& names, std::string_view name) {
                      [&](const std::string& one) { return sameName(one, name); });
 }
 
+// What the backend does not enumerate comes from the report, which is of the very file that was loaded.
 std::vector<std::string> shallowSubKeys(const LTLib::StoreReport& report, const std::string& path) {
   std::vector<std::string> names;
   for (const LTLib::StoreTopKey& top : report.topKeys) {
@@ -56,6 +59,8 @@ Session::Session(const Request& request, KeyArgument& key, Access access)
 }
 
 void Session::openStore(Access access, bool quiet) {
+  // The guard comes ahead of the check: what another process saved between the two would be loaded
+  // unchecked, and what it saved after a load without the guard would be overwritten.
   m_pathname = m_backend.storeOf(m_root);
   try {
     m_guard = std::make_unique<LTLib::StoreGuard>(m_pathname);
@@ -73,6 +78,7 @@ void Session::openStore(Access access, bool quiet) {
   }
   // Any touch of the root loads the very text that was checked.
   (void)open("").subKeys();
+  // The tree is in memory: a reader whose output waits for its own reader must not keep writers out.
   if (access == Access::kRead) {
     m_guard.reset();
   }
@@ -149,6 +155,7 @@ std::vector<NamedValue> Session::values(const std::string& path) {
 }
 
 std::optional<Value> Session::value(const std::string& path, const std::string& name) {
+  // Every open succeeds on files, so that only the parents' lists tell whether a key is there.
   // Reading a value of an absent key would add that key to the tree.
   if (!keyExists(path)) {
     return std::nullopt;
@@ -171,6 +178,7 @@ int Session::deleteValue(const std::string& path, const std::string& name) {
 }
 
 int Session::deleteKey(const std::string& path) {
+  // By the root and the whole path: an open handle of the key itself would not be deleted through.
   return m_backend.manager().regDeleteKey(LTLib::predefinedRootHandle(m_root), path.c_str());
 }
 
@@ -182,6 +190,7 @@ void Session::save() {
 }
 
 void Session::throwAbsent(const std::string& what) const {
+  // A mistyped --store shows by its file, not by the key.
   const bool noFile = onFiles() && !m_report.exists;
   throw Failure(ExitCode::kAbsent,
                 what + " does not exist" +

@@ -1,3 +1,4 @@
+// Each message ends with what to do, since whoever reads it has a program that does not start.
 #include "ltreg/registry/store_messages.h"
 
 #include "ltreg/cli/shown_text.h"

@@ -93,6 +93,7 @@ std::string bytesOfHex(const std::string& word) {
   return bytes;
 }
 
+// Numbers lie in memory as the processor has them, in both backends and on both systems.
 template <class Number>
 Number asNumber(const std::string& bytes) {
   Number number = 0;
@@ -110,6 +111,7 @@ std::uint64_t numberOf(const Value& value) {
 std::string typeWord(const ValueType& type) {
   const auto* found = std::find_if(std::begin(kTypeNames), std::end(kTypeNames),
                                    [&](const TypeName& row) { return row.type == type.type; });
+  // A number of a wrong size is shown in digits, and "ulong" would promise a number.
   return found != std::end(kTypeNames) && !(type.inHex && isNumber(type.type))
              ? found->word
              : std::string(kNumbered) + std::to_string(type.type);
@@ -148,6 +150,7 @@ std::vector<std::string> itemsOf(const Value& value) {
   for (std::size_t start = 0; start < value.data.size();) {
     const std::size_t end = std::min(value.data.find('\0', start), value.data.size());
     items.push_back(value.data.substr(start, end - start));
+    // An item may lack its terminator where another program wrote the list.
     start = end + 1;
   }
   return items;

@@ -1,3 +1,5 @@
+// These rules say ahead of time, and in words, what the library would refuse without any. They are never
+// wider than its own: what slips through here is refused there.
 #include "ltreg/registry/value_form.h"
 
 #include "ltlib/ltlib.h"
