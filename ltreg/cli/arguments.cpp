@@ -27,7 +27,7 @@ constexpr char kFooter[] =
 constexpr char kPlain = '\1';  // in front of a word that CLI11 must take as it is
 // The parser repeats a wrong word as a whole, however long it is.
 constexpr std::size_t kMostShown = 400;
-// A day: more is a mistyped number, and the clocks of both systems can count it.
+// A day: more is a mistyped number.
 constexpr int kMostSeconds = 86400;
 
 // Lets the parser fill the field of a parameter.

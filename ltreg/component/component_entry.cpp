@@ -44,7 +44,6 @@ std::vector<ClassEntry> classesBelow(Session& session, const std::string& path) 
   for (const std::string& id : session.subKeys(path)) {
     std::string key = path;
     key.append("\\").append(id);
-    // Walked, not asked for by name: a query of a missing value would add to the tree.
     for (const NamedValue& each : session.values(key)) {
       if (each.value.type == REG_SZ && sameName(each.name, kLibraryValue)) {
         classes.push_back({id, each.value.data});

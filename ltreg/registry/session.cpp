@@ -178,7 +178,7 @@ int Session::deleteValue(const std::string& path, const std::string& name) {
 }
 
 int Session::deleteKey(const std::string& path) {
-  // By the root and the whole path: an open handle of the key itself would not be deleted through.
+  // By the root and the whole path, since the file backend opens nothing relative to an open key.
   return m_backend.manager().regDeleteKey(LTLib::predefinedRootHandle(m_root), path.c_str());
 }
 
