@@ -27,6 +27,11 @@ void putValue(Session& session, const std::string& path, const std::string& name
   if (session.onFiles()) {
     demandForm(whyNoValueForm(type.type, words));
   }
+  const std::optional<Value> present = session.value(path, name);
+  const Value wanted = asRead(type.type, bytes, session.onFiles());
+  if (present && present->type == wanted.type && present->data == wanted.data) {
+    return;
+  }
   const int result = session.setValue(path, name, type.type, bytes);
   // The checks above say in words what is wrong; the library tries each form out, and its word is last.
   if (session.onFiles() && result != kDone) {

@@ -13,8 +13,9 @@ namespace ltreg {
 /// one.
 void demandPlace(const Session& session, const std::string& path, const std::string& name);
 
-/// Sets a value, which has to keep its type if it is there in a store file. Throws Failure for words
-/// that make no value of the type, or none that a store file can hold.
+/// Sets a value, which has to keep its type if it is there in a store file; one that is there as it
+/// is to be is left alone. Throws Failure for words that make no value of the type, or none that a
+/// store file can hold.
 void putValue(Session& session, const std::string& path, const std::string& name,
               const ValueType& type, const std::vector<std::string>& words);
 

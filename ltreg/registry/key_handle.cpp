@@ -37,16 +37,6 @@ Names allNames(Enumerate enumerate) {
   }
 }
 
-// What others wrote may lack a terminator, and what stands behind the one is no terminator. A list
-// has one for each item and one more.
-void dropTerminator(Value& value) {
-  const bool isList = value.type == REG_MULTI_SZ;
-  if ((isText(value.type) && value.data.ends_with('\0')) ||
-      (isList && (value.data.ends_with(std::string_view("\0\0", 2)) || value.data.size() == 1))) {
-    value.data.pop_back();
-  }
-}
-
 }  // namespace
 
 KeyHandle::KeyHandle(const Backend& backend, enumRegRoot root, const std::string& path, KeyUse use)
@@ -86,17 +76,7 @@ int KeyHandle::value(const std::string& name, Value& found) const {
   }
   LTLib::RegistryValue value;
   const int result = m_manager.queryWholeValue(m_key, name.c_str(), value);
-  found.type = value.type;
-  found.data = std::move(value.bytes);
-  if (m_onFiles) {
-    // Some programs count the terminator in when they set a text, and the tree keeps what it is given.
-    while ((isText(found.type) || found.type == REG_MULTI_SZ) && found.data.ends_with('\0')) {
-      found.data.pop_back();
-    }
-  } else {
-    found.inHex = needsHex(found.type, found.data.size());
-    dropTerminator(found);
-  }
+  found = asRead(value.type, std::move(value.bytes), m_onFiles);
   return result;
 }
 

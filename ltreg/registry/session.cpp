@@ -170,20 +170,26 @@ std::optional<Value> Session::value(const std::string& path, const std::string& 
 
 int Session::setValue(const std::string& path, const std::string& name, unsigned int type,
                       const std::string& bytes) {
-  return open(path, KeyUse::kMake).setValue(name, type, bytes);
+  return noteChange(open(path, KeyUse::kMake).setValue(name, type, bytes));
 }
 
 int Session::deleteValue(const std::string& path, const std::string& name) {
-  return open(path, KeyUse::kChange).deleteValue(name);
+  return noteChange(open(path, KeyUse::kChange).deleteValue(name));
 }
 
 int Session::deleteKey(const std::string& path) {
   // By the root and the whole path, since the file backend opens nothing relative to an open key.
-  return m_backend.manager().regDeleteKey(LTLib::predefinedRootHandle(m_root), path.c_str());
+  return noteChange(
+      m_backend.manager().regDeleteKey(LTLib::predefinedRootHandle(m_root), path.c_str()));
+}
+
+int Session::noteChange(int result) {
+  m_changed = m_changed || result == kDone;
+  return result;
 }
 
 void Session::save() {
-  if (m_backend.manager().saveConfiguration(m_root) != 0) {
+  if (m_changed && m_backend.manager().saveConfiguration(m_root) != 0) {
     throw Failure(ExitCode::kStoreFailed,
                   escapeControls(LTLib::lastStoreFailure()) + "; it was left as it was");
   }

@@ -46,7 +46,8 @@ class Session {
   [[nodiscard]] int deleteValue(const std::string& path, const std::string& name);
   [[nodiscard]] int deleteKey(const std::string& path);
 
-  /// Throws Failure if that is impossible; the store file is then as it was.
+  /// Saves if anything was changed: a save of the same text would put the version before out of
+  /// reach. Throws Failure if that is impossible; the store file is then as it was.
   void save();
 
   /// Ends a command for a key or value that is not there.
@@ -56,6 +57,7 @@ class Session {
   void openStore(Access access, bool quiet);
   void complainOfWarnings() const;
   void complainOfKey(const std::string& path, int failure);
+  [[nodiscard]] int noteChange(int result);
   [[nodiscard]] KeyHandle open(const std::string& path, KeyUse use = KeyUse::kRead) const;
 
   Backend m_backend;
@@ -63,6 +65,7 @@ class Session {
   std::string m_pathname;  // empty unless the root lies in a store file
   std::unique_ptr<LTLib::StoreGuard> m_guard;
   LTLib::StoreReport m_report;
+  bool m_changed = false;
   bool m_sawAll = true;
   std::string m_unreadable;  // the last key that was complained of
 };

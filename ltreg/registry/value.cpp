@@ -145,6 +145,24 @@ bool needsHex(unsigned int type, std::size_t size) {
          !(type == REG_QWORD && size == 8);
 }
 
+Value asRead(unsigned int type, std::string bytes, bool onFiles) {
+  Value value{{type, !onFiles && needsHex(type, bytes.size())}, std::move(bytes)};
+  std::string& data = value.data;
+  const bool isList = type == REG_MULTI_SZ;
+  if (onFiles) {
+    // Some programs count the terminator in when they set a text, and the tree keeps what it is given.
+    while ((isText(type) || isList) && data.ends_with('\0')) {
+      data.pop_back();
+    }
+  } else if ((isText(type) && data.ends_with('\0')) ||
+             (isList && (data.ends_with(std::string_view("\0\0", 2)) || data.size() == 1))) {
+    // What others wrote may lack a terminator, and what stands behind the one is no terminator. A list
+    // has one for each item and one more.
+    data.pop_back();
+  }
+  return value;
+}
+
 std::vector<std::string> itemsOf(const Value& value) {
   std::vector<std::string> items;
   for (std::size_t start = 0; start < value.data.size();) {

@@ -46,6 +46,9 @@ struct NamedValue {
 /// Finds out whether the bytes are given in hexadecimal digits, as far as they do not lie in a file.
 [[nodiscard]] bool needsHex(unsigned int type, std::size_t size);
 
+/// The value that a backend's bytes are, or will be once they are set.
+[[nodiscard]] Value asRead(unsigned int type, std::string bytes, bool onFiles);
+
 /// The items of a list.
 [[nodiscard]] std::vector<std::string> itemsOf(const Value& value);
 
