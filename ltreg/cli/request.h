@@ -31,6 +31,7 @@ struct Request {
   bool trace = false;
   bool asIs = false;
   bool create = false;
+  bool literal = false;  // percent signs of KEY are no references
   bool quiet = false;  // leaves the warnings about the store to another process
   int timeout = 10;    // seconds
 };

@@ -51,6 +51,12 @@ std::string inQuotes(std::string_view text) {
   return '\'' + escapeControls(text.substr(0, kMostQuoted)) + (cut ? "...'" : "'");
 }
 
+std::string foldedName(std::string_view name) {
+  std::string folded(name);
+  std::transform(folded.begin(), folded.end(), folded.begin(), lowered);
+  return folded;
+}
+
 bool sameName(std::string_view one, std::string_view other) {
   return std::equal(one.begin(), one.end(), other.begin(), other.end(),
                     [](char a, char b) { return lowered(a) == lowered(b); });

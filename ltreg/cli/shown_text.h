@@ -16,6 +16,9 @@ namespace ltreg {
 /// The text for a message: in single quotes, escaped, and cut where it is very long.
 [[nodiscard]] std::string inQuotes(std::string_view text);
 
+/// The name with the ASCII letters in lower case, by which the registry tells names apart.
+[[nodiscard]] std::string foldedName(std::string_view name);
+
 /// Whether two names are equal but for the case of the ASCII letters.
 [[nodiscard]] bool sameName(std::string_view one, std::string_view other);
 

@@ -24,6 +24,7 @@ const Parameter kName{
     "NAME", "The value; a key's default value is 'Default', in the operating system's registry ''",
     &Request::name, kRequired};
 const Parameter kClass{"CLASS", "The class's identifier", &Request::clsid, kRequired};
+const Parameter kLiteral{"--literal", "Take percent signs in KEY as they are", &Request::literal};
 const Parameter kJson{"--json", "Write JSON", &Request::json};
 const Parameter kTimeout{"--timeout",
                          "Seconds until a library that hangs is given up; 10 without it",
@@ -33,9 +34,9 @@ const Parameter kTimeout{"--timeout",
 
 std::vector<Verb> allVerbs() {
   return {
-      {"list", "Sub-keys, and values with type and text", listKey, {kKey, kJson}},
-      {"tree", "A key and all below it", showTree, {kKey, kJson}},
-      {"get", "One value", getValue, {kKey, kName, kJson}},
+      {"list", "Sub-keys, and values with type and text", listKey, {kKey, kJson, kLiteral}},
+      {"tree", "A key and all below it", showTree, {kKey, kJson, kLiteral}},
+      {"get", "One value", getValue, {kKey, kName, kJson, kLiteral}},
       {"set",
        "Set a value and save",
        setValue,
@@ -46,13 +47,15 @@ std::vector<Verb> allVerbs() {
          " string, ulong, binary and list, in the operating system's registry expand, qword, none,"
          " link and type-N as well",
          &Request::type, !kRequired, faultOfType},
-        {"VALUE", "The value; for a list, any number of items", &Request::values}}},
+        {"VALUE", "The value; for a list, any number of items", &Request::values},
+        kLiteral}},
       {"delete",
        "Delete a value, or a key, and save",
        deleteEntry,
        {kKey,
         {"NAME", "The value; without it the key goes", &Request::name},
-        {"-r,--recursive", "Delete the sub-keys, too", &Request::recursive}}},
+        {"-r,--recursive", "Delete the sub-keys, too", &Request::recursive},
+        kLiteral}},
       {"path", "The file that holds a root", showPath, {root(kRequired)}},
       {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
 

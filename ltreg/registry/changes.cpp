@@ -12,6 +12,16 @@ void demandForm(const std::string& whyNot) {
   }
 }
 
+// The enumerators have room for fewer bytes than this, and end at a name that does not fit.
+constexpr std::size_t kLongName = 200;
+
+void warnOfLongName(const std::string& name) {
+  if (name.size() >= kLongName) {
+    complain("warning: the name " + inQuotes(name) + " has " + std::to_string(name.size()) +
+             " bytes; programs that go through its key stop there, and miss what is behind it");
+  }
+}
+
 }  // namespace
 
 void demandPlace(const Session& session, const std::string& path, const std::string& name) {
@@ -19,6 +29,8 @@ void demandPlace(const Session& session, const std::string& path, const std::str
     demandForm(whyNoKeyForm(path));
     demandForm(whyNoNameForm(name));
   }
+  warnOfLongName(std::string(lastComponent(path)));
+  warnOfLongName(name);
 }
 
 void putValue(Session& session, const std::string& path, const std::string& name,

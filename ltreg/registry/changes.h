@@ -10,7 +10,7 @@
 namespace ltreg {
 
 /// Throws Failure for a key and a value's name that a store file cannot hold, if they are to lie in
-/// one.
+/// one, and complains of names that are too long for programs to enumerate.
 void demandPlace(const Session& session, const std::string& path, const std::string& name);
 
 /// Sets a value, which has to keep its type if it is there in a store file; one that is there as it

@@ -54,9 +54,17 @@ KeyArgument parseKey(std::string_view text) {
   return key;
 }
 
-// Without a reference the variables are left alone, and with them the store that they lie in.
 std::string expandPath(const std::string& path) {
-  return path.find('%') == std::string::npos ? path : tidyPath(expandReferences(path));
+  std::string expanded;
+  try {
+    expanded = expandReferences(path);
+  } catch (const Failure& failure) {
+    const bool hasHint = failure.code() == ExitCode::kBadInput;
+    throw Failure(failure.code(),
+                  std::string(failure.what()) +
+                      (hasHint ? "; --literal takes percent signs in KEY as they are" : ""));
+  }
+  return tidyPath(expanded);
 }
 
 std::string fullName(enumRegRoot root, std::string_view path) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <unordered_set>
 
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/registry/references.h"
@@ -39,13 +40,14 @@ std::vector<std::string> shallowSubKeys(const LTLib::StoreReport& report, const 
 
 }  // namespace
 
+// Without a reference the variables are left alone, and with them the store that they lie in.
 // The first expansion loads the machine root. Where that is the root to work on, its store is first
 // locked and checked; for any other root it is over before that root's lock is taken, so that no
 // process waits for the one store while it holds the other.
 Session::Session(const Request& request, KeyArgument& key, Access access)
     : m_backend(request, key.root), m_root(key.root) {
   const bool holdsVariables = m_root == REG_ROOT_LOCAL_MACHINE;
-  const bool hasReferences = key.path.find('%') != std::string::npos;
+  const bool hasReferences = key.path.find('%') != std::string::npos && !request.literal;
   if (hasReferences && !holdsVariables) {
     demandPublicVariables();
     key.path = expandPath(key.path);
@@ -53,7 +55,7 @@ Session::Session(const Request& request, KeyArgument& key, Access access)
   if (onFiles()) {
     openStore(access, request.quiet);
   }
-  if (holdsVariables) {
+  if (hasReferences && holdsVariables) {
     key.path = expandPath(key.path);
   }
 }
@@ -140,7 +142,13 @@ std::vector<NamedValue> Session::values(const std::string& path) {
   Names found = key.valueNames();
   complainOfKey(path, found.failure);
   std::vector<NamedValue> values;
+  std::unordered_set<std::string> seen;
   for (std::string& name : found.names) {
+    if (!seen.insert(foldedName(name)).second) {
+      complain("warning: the key " + inQuotes(fullName(m_root, path)) + " holds the value " +
+               inQuotes(name) + " more than once; programs read the first");
+      continue;
+    }
     NamedValue value{std::move(name), {}};
     const int failure = key.value(value.name, value.value);
     if (failure == kDone) {

@@ -32,7 +32,8 @@ class Session {
   [[nodiscard]] bool keyExists(const std::string& path);
   [[nodiscard]] std::optional<Value> value(const std::string& path, const std::string& name);
 
-  // These give what can be read of a key, and complain of what cannot. On files an absent key has
+  // These give what can be read of a key, and complain of what cannot, and of values whose name
+  // stands there already. On files an absent key has
   // no sub-keys and no values. Requires of the operating system's registry: the key is there.
   [[nodiscard]] std::vector<std::string> subKeys(const std::string& path);
   [[nodiscard]] std::vector<NamedValue> values(const std::string& path);
