@@ -22,8 +22,11 @@ constexpr char kAbout[] =
 constexpr char kFooter[] =
     "\nExit codes: 0 done, 1 absent, 2 wrong usage, 3 bad input, 4 the store or its lock failed.\n"
     "Data goes to standard output, everything else to standard error.\n"
-    "'ltreg COMMAND --help' tells about one command.";
+    "'ltreg help COMMAND' tells about one command.";
 
+constexpr char kHelp[] = "help";
+constexpr char kStoreOption[] = "--store";
+constexpr char kBackendOption[] = "--backend";
 constexpr char kPlain = '\1';  // in front of a word that CLI11 must take as it is
 // The parser repeats a wrong word as a whole, however long it is.
 constexpr std::size_t kMostShown = 400;
@@ -53,10 +56,10 @@ void addParameter(CLI::App& command, Request& request, const Parameter& paramete
 // Each verb has them for itself, so that they may stand among its own words.
 // What every verb takes.
 void addCommonOptions(CLI::App& command, Request& request) {
-  command.add_option("--store", request.store,
+  command.add_option(kStoreOption, request.store,
                      "The store file of the root, whatever the environment says");
   command
-      .add_option("--backend", request.backend,
+      .add_option(kBackendOption, request.backend,
                   "Where roots lie, whatever programs go by: in store files, or in the operating"
                   " system's registry")
       ->check(CLI::IsMember(std::set<std::string>{kFileBackend, kSystemBackend}));
@@ -105,14 +108,52 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
          (unexpected ? "; words of your own that begin with '-' go behind '--')" : ")");
 }
 
+// Whether an option is followed by a word of its own, with whatever verb it may go.
+bool takesWord(const std::string& option, const std::vector<Verb>& verbs) {
+  const auto takes = [&](const Parameter& parameter) {
+    return parameter.name == option && !std::holds_alternative<bool Request::*>(parameter.field);
+  };
+  return option == kStoreOption || option == kBackendOption ||
+         std::any_of(verbs.begin(), verbs.end(), [&](const Verb& verb) {
+           return std::any_of(verb.parameters.begin(), verb.parameters.end(), takes);
+         });
+}
+
+bool isGroup(const std::string& word, const std::vector<Verb>& verbs) {
+  return std::any_of(verbs.begin(), verbs.end(), [&](const Verb& verb) {
+    return verb.command == nullptr && verb.name == word;
+  });
+}
+
+// Brings options that stand ahead of the verb behind it, where the parser knows them, and reads
+// 'help VERB' as 'VERB --help'. A lone --help or --version is about the tool and stays.
+std::vector<std::string> verbFirst(std::vector<std::string> words, const std::vector<Verb>& verbs) {
+  std::vector<std::string> options;
+  std::size_t at = 0;
+  while (at < words.size() && words[at].starts_with('-') && words[at] != "--") {
+    const bool both = takesWord(words[at], verbs) && at + 1 < words.size();
+    for (std::size_t end = at + (both ? 2 : 1); at < end; ++at) {
+      options.push_back(words[at]);
+    }
+  }
+  if (at < words.size() && words[at] == kHelp) {
+    ++at;
+    options.emplace_back("--help");
+  }
+  words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(at));
+  const std::size_t verbWords = words.empty() ? 0 : isGroup(words[0], verbs) ? 2 : 1;
+  words.insert(words.begin() + static_cast<std::ptrdiff_t>(std::min(verbWords, words.size())),
+               options.begin(), options.end());
+  return words;
+}
+
 // Marks the words that CLI11 would read as more than plain words: those behind "--", and those
 // that begin like its own notations for several values. The last word comes first, as it wants.
-std::vector<std::string> markPlainWords(int count, const char* const* words) {
+std::vector<std::string> markPlainWords(const std::vector<std::string>& words) {
   constexpr std::string_view kNotations("[{%\1", 4);
   std::vector<std::string> marked;
   bool allPlain = false;
-  for (int i = 1; i < count; ++i) {
-    const std::string word = words[i];
+  for (const std::string& word : words) {
     if (!allPlain && word == "--") {
       allPlain = true;
     } else {
@@ -159,7 +200,7 @@ Invocation parseArguments(int count, const char* const* words, const std::vector
     addVerb(app, asked, verb);
   }
   try {
-    app.parse(markPlainWords(count, words));
+    app.parse(markPlainWords(verbFirst({words + 1, words + count}, verbs)));
     unmark(asked.request);
     demandOneBackend(asked.request);
   } catch (const CLI::CallForHelp&) {

@@ -129,6 +129,8 @@ TEST_F(LtregValues, TellsWrongUsageAndAboutItself) {
   contains(run("--version").output, {"ltreg "});
   contains(run("--help").output, {"Exit codes", "\n  expand "});
   contains(run("set --help --backend os").output, {"--store", "NAME"});
+  contains(run("help component check").output, {"CLASS", "--create"});
+  shows("--backend file --json get @ n", R"({"name": "n","type": "ulong","value": 1})", kOne);
 }
 
 TEST_F(LtregValues, RefusesTheRegistryThatTheSystemDoesNotHave) {
