@@ -19,16 +19,20 @@ inline constexpr char kSystemBackend[] = "os";
 struct Request {
   std::optional<std::string> key;      // KEY or ROOT
   std::optional<std::string> name;     // NAME
-  std::optional<std::string> text;     // TEXT
+  std::optional<std::string> text;     // TEXT, PATTERN
   std::optional<std::string> clsid;    // CLASS
   std::optional<std::string> file;     // FILE
   std::optional<std::string> type;     // --type
+  std::optional<std::string> places;   // --in
   std::vector<std::string> values;     // VALUE...
   std::optional<std::string> store;    // --store
   std::optional<std::string> backend;  // --backend
   bool json = false;
   bool recursive = false;
   bool trace = false;
+  bool glob = false;
+  bool regex = false;
+  bool ignoreCase = false;
   bool asIs = false;
   bool create = false;
   bool literal = false;  // percent signs of KEY are no references

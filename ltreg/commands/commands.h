@@ -9,6 +9,7 @@ namespace ltreg {
 ExitCode listKey(const Request& request, Output& output);
 ExitCode showTree(const Request& request, Output& output);
 ExitCode getValue(const Request& request, Output& output);
+ExitCode findEntries(const Request& request, Output& output);
 ExitCode showPath(const Request& request, Output& output);
 
 ExitCode setValue(const Request& request, Output& output);

@@ -1,23 +1,13 @@
-#include "ltreg/cli/json.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
-#include "ltreg/registry/key_argument.h"
+#include "ltreg/commands/read_key.h"
 #include "ltreg/registry/key_walk.h"
-#include "ltreg/registry/session.h"
-#include "ltreg/registry/value.h"
 
 namespace ltreg {
 namespace {
 
 std::string lineOf(const NamedValue& value) {
   return typeWord(value.value) + '\t' + escapeControls(value.name) + '\t' + onOneLine(value.value);
-}
-
-Json jsonOf(const NamedValue& value) {
-  return Json()
-      .with("name", value.name)
-      .with("type", typeWord(value.value))
-      .with("value", jsonOf(value.value));
 }
 
 Json jsonOf(const std::vector<NamedValue>& values) {
@@ -27,29 +17,6 @@ Json jsonOf(const std::vector<NamedValue>& values) {
   }
   return all;
 }
-
-// Opens the root of the request's key and makes sure that the key is there.
-class ReadKey {
- public:
-  explicit ReadKey(const Request& request)
-      : m_key(parseKey(*request.key)), m_session(request, m_key, Access::kRead) {
-    if (!m_session.keyExists(m_key.path)) {
-      m_session.throwAbsent("the key " + inQuotes(name()));
-    }
-  }
-
-  [[nodiscard]] Session& session() { return m_session; }
-  [[nodiscard]] ExitCode outcome() const {
-    return m_session.sawAll() ? ExitCode::kDone : ExitCode::kStoreFailed;
-  }
-  [[nodiscard]] const std::string& path() const { return m_key.path; }
-  [[nodiscard]] enumRegRoot root() const { return m_key.root; }
-  [[nodiscard]] std::string name() const { return fullName(m_key.root, m_key.path); }
-
- private:
-  KeyArgument m_key;
-  Session m_session;
-};
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "ltreg/commands/verbs.h"
 
+#include <sstream>
+
 #include "ltreg/commands/commands.h"
 #include "ltreg/component/component_check.h"
 #include "ltreg/registry/value.h"
@@ -12,6 +14,17 @@ constexpr char kComponent[] = "component";
 
 std::string faultOfType(const std::string& word) {
   return typeOfWord(word) ? std::string() : '\'' + word + "' is no type";
+}
+
+// Words parted by commas.
+std::string faultOfPlaces(const std::string& words) {
+  std::istringstream rest(words);
+  for (std::string word; std::getline(rest, word, ',');) {
+    if (word != "keys" && word != "names" && word != "values") {
+      return '\'' + word + "' is none of keys, names and values";
+    }
+  }
+  return {};
 }
 
 Parameter root(bool required) {
@@ -37,6 +50,19 @@ std::vector<Verb> allVerbs() {
       {"list", "Sub-keys, and values with type and text", listKey, {kKey, kJson, kLiteral}},
       {"tree", "A key and all below it", showTree, {kKey, kJson, kLiteral}},
       {"get", "One value", getValue, {kKey, kName, kJson, kLiteral}},
+      {"find",
+       "Keys, names and values that match a pattern",
+       findEntries,
+       {kKey,
+        {"PATTERN", "A part of the text to find", &Request::text, kRequired},
+        {"--glob", "PATTERN is all of it, with * and ? for any characters", &Request::glob},
+        {"--regex", "PATTERN is a regular expression", &Request::regex},
+        {"--in", "Where to look: keys, names, values, or several with commas", &Request::places,
+         !kRequired, faultOfPlaces},
+        {"--type", "Values of this type alone", &Request::type, !kRequired, faultOfType},
+        {"-i,--ignore-case", "Take the letters A to Z for a to z", &Request::ignoreCase},
+        kJson,
+        kLiteral}},
       {"set",
        "Set a value and save",
        setValue,

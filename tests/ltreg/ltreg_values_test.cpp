@@ -116,6 +116,47 @@ TEST_F(LtregValues, Deletes) {
   fails(2, "delete @ n -r", "--recursive deletes keys", kOne);
 }
 
+TEST_F(LtregValues, Finds) {
+  const std::string text = "[A\\B]\n\"n\"=ulong:17\n\"T\"=string:\"Hello, b\"\n\n";
+  const std::string number = "ulong\tHKEY_LOCAL_MACHINE\\A\\B\tn\t17\n";
+  const std::string title = "string\tHKEY_LOCAL_MACHINE\\A\\B\tT\tHello, b\n";
+  const std::string key = "key\tHKEY_LOCAL_MACHINE\\A\\B\n";
+  shows("find HKLM b -i", key + title, text);
+  shows("find @ 7", number, text);
+  shows("find HKLM b --in keys,values", title, text);
+  shows("find HKLM h*B --glob -i", title, text);
+  shows("find HKLM ? --glob --in names", number + title, text);
+  shows("find HKLM ^1.$ --regex --type ulong", number, text);
+  shows("find HKLM B --json", R"([{"key": "HKEY_LOCAL_MACHINE\\A\\B"}])", text);
+  EXPECT_EQ(run("find HKLM x").exitCode, 1);
+  EXPECT_EQ(run("find HKLM h*b* --glob").exitCode, 1);
+  fails(3, "find HKLM ( --regex", "is no regular expression", text);
+  fails(2, "find HKLM x --in file", "'file' is none of", text);
+  fails(2, "find HKLM x --glob --regex", "exclude one another", text);
+  fails(0, "find HKLM x+$ --regex", "too long for --regex",
+        holding("\"n\"=string:\"" + std::string(10001, 'x') + "\"\n\"s\"=string:\"x\""),
+        "string\tHKEY_LOCAL_MACHINE\\A\\B\ts\tx\n");
+}
+
+TEST_F(LtregValues, TakesPercentSignsAsTheyAreWhenAsked) {
+  const std::string text = "[%Nix%\\B]\n\"n\"=ulong:1\n\n";
+  fails(3, "get HKLM\\%Nix%\\B n", "--literal", text);
+  shows("get HKLM\\%Nix%\\B n --literal", "1\n", text);
+  changes("delete HKLM\\%Nix% -r --literal", text, "");
+}
+
+TEST_F(LtregValues, ShowsOfTwoOfANameTheOneThatProgramsRead) {
+  fails(0, "list @", "holds the value 'N' more than once", holding("\"n\"=ulong:1\n\"N\"=ulong:2"),
+        "ulong\tn\t1\n");
+}
+
+TEST_F(LtregValues, LeavesTheFilesAloneWhereNothingChanges) {
+  const std::string text = "# a note\n[A\\B]\n\"s\"=dir:\"x\"\n\"l\"=liststring:\"a\",\"b\"\n";
+  changes("set @ s x", text, text);
+  changes("set @ l a b", text, text);
+  EXPECT_EQ(m_folder.names(), (std::vector<std::string>{kStore, "qsconfig.dat"}));
+}
+
 TEST_F(LtregValues, TellsWrongUsageAndAboutItself) {
   fails(2, "", "ltreg --help", kOne);
   fails(2, "frobnicate", "'frobnicate' is no command", kOne);
