@@ -166,8 +166,9 @@ std::vector<std::string> markPlainWords(const std::vector<std::string>& words) {
 }
 
 void unmark(Request& request) {
-  for (std::optional<std::string>* word : {&request.key, &request.name, &request.text,
-                                           &request.clsid, &request.file, &request.store}) {
+  for (std::optional<std::string>* word :
+       {&request.key, &request.target, &request.name, &request.text, &request.clsid, &request.file,
+        &request.store}) {
     if (*word) {
       *word = unmarked(**word);
     }

@@ -18,6 +18,7 @@ inline constexpr char kSystemBackend[] = "os";
 /// The arguments of all commands; each uses those that belong to it, as they were given.
 struct Request {
   std::optional<std::string> key;      // KEY or ROOT
+  std::optional<std::string> target;   // the second KEY
   std::optional<std::string> name;     // NAME
   std::optional<std::string> text;     // TEXT, PATTERN
   std::optional<std::string> clsid;    // CLASS
@@ -36,8 +37,8 @@ struct Request {
   bool asIs = false;
   bool create = false;
   bool literal = false;  // percent signs of KEY are no references
-  bool quiet = false;  // leaves the warnings about the store to another process
-  int timeout = 10;    // seconds
+  bool quiet = false;    // leaves the warnings about the store to another process
+  int timeout = 10;      // seconds
 };
 
 /// Carries a request out. Throws Failure, and what the library throws.

@@ -13,6 +13,8 @@ ExitCode findEntries(const Request& request, Output& output);
 ExitCode showPath(const Request& request, Output& output);
 
 ExitCode setValue(const Request& request, Output& output);
+ExitCode copyKey(const Request& request, Output& output);
+ExitCode renameEntry(const Request& request, Output& output);
 ExitCode deleteEntry(const Request& request, Output& output);
 
 ExitCode checkStores(const Request& request, Output& output);

@@ -4,7 +4,6 @@
 #include "ltreg/commands/commands.h"
 #include "ltreg/registry/changes.h"
 #include "ltreg/registry/key_argument.h"
-#include "ltreg/registry/key_walk.h"
 #include "ltreg/registry/session.h"
 #include "ltreg/registry/value.h"
 
@@ -24,11 +23,6 @@ ValueType typeToSet(const Session& session, const Request& request,
     throw Failure(ExitCode::kBadInput, "a store file holds no values of the type " +
                                            inQuotes(*request.type) +
                                            ", but string, ulong, binary and list");
-  }
-  if (present && present->type != type.type) {
-    throw Failure(ExitCode::kBadInput,
-                  "the value " + inQuotes(*request.name) + " is a " + typeWord(*present) +
-                      " and would stay one; delete it first, or leave --type out");
   }
   return type;
 }
@@ -54,11 +48,7 @@ void deleteWholeKey(Session& session, const KeyArgument& key, bool recursive) {
     throw Failure(ExitCode::kBadInput,
                   "the key " + inQuotes(name) + " has sub-keys; --recursive deletes them, too");
   }
-  std::vector<std::string> doomed;
-  walkKeys(session, key.path, [&](const std::string& path) { doomed.push_back(path); });
-  for (auto path = doomed.rbegin(); path != doomed.rend(); ++path) {
-    demandDone(session.deleteKey(*path), "deleting the key " + inQuotes(fullName(key.root, *path)));
-  }
+  deleteBranch(session, key);
 }
 
 }  // namespace

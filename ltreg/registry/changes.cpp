@@ -1,6 +1,7 @@
 #include "ltreg/registry/changes.h"
 
 #include "ltreg/cli/shown_text.h"
+#include "ltreg/registry/key_walk.h"
 #include "ltreg/registry/value_form.h"
 
 namespace ltreg {
@@ -22,6 +23,28 @@ void warnOfLongName(const std::string& name) {
   }
 }
 
+// The checks ahead of this say in words what has no form in a store file; the library tries each form
+// out, and its word is last.
+void putBytes(Session& session, const std::string& path, const std::string& name,
+              const Value& wanted, const std::string& bytes) {
+  const std::optional<Value> present = session.value(path, name);
+  if (present && present->type == wanted.type && present->data == wanted.data) {
+    return;
+  }
+  if (session.onFiles() && present && present->type != wanted.type) {
+    throw Failure(ExitCode::kBadInput, "the value " + inQuotes(name) + " is a " +
+                                           typeWord(*present) +
+                                           " and would stay one; delete it first");
+  }
+  const int result = session.setValue(path, name, wanted.type, bytes);
+  if (session.onFiles() && result != kDone) {
+    throw Failure(ExitCode::kBadInput,
+                  "the value " + inQuotes(name) + " of the key " + inQuotes(path) +
+                      " has no form in a store file from which it would come back as it is");
+  }
+  demandDone(result, "setting the value " + inQuotes(name));
+}
+
 }  // namespace
 
 void demandPlace(const Session& session, const std::string& path, const std::string& name) {
@@ -39,25 +62,26 @@ void putValue(Session& session, const std::string& path, const std::string& name
   if (session.onFiles()) {
     demandForm(whyNoValueForm(type.type, words));
   }
-  const std::optional<Value> present = session.value(path, name);
-  const Value wanted = asRead(type.type, bytes, session.onFiles());
-  if (present && present->type == wanted.type && present->data == wanted.data) {
-    return;
-  }
-  const int result = session.setValue(path, name, type.type, bytes);
-  // The checks above say in words what is wrong; the library tries each form out, and its word is last.
-  if (session.onFiles() && result != kDone) {
-    throw Failure(ExitCode::kBadInput,
-                  "the key, name or value has no form in a store file from"
-                  " which it would come back as it is");
-  }
-  demandDone(result, "setting the value " + inQuotes(name));
+  putBytes(session, path, name, asRead(type.type, bytes, session.onFiles()), bytes);
+}
+
+void putCopy(Session& session, const std::string& path, const NamedValue& value) {
+  demandPlace(session, path, value.name);
+  putBytes(session, path, value.name, value.value, bytesOf(value.value));
 }
 
 void eraseValue(Session& session, const std::string& path, const std::string& name) {
   demandDone(session.deleteValue(path, name), "deleting the value " + inQuotes(name));
   // A store may hold further values of that name, which would come to light now.
   while (session.onFiles() && session.deleteValue(path, name) == kDone) {
+  }
+}
+
+void deleteBranch(Session& session, const KeyArgument& key) {
+  std::vector<std::string> doomed;
+  walkKeys(session, key.path, [&](const std::string& path) { doomed.push_back(path); });
+  for (auto path = doomed.rbegin(); path != doomed.rend(); ++path) {
+    demandDone(session.deleteKey(*path), "deleting the key " + inQuotes(fullName(key.root, *path)));
   }
 }
 

@@ -19,8 +19,15 @@ void demandPlace(const Session& session, const std::string& path, const std::str
 void putValue(Session& session, const std::string& path, const std::string& name,
               const ValueType& type, const std::vector<std::string>& words);
 
+/// Sets a value as it was read from another place. Throws Failure where a store file cannot hold it
+/// there, or holds a value of that name and of another type.
+void putCopy(Session& session, const std::string& path, const NamedValue& value);
+
 /// Deletes all values of that name. Requires: there is one.
 void eraseValue(Session& session, const std::string& path, const std::string& name);
+
+/// Deletes a key and all below it, children first. Requires: it is there.
+void deleteBranch(Session& session, const KeyArgument& key);
 
 }  // namespace ltreg
 

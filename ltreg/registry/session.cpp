@@ -176,6 +176,13 @@ std::optional<Value> Session::value(const std::string& path, const std::string& 
   return failure == kDone ? std::optional(std::move(found)) : std::nullopt;
 }
 
+void Session::makeKey(const std::string& path) {
+  if (!onFiles() && !path.empty()) {
+    demandDone(noteChange(open(path, KeyUse::kMake).failure()),
+               "making the key " + inQuotes(fullName(m_root, path)));
+  }
+}
+
 int Session::setValue(const std::string& path, const std::string& name, unsigned int type,
                       const std::string& bytes) {
   return noteChange(open(path, KeyUse::kMake).setValue(name, type, bytes));

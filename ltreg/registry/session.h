@@ -41,6 +41,10 @@ class Session {
   /// Whether nothing was complained of in that way.
   [[nodiscard]] bool sawAll() const { return m_sawAll; }
 
+  /// Makes a key that may hold no value, where that is possible; on files a key comes with its first
+  /// value. Throws Failure where the registry refuses.
+  void makeKey(const std::string& path);
+
   // These give the manager's numbers: 0 is done.
   [[nodiscard]] int setValue(const std::string& path, const std::string& name, unsigned int type,
                              const std::string& bytes);

@@ -163,6 +163,13 @@ Value asRead(unsigned int type, std::string bytes, bool onFiles) {
   return value;
 }
 
+std::string bytesOf(const Value& value) {
+  if (value.type == REG_MULTI_SZ) {
+    return bytesOfList(itemsOf(value));
+  }
+  return isText(value.type) ? value.data + '\0' : value.data;
+}
+
 std::vector<std::string> itemsOf(const Value& value) {
   std::vector<std::string> items;
   for (std::size_t start = 0; start < value.data.size();) {

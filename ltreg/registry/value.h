@@ -49,6 +49,9 @@ struct NamedValue {
 /// The value that a backend's bytes are, or will be once they are set.
 [[nodiscard]] Value asRead(unsigned int type, std::string bytes, bool onFiles);
 
+/// The bytes by which the value is set again, terminators included.
+[[nodiscard]] std::string bytesOf(const Value& value);
+
 /// The items of a list.
 [[nodiscard]] std::vector<std::string> itemsOf(const Value& value);
 

@@ -157,6 +157,28 @@ TEST_F(LtregValues, LeavesTheFilesAloneWhereNothingChanges) {
   EXPECT_EQ(m_folder.names(), (std::vector<std::string>{kStore, "qsconfig.dat"}));
 }
 
+TEST_F(LtregValues, CopiesAndRenames) {
+  const std::string below = "[A\\B\\C]\n\"l\"=liststring:\"x\"\n\"d\"=dir:\"y\"\n\n";
+  const std::string text = kOne + below;
+  const std::string copied = "[X\\C]\n\"l\"=liststring:\"x\"\n\"d\"=string:\"y\"\n\n";
+  changes("copy HKLM\\A\\B HKLM\\X\\B", kOne, std::string(kOne) + "[X\\B]\n\"n\"=ulong:1\n\n");
+  changes("copy @ HKLM\\A\\B\\D", kOne, std::string(kOne) + "[A\\B\\D]\n\"n\"=ulong:1\n\n");
+  changes("copy HKLM\\A\\B\\C HKLM\\X\\C", text, text + copied);
+  changes("rename @ b", kOne, "[A\\b]\n\"n\"=ulong:1\n\n");
+  changes("rename HKLM\\A X", kOne, "[X\\B]\n\"n\"=ulong:1\n\n");
+  changes("rename @ n N", kOne, holding("\"N\"=ulong:1"));
+  changes("rename @ n m", holding("\"n\"=ulong:1\n\"x\"=ulong:2"),
+          holding("\"x\"=ulong:2\n\"m\"=ulong:1"));
+  fails(3, "copy @ HKLM\\A\\B\\C", "a key 'HKEY_LOCAL_MACHINE\\A\\B\\C' already", text);
+  fails(3, "copy @ HKLM\\X", "right below its root", text);
+  fails(1, "copy HKLM\\Z HKLM\\X\\Y", "does not exist", text);
+  fails(3, "rename HKLM\\A\\B\\C l D", "a value 'D' already", text);
+  fails(1, "rename @ x y", "the value 'x'", text);
+  fails(3, "rename @ x\\y", "no name of a key", text);
+  fails(3, "rename HKLM x", "a root cannot be renamed", text);
+  fails(2, "rename @ a b c", "takes a key", text);
+}
+
 TEST_F(LtregValues, TellsWrongUsageAndAboutItself) {
   fails(2, "", "ltreg --help", kOne);
   fails(2, "frobnicate", "'frobnicate' is no command", kOne);
