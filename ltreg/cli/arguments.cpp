@@ -168,7 +168,7 @@ std::vector<std::string> markPlainWords(const std::vector<std::string>& words) {
 void unmark(Request& request) {
   for (std::optional<std::string>* word :
        {&request.key, &request.target, &request.name, &request.text, &request.clsid, &request.file,
-        &request.store}) {
+        &request.fallback, &request.store}) {
     if (*word) {
       *word = unmarked(**word);
     }

@@ -25,6 +25,12 @@ void Json::push(Json element) {
   m_value->push_back(std::move(*element.m_value));
 }
 
+Json Json::first() && {
+  Json element;
+  *element.m_value = std::move(m_value->front());
+  return element;
+}
+
 Json Json::with(const char* name, Json value) && {
   (*m_value)[name] = std::move(*value.m_value);
   return std::move(*this);

@@ -28,6 +28,9 @@ class Json {
   /// Requires: this is an array.
   void push(Json element);
 
+  /// The first element. Requires: this is an array and has one.
+  [[nodiscard]] Json first() &&;
+
   /// The object with one more member at its end; null becomes an object.
   [[nodiscard]] Json with(const char* name, Json value) &&;
 

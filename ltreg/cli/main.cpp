@@ -18,6 +18,7 @@ ExitCode run(int count, const char* const* words, std::FILE* data) {
   ExitCode code = ExitCode::kDone;
   if (asked.command != nullptr) {
     chooseBackend(asked.request);
+    output.endLinesWith(asked.request.null ? '\0' : '\n');
     code = asked.command(asked.request, output);
   } else {
     output.line(asked.text);

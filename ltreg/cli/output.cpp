@@ -8,7 +8,7 @@ namespace ltreg {
 void Output::line(std::string_view text) {
   m_failed = m_failed || m_stream == nullptr ||
              std::fwrite(text.data(), 1, text.size(), m_stream) != text.size() ||
-             std::fputc('\n', m_stream) == EOF;
+             std::fputc(m_end, m_stream) == EOF;
 }
 
 void Output::finish() {

@@ -12,7 +12,10 @@ class Output {
   /// Writes to the stream, which stays the caller's. With a null one every write fails.
   explicit Output(std::FILE* stream) : m_stream(stream) {}
 
-  /// Writes a text and a line feed.
+  /// Ends lines with that byte from now on.
+  void endLinesWith(char byte) { m_end = byte; }
+
+  /// Writes a text and the end of a line, a line feed at first.
   void line(std::string_view text);
 
   /// Hands everything on. Throws Failure if any of it got lost.
@@ -20,6 +23,7 @@ class Output {
 
  private:
   std::FILE* m_stream;
+  char m_end = '\n';
   bool m_failed = false;
 };
 

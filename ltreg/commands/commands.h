@@ -8,7 +8,7 @@ namespace ltreg {
 
 ExitCode listKey(const Request& request, Output& output);
 ExitCode showTree(const Request& request, Output& output);
-ExitCode getValue(const Request& request, Output& output);
+ExitCode getValues(const Request& request, Output& output);
 ExitCode findEntries(const Request& request, Output& output);
 ExitCode showPath(const Request& request, Output& output);
 

@@ -18,6 +18,49 @@ Json jsonOf(const std::vector<NamedValue>& values) {
   return all;
 }
 
+Value textValue(const std::string& text) {
+  return {{REG_SZ}, text};
+}
+
+Value wantedValue(const Request& request, ReadKey& key, const std::string& name) {
+  if (std::optional<Value> value = key.session().value(key.path(), name)) {
+    return std::move(*value);
+  }
+  if (!request.fallback) {
+    key.session().throwAbsent("the value " + inQuotes(name) + " of " + inQuotes(key.name()));
+  }
+  return textValue(*request.fallback);
+}
+
+// The default stands for what is absent, be it the value, its key or its store, and for nothing else.
+std::vector<NamedValue> wantedValues(const Request& request) {
+  std::vector<NamedValue> wanted;
+  try {
+    ReadKey key(request);
+    for (const std::string& name : request.values) {
+      wanted.push_back({name, wantedValue(request, key, name)});
+    }
+  } catch (const Failure& failure) {
+    if (failure.code() != ExitCode::kAbsent || !request.fallback) {
+      throw;
+    }
+    for (const std::string& name : request.values) {
+      wanted.push_back({name, textValue(*request.fallback)});
+    }
+  }
+  return wanted;
+}
+
+void showText(const Value& value, Output& output) {
+  if (value.type == REG_MULTI_SZ) {
+    for (const std::string& item : itemsOf(value)) {
+      output.line(item);
+    }
+  } else {
+    output.line(isText(value.type) ? value.data : onOneLine(value));
+  }
+}
+
 }  // namespace
 
 ExitCode listKey(const Request& request, Output& output) {
@@ -59,21 +102,17 @@ ExitCode showTree(const Request& request, Output& output) {
   return key.outcome();
 }
 
-ExitCode getValue(const Request& request, Output& output) {
-  ReadKey key(request);
-  const std::optional<Value> value = key.session().value(key.path(), *request.name);
-  if (!value) {
-    key.session().throwAbsent("the value " + inQuotes(*request.name) + " of " +
-                              inQuotes(key.name()));
+ExitCode getValues(const Request& request, Output& output) {
+  Json all = Json::array();
+  for (const NamedValue& value : wantedValues(request)) {
+    if (request.json) {
+      all.push(jsonOf(value));
+    } else {
+      showText(value.value, output);
+    }
   }
   if (request.json) {
-    output.line(jsonOf(NamedValue{*request.name, *value}).text());
-  } else if (value->type == REG_MULTI_SZ) {
-    for (const std::string& item : itemsOf(*value)) {
-      output.line(item);
-    }
-  } else {
-    output.line(isText(value->type) ? value->data : onOneLine(*value));
+    output.line((request.values.size() == 1 ? std::move(all).first() : std::move(all)).text());
   }
   return ExitCode::kDone;
 }

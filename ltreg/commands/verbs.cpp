@@ -33,9 +33,10 @@ Parameter root(bool required) {
 
 // What several verbs take.
 const Parameter kKey{"KEY", "Where to look", &Request::key, kRequired};
-const Parameter kName{
-    "NAME", "The value; a key's default value is 'Default', in the operating system's registry ''",
-    &Request::name, kRequired};
+constexpr char kNameAbout[] =
+    "The value; a key's default value is 'Default', in the operating system's registry ''";
+const Parameter kName{"NAME", kNameAbout, &Request::name, kRequired};
+const Parameter kNull{"-0,--null", "End each line with a NUL", &Request::null};
 const Parameter kClass{"CLASS", "The class's identifier", &Request::clsid, kRequired};
 const Parameter kLiteral{"--literal", "Take percent signs in KEY as they are", &Request::literal};
 const Parameter kJson{"--json", "Write JSON", &Request::json};
@@ -47,9 +48,17 @@ const Parameter kTimeout{"--timeout",
 
 std::vector<Verb> allVerbs() {
   return {
-      {"list", "Sub-keys, and values with type and text", listKey, {kKey, kJson, kLiteral}},
+      {"list", "Sub-keys, and values with type and text", listKey, {kKey, kNull, kJson, kLiteral}},
       {"tree", "A key and all below it", showTree, {kKey, kJson, kLiteral}},
-      {"get", "One value", getValue, {kKey, kName, kJson, kLiteral}},
+      {"get",
+       "One value, or several",
+       getValues,
+       {kKey,
+        {"NAME", kNameAbout, &Request::values, kRequired},
+        {"--default", "The text to write for what is absent", &Request::fallback},
+        kNull,
+        kJson,
+        kLiteral}},
       {"find",
        "Keys, names and values that match a pattern",
        findEntries,
@@ -61,6 +70,7 @@ std::vector<Verb> allVerbs() {
          !kRequired, faultOfPlaces},
         {"--type", "Values of this type alone", &Request::type, !kRequired, faultOfType},
         {"-i,--ignore-case", "Take the letters A to Z for a to z", &Request::ignoreCase},
+        kNull,
         kJson,
         kLiteral}},
       {"set",

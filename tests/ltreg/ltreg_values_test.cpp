@@ -138,6 +138,25 @@ TEST_F(LtregValues, Finds) {
         "string\tHKEY_LOCAL_MACHINE\\A\\B\ts\tx\n");
 }
 
+TEST_F(LtregValues, GetsSeveralValuesAndDefaults) {
+  const std::string text = holding("\"n\"=ulong:1\n\"l\"=liststring:\"a\",\"b\"");
+  shows("get @ l N", "a\nb\n1\n", text);
+  shows("get @ -0 l n",
+        std::string("a\0b\0"
+                    "1\0",
+                    6),
+        text);
+  shows("list @ -0", std::string("ulong\tn\t1\0", 10), kOne);
+  shows("get @ n x --default [?", "1\n[?\n", text);
+  shows("get HKLM\\A\\X x --default ''", "\n", text);
+  shows("get @ x --default y", "y\n", {});
+  shows("get @ n x --default y --json",
+        R"([{"name": "n","type": "ulong","value": 1},{"name": "x","type": "string","value": "y"}])",
+        text);
+  fails(1, "get @ n x", "the value 'x'", text);
+  fails(4, "get @ n --default y", "does not load", "[]\n");
+}
+
 TEST_F(LtregValues, TakesPercentSignsAsTheyAreWhenAsked) {
   const std::string text = "[%Nix%\\B]\n\"n\"=ulong:1\n\n";
   fails(3, "get HKLM\\%Nix%\\B n", "--literal", text);
