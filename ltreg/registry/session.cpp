@@ -12,6 +12,9 @@
 namespace ltreg {
 namespace {
 
+// That of the machine, under which the other one's name is found, and that of the folder.
+constexpr int kLocksOfAStore = 2;
+
 // Complaints must not bury the data of a store with thousands of such lines.
 constexpr std::size_t kMostComplaints = 5;
 
@@ -60,10 +63,10 @@ Session::Session(const Request& request, KeyArgument& key, Access access)
   }
 }
 
-void Session::openStore(Access access, bool quiet) {
-  // The guard comes ahead of the check: what another process saved between the two would be loaded
-  // unchecked, and what it saved after a load without the guard would be overwritten.
-  m_pathname = m_backend.storeOf(m_root);
+// The guard comes ahead of the check: what another process saved between the two would be loaded
+// unchecked, and what it saved after a load without the guard would be overwritten.
+void Session::lockAndCheck() {
+  m_report = {};
   try {
     m_guard = std::make_unique<LTLib::StoreGuard>(m_pathname);
     m_report = LTLib::checkStoreFile(m_pathname);
@@ -71,6 +74,24 @@ void Session::openStore(Access access, bool quiet) {
     m_report.fault = LTLib::StoreFault{LTLib::StoreFaultKind::kLockFailed, 0, failure.What()};
   } catch (const std::length_error& failure) {
     m_report.fault = LTLib::StoreFault{LTLib::StoreFaultKind::kLockFailed, 0, failure.what()};
+  }
+}
+
+bool Session::lockWasAbandoned() const {
+  return m_report.fault && m_report.fault->kind == LTLib::StoreFaultKind::kLockFailed &&
+         m_report.fault->text.find("(abandoned)") != std::string::npos;
+}
+
+void Session::openStore(Access access, bool quiet) {
+  m_pathname = m_backend.storeOf(m_root);
+  lockAndCheck();
+  // Saves are whole or not at all, so that there is something to read whatever their owner was at;
+  // who changes something has to look first at what it left undone.
+  for (int lock = 0; lock < kLocksOfAStore && access == Access::kRead && lockWasAbandoned();
+       ++lock) {
+    complain("warning: a process ended while it held a lock: " +
+             escapeControls(m_report.fault->text));
+    lockAndCheck();
   }
   if (!m_report.loads()) {
     throw Failure(ExitCode::kStoreFailed, whyNotLoaded(m_pathname, m_report));

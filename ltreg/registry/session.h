@@ -60,6 +60,8 @@ class Session {
 
  private:
   void openStore(Access access, bool quiet);
+  void lockAndCheck();
+  [[nodiscard]] bool lockWasAbandoned() const;
   void complainOfWarnings() const;
   void complainOfKey(const std::string& path, int failure);
   [[nodiscard]] int noteChange(int result);

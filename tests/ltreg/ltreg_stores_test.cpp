@@ -75,6 +75,8 @@ TEST_F(LtregStores, WaitsForTheLockAndTellsOnceThatItWasAbandoned) {
   std::thread([&] { NamedMutex(name.c_str()).lock(); }).join();
   fails(4, kSet, "(abandoned)", kOne);
   changes(kSet, kOne, kTwo);
+  std::thread([&] { NamedMutex(name.c_str()).lock(); }).join();
+  fails(0, kGet, "(abandoned)", kOne, "1\n");
 }
 
 TEST_F(LtregStores, FiftyAtOnceLoseNothing) {
