@@ -168,7 +168,7 @@ std::vector<std::string> markPlainWords(const std::vector<std::string>& words) {
 void unmark(Request& request) {
   for (std::optional<std::string>* word :
        {&request.key, &request.target, &request.name, &request.text, &request.clsid, &request.file,
-        &request.fallback, &request.store}) {
+        &request.fallback, &request.outputFile, &request.store}) {
     if (*word) {
       *word = unmarked(**word);
     }

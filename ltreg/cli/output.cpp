@@ -4,11 +4,15 @@
 
 namespace ltreg {
 
-// A later write that goes well must not hide one that failed, as on a disk that was full for a moment.
 void Output::line(std::string_view text) {
+  bytes(text);
+  bytes(std::string_view(&m_end, 1));
+}
+
+// A later write that goes well must not hide one that failed, as on a disk that was full for a moment.
+void Output::bytes(std::string_view all) {
   m_failed = m_failed || m_stream == nullptr ||
-             std::fwrite(text.data(), 1, text.size(), m_stream) != text.size() ||
-             std::fputc(m_end, m_stream) == EOF;
+             std::fwrite(all.data(), 1, all.size(), m_stream) != all.size();
 }
 
 void Output::finish() {

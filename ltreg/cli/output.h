@@ -18,6 +18,9 @@ class Output {
   /// Writes a text and the end of a line, a line feed at first.
   void line(std::string_view text);
 
+  /// Writes bytes as they are.
+  void bytes(std::string_view all);
+
   /// Hands everything on. Throws Failure if any of it got lost.
   void finish();
 

@@ -17,21 +17,25 @@ inline constexpr char kSystemBackend[] = "os";
 
 /// The arguments of all commands; each uses those that belong to it, as they were given.
 struct Request {
-  std::optional<std::string> key;       // KEY or ROOT
-  std::optional<std::string> target;    // the second KEY
-  std::optional<std::string> name;      // NAME
-  std::optional<std::string> text;      // TEXT, PATTERN
-  std::optional<std::string> clsid;     // CLASS
-  std::optional<std::string> file;      // FILE
-  std::optional<std::string> type;      // --type
-  std::optional<std::string> fallback;  // --default
-  std::optional<std::string> places;    // --in
-  std::vector<std::string> values;      // VALUE...
-  std::optional<std::string> store;     // --store
-  std::optional<std::string> backend;   // --backend
+  std::optional<std::string> key;         // KEY or ROOT
+  std::optional<std::string> target;      // the second KEY
+  std::optional<std::string> name;        // NAME
+  std::optional<std::string> text;        // TEXT, PATTERN
+  std::optional<std::string> clsid;       // CLASS
+  std::optional<std::string> file;        // FILE
+  std::optional<std::string> type;        // --type
+  std::optional<std::string> outputFile;  // -o
+  std::optional<std::string> encoding;    // --encoding
+  std::optional<std::string> fallback;    // --default
+  std::optional<std::string> places;      // --in
+  std::vector<std::string> values;        // VALUE...
+  std::optional<std::string> store;       // --store
+  std::optional<std::string> backend;     // --backend
   bool json = false;
   bool recursive = false;
   bool trace = false;
+  bool dryRun = false;
+  bool lossy = false;
   bool null = false;  // -0
   bool glob = false;
   bool regex = false;

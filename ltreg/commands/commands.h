@@ -15,6 +15,8 @@ ExitCode showPath(const Request& request, Output& output);
 ExitCode setValue(const Request& request, Output& output);
 ExitCode copyKey(const Request& request, Output& output);
 ExitCode renameEntry(const Request& request, Output& output);
+ExitCode exportKey(const Request& request, Output& output);
+ExitCode importFile(const Request& request, Output& output);
 ExitCode deleteEntry(const Request& request, Output& output);
 
 ExitCode checkStores(const Request& request, Output& output);

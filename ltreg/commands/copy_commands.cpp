@@ -3,38 +3,15 @@
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/commands/read_key.h"
+#include "ltreg/registry/branch.h"
 #include "ltreg/registry/changes.h"
-#include "ltreg/registry/key_walk.h"
 
 namespace ltreg {
 namespace {
 
-struct KeyContent {
-  std::string below;  // the path from the top; empty for the top itself
-  std::vector<NamedValue> values;
-};
-using Branch = std::vector<KeyContent>;
-
-std::string joined(const std::string& path, const std::string& below) {
-  return path.empty() || below.empty() ? path + below : path + '\\' + below;
-}
-
-// A key and all below it, parents ahead of their children.
-Branch branchAt(Session& session, const std::string& top) {
-  Branch branch;
-  walkKeys(session, top, [&](const std::string& path) {
-    const std::size_t start = top.empty() ? 0 : top.size() + 1;
-    branch.push_back({path.size() > start ? path.substr(start) : "", session.values(path)});
-  });
-  if (!session.sawAll()) {
-    throw Failure(ExitCode::kStoreFailed, "what cannot be read in full is not copied");
-  }
-  return branch;
-}
-
 void putBranch(Session& session, const std::string& top, const Branch& branch) {
   for (const KeyContent& content : branch) {
-    const std::string path = joined(top, content.below);
+    const std::string path = joinPaths(top, content.below);
     session.makeKey(path);
     for (const NamedValue& value : content.values) {
       putCopy(session, path, value);
@@ -59,14 +36,14 @@ void renameKey(Session& session, const KeyArgument& key, const std::string& name
                       " is no name of a key; give its new last component, or copy it"
                       " to another place");
   }
-  const KeyArgument renamed{key.root, joined(std::string(parentPath(key.path)), name)};
+  const KeyArgument renamed{key.root, joinPaths(std::string(parentPath(key.path)), name)};
   // Names that differ in their letters' case alone are one name, which can be had again only once
   // it has gone.
   const bool isFree = !sameName(renamed.path, key.path);
   if (isFree) {
     demandFree(session, renamed);
   }
-  const Branch branch = branchAt(session, key.path);
+  const Branch branch = readBranch(session, key.path);
   if (isFree) {
     putBranch(session, renamed.path, branch);
   }
@@ -104,7 +81,7 @@ ExitCode copyKey(const Request& request, Output& /*output*/) {
   {
     // Closed before the other root is opened: whoever waits for one store holds no other.
     ReadKey from(request);
-    branch = branchAt(from.session(), from.path());
+    branch = readBranch(from.session(), from.path());
   }
   KeyArgument to = parseKey(*request.target);
   Session session(request, to, Access::kWrite);

@@ -16,6 +16,10 @@ std::string faultOfType(const std::string& word) {
   return typeOfWord(word) ? std::string() : '\'' + word + "' is no type";
 }
 
+std::string faultOfEncoding(const std::string& word) {
+  return word == "utf8" || word == "utf16" ? std::string() : '\'' + word + "' is no encoding";
+}
+
 // Words parted by commas.
 std::string faultOfPlaces(const std::string& words) {
   std::istringstream rest(words);
@@ -102,6 +106,20 @@ std::vector<Verb> allVerbs() {
        {kKey,
         {"NAMES", "The key's new last component; or the value and its new name", &Request::values},
         kLiteral}},
+      {"export",
+       "A key and all below it in the text form of other tools",
+       exportKey,
+       {kKey,
+        {"-o,--output", "The file to write, in place of standard output", &Request::outputFile},
+        {"--encoding", "utf16, which is usual, or utf8", &Request::encoding, !kRequired,
+         faultOfEncoding},
+        kLiteral}},
+      {"import",
+       "Set and delete what such a text says, and save once",
+       importFile,
+       {{"FILE", "The file, in UTF-8 or UTF-16", &Request::file, kRequired},
+        {"-n,--dry-run", "Show what would change, and change nothing", &Request::dryRun},
+        {"--lossy", "Leave out what a store file cannot hold", &Request::lossy}}},
       {"path", "The file that holds a root", showPath, {root(kRequired)}},
       {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
 

@@ -2,12 +2,12 @@
 #ifndef LTREG_COMPONENT_COMPONENT_ENTRY_H
 #define LTREG_COMPONENT_COMPONENT_ENTRY_H
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "ltreg/registry/key_argument.h"
 #include "ltreg/registry/session.h"
+#include "ltreg/registry/text_file.h"
 
 namespace ltreg {
 
@@ -17,11 +17,6 @@ inline constexpr char kLibraryValue[] = "InprocServer";
 /// identifier.
 [[nodiscard]] KeyArgument classesKey();
 [[nodiscard]] KeyArgument classKey(const std::string& id);
-
-/// The file that a word or an entry names, and the text of a file. Texts are UTF-8; another one names
-/// no file where the system has code pages, and elsewhere the file of these bytes.
-[[nodiscard]] std::filesystem::path fileOf(const std::string& text);
-[[nodiscard]] std::string textOf(const std::filesystem::path& file);
 
 struct ClassEntry {
   std::string id;

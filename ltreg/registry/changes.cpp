@@ -28,7 +28,7 @@ void warnOfLongName(const std::string& name) {
 void putBytes(Session& session, const std::string& path, const std::string& name,
               const Value& wanted, const std::string& bytes) {
   const std::optional<Value> present = session.value(path, name);
-  if (present && present->type == wanted.type && present->data == wanted.data) {
+  if (present && sameValue(*present, wanted)) {
     return;
   }
   if (session.onFiles() && present && present->type != wanted.type) {
@@ -54,6 +54,26 @@ void demandPlace(const Session& session, const std::string& path, const std::str
   }
   warnOfLongName(std::string(lastComponent(path)));
   warnOfLongName(name);
+}
+
+std::string whyNoForm(const std::string& path, const NamedValue& value) {
+  const Value& data = value.value;
+  if (!isTypeOfFiles(data.type)) {
+    return "the value " + inQuotes(value.name) + " is of the type " + typeWord(data) +
+           ", of which a store file holds none";
+  }
+  const bool isList = data.type == REG_MULTI_SZ;
+  if (!isList && !(data.type == REG_DWORD) && data.data.find('\0') != std::string::npos) {
+    return "the value " + inQuotes(value.name) + " holds a NUL, at which a store file would end it";
+  }
+  std::string why = whyNoKeyForm(path);
+  if (why.empty()) {
+    why = whyNoNameForm(value.name);
+  }
+  if (why.empty() && data.type != REG_DWORD) {
+    why = whyNoValueForm(data.type, isList ? itemsOf(data) : std::vector<std::string>{data.data});
+  }
+  return why;
 }
 
 void putValue(Session& session, const std::string& path, const std::string& name,

@@ -13,6 +13,9 @@ namespace ltreg {
 /// one, and complains of names that are too long for programs to enumerate.
 void demandPlace(const Session& session, const std::string& path, const std::string& name);
 
+/// Why a store file cannot hold a value of a key; empty if it can, as far as the tool knows.
+[[nodiscard]] std::string whyNoForm(const std::string& path, const NamedValue& value);
+
 /// Sets a value, which has to keep its type if it is there in a store file; one that is there as it
 /// is to be is left alone. Throws Failure for words that make no value of the type, or none that a
 /// store file can hold.

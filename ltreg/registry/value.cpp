@@ -163,6 +163,12 @@ Value asRead(unsigned int type, std::string bytes, bool onFiles) {
   return value;
 }
 
+bool sameValue(const Value& one, const Value& other) {
+  // How many terminators a list was read with depends on who wrote it.
+  return one.type == other.type &&
+         (one.type == REG_MULTI_SZ ? itemsOf(one) == itemsOf(other) : one.data == other.data);
+}
+
 std::string bytesOf(const Value& value) {
   if (value.type == REG_MULTI_SZ) {
     return bytesOfList(itemsOf(value));

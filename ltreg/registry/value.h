@@ -49,6 +49,9 @@ struct NamedValue {
 /// The value that a backend's bytes are, or will be once they are set.
 [[nodiscard]] Value asRead(unsigned int type, std::string bytes, bool onFiles);
 
+/// Whether type and bytes are equal, however they are shown.
+[[nodiscard]] bool sameValue(const Value& one, const Value& other);
+
 /// The bytes by which the value is set again, terminators included.
 [[nodiscard]] std::string bytesOf(const Value& value);
 
