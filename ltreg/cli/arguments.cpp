@@ -7,22 +7,11 @@
 #include <type_traits>
 #include <variant>
 
+#include "ltreg/cli/about.h"
 #include "ltreg/cli/shown_text.h"
 
 namespace ltreg {
 namespace {
-
-constexpr char kAbout[] =
-    "Looks into a registry and changes it.\n\n"
-    "KEY is a root's name, a backslash and a path, as in 'HKLM\\Software\\Demo'. The roots are\n"
-    "HKLM, HKCU, HKCC, HKU and HKCR, or by their long names HKEY_LOCAL_MACHINE and so on, in any\n"
-    "letter case. References such as %SharedRoot% are replaced by the values of the configuration\n"
-    "variables. Words of your own that begin with '-' go behind '--'.";
-
-constexpr char kFooter[] =
-    "\nExit codes: 0 done, 1 absent, 2 wrong usage, 3 bad input, 4 the store or its lock failed.\n"
-    "Data goes to standard output, everything else to standard error.\n"
-    "'ltreg help COMMAND' tells about one command.";
 
 constexpr char kHelp[] = "help";
 constexpr char kStoreOption[] = "--store";
@@ -56,12 +45,8 @@ void addParameter(CLI::App& command, Request& request, const Parameter& paramete
 // Each verb has them for itself, so that they may stand among its own words.
 // What every verb takes.
 void addCommonOptions(CLI::App& command, Request& request) {
-  command.add_option(kStoreOption, request.store,
-                     "The store file of the root, whatever the environment says");
-  command
-      .add_option(kBackendOption, request.backend,
-                  "Where roots lie, whatever programs go by: in store files, or in the operating"
-                  " system's registry")
+  command.add_option(kStoreOption, request.store, kAboutStore);
+  command.add_option(kBackendOption, request.backend, kAboutBackend)
       ->check(CLI::IsMember(std::set<std::string>{kFileBackend, kSystemBackend}));
 }
 
@@ -191,11 +176,11 @@ void demandOneBackend(const Request& request) {
 
 Invocation parseArguments(int count, const char* const* words, const std::vector<Verb>& verbs) {
   Invocation asked;
-  CLI::App app(kAbout, "ltreg");
+  CLI::App app(std::string("Looks into a registry and changes it.\n\n") + kAboutKeys, "ltreg");
   app.allow_windows_style_options(false);
   app.set_version_flag("--version", "ltreg " LTREG_VERSION);
   app.require_subcommand(1);
-  app.footer(kFooter);
+  app.footer(std::string("\n") + kAboutExits + "\n'ltreg help COMMAND' tells about one command.");
 
   for (const Verb& verb : verbs) {
     addVerb(app, asked, verb);

@@ -24,6 +24,9 @@ ExitCode checkStores(const Request& request, Output& output);
 ExitCode expandText(const Request& request, Output& output);
 ExitCode showVariables(const Request& request, Output& output);
 
+/// The manual page in the form that `man` reads.
+ExitCode showManual(const Request& request, Output& output);
+
 ExitCode registerClass(const Request& request, Output& output);
 ExitCode unregisterClass(const Request& request, Output& output);
 ExitCode listClasses(const Request& request, Output& output);

@@ -130,6 +130,8 @@ std::vector<Verb> allVerbs() {
         {"--trace", "Show each step", &Request::trace}}},
       {"vars", "The configuration variables", showVariables, {kJson}},
 
+      {"manual", "The manual page, for 'man -l'", showManual, {}},
+
       verbGroup(kComponent, "The classes of component libraries"),
       {"register",
        "Enter a class with its library's file and save",

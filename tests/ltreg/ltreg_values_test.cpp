@@ -212,6 +212,10 @@ TEST_F(LtregValues, TellsWrongUsageAndAboutItself) {
   contains(run("--help").output, {"Exit codes", "\n  expand "});
   contains(run("set --help --backend os").output, {"--store", "NAME"});
   contains(run("help component check").output, {"CLASS", "--create"});
+  contains(run("manual").output, {".TH LTREG 1\n", ".SS get KEY NAME... [\\-\\-default WORD]",
+                                  ".SS component check CLASS [\\-\\-create]", "'HKLM\\eSoftware",
+                                  ".B \\-\\-timeout SECONDS\n", ".SH EXIT STATUS\n"});
+  EXPECT_EQ(run("manual").output.find("probe"), std::string::npos);
   shows("--backend file --json get @ n", R"({"name": "n","type": "ulong","value": 1})", kOne);
 }
 
