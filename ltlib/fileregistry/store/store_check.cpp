@@ -1,3 +1,5 @@
+// The check is a visitor of the reader that loads, so that the two cannot come to different verdicts;
+// whether a save could write what was read it asks of the rule that saves ask.
 #include "ltlib/fileregistry/store/store_check.h"
 
 #include <algorithm>
@@ -24,34 +26,8 @@ using namespace detail;
 using Platform::FileResult;
 using Kind = StoreFaultKind;
 
-// Hands a file over line by line, so that the number of lines taken is known at any moment.
-class CountedLines final : public LineSource {
- public:
-  explicit CountedLines(Platform::File& file) : m_file(file) {}
-
-  [[nodiscard]] std::size_t count() const { return m_count; }
-  [[nodiscard]] bool broken() const { return m_broken; }
-
- protected:
-  std::string_view nextPiece() override {
-    m_line.clear();
-    m_broken = true;
-    const bool taken = m_file.appendLine(m_line);
-    m_broken = false;
-    if (!taken) {
-      return {};
-    }
-    ++m_count;
-    return m_line += '\n';
-  }
-
- private:
-  FileLineSource m_file;
-  std::string m_line;
-  std::size_t m_count = 0;
-  bool m_broken = false;
-};
-
+// What somebody meant as a header or a value. Some editors begin a file with a byte order mark, which
+// no eye sees.
 bool looksIndented(std::string_view line) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (line.starts_with(kByteOrderMark)) {
@@ -61,27 +37,31 @@ bool looksIndented(std::string_view line) {
   return start != std::string_view::npos && (line[start] == '[' || line[start] == '"');
 }
 
-// Goes through a file as cfgReadText does, but keeps places in place of values.
-class Check {
+// Keeps the places of headers and values where a load keeps the values.
+class Check final : private LineVisitor {
  public:
   Check(Platform::File& file, StoreReport& report) : m_lines(file), m_report(report) {}
 
   void run();
 
  private:
-  void readAll();
-  bool takeHeader(const std::string& line);
-  void takeValue(const std::string& line);
+  bool takeHeader(const std::string& line) override;
+  bool takeValue(const std::string& line) override;
+  void passOver(const std::string& line) override;
   void judgeField(const QSCfgDataFieldString& field, const std::string& line);
   void warn(Kind kind, const std::string& line) { warn({kind, m_begin, line}); }
   void warn(StoreFault warning);
-  void stop(Kind kind, const std::string& line) {
+  bool stop(Kind kind, const std::string& line) {
     m_report.fault = StoreFault{kind, m_begin, line.substr(0, kStoreFaultText)};
+    return false;
   }
   void keepTopKeys();
 
-  CountedLines m_lines;
+  FileLineSource m_lines;
   StoreReport& m_report;
+  std::uint16_t m_shortCount = 0;  // the reader's own, which a large file runs past
+  bool m_reported = false;         // whether the reader had something to say of the present value
+  ReadContext m_context{m_lines, m_shortCount, [this](const char*) { m_reported = true; }};
   QSCfgDataSection m_shallow{""};  // the upper two levels of keys
   std::size_t m_begin = 0;         // the line on which the present header or value begins
   std::size_t m_depth = 0;         // of the present key; 0 ahead of the first header
@@ -90,7 +70,7 @@ class Check {
 
 void Check::run() {
   try {
-    readAll();
+    (void)cfgVisitLines(m_context, *this);
   } catch (const QSException&) {
     m_begin = m_lines.count();
     stop(Kind::kReadError, {});
@@ -99,27 +79,11 @@ void Check::run() {
   keepTopKeys();
 }
 
-void Check::readAll() {
-  std::string line;
-  while (m_report.loads() && cfgReadLine(m_lines, line)) {
-    m_begin = m_lines.count();
-    const char first = line.empty() ? '\0' : line.front();
-    if (first == '"') {
-      takeValue(line);
-    } else if (first == '[') {
-      if (!takeHeader(line)) {
-        stop(Kind::kBadHeader, line);
-      }
-    } else if (looksIndented(line)) {
-      warn(Kind::kIndentedLine, line);
-    }
-  }
-}
-
 bool Check::takeHeader(const std::string& line) {
+  m_begin = m_lines.count();
   std::vector<std::string_view> names;
   if (!splitHeader(line, [&](std::string_view name) { names.push_back(name); })) {
-    return false;
+    return stop(Kind::kBadHeader, line);
   }
   QSCfgDataSection& top = m_shallow.findOrAddSection(names[0]);
   if (names.size() > 1) {
@@ -133,21 +97,16 @@ bool Check::takeHeader(const std::string& line) {
   return true;
 }
 
-void Check::takeValue(const std::string& line) {
-  bool reported = false;
-  std::uint16_t ignored = 0;
-  ReadContext context{m_lines, ignored, [&](const char*) { reported = true; }};
+bool Check::takeValue(const std::string& line) {
+  m_begin = m_lines.count();
+  m_reported = false;
   std::unique_ptr<QSCfgDataFieldString> field;
   try {
-    field = cfgParseField(context, line);
-  } catch (const QSException&) {
-    if (m_lines.broken()) {
-      throw;
-    }
-    stop(Kind::kUnendedValue, line);
-    return;
+    field = cfgParseField(m_context, line);
+  } catch (const UnendedValue&) {
+    return stop(Kind::kUnendedValue, line);
   }
-  if (reported) {
+  if (m_reported) {
     warn(Kind::kEmptyValue, line);
   }
   if (field == nullptr) {
@@ -156,6 +115,14 @@ void Check::takeValue(const std::string& line) {
     warn(Kind::kNoKey, line);
   } else {
     judgeField(*field, line);
+  }
+  return true;
+}
+
+void Check::passOver(const std::string& line) {
+  if (looksIndented(line)) {
+    m_begin = m_lines.count();
+    warn(Kind::kIndentedLine, line);
   }
 }
 

@@ -1,54 +1,53 @@
+// The reader itself is asked, with the line that the writer would write, so that no rule of the
+// format stands here a second time. What holds none of its marks needs no asking: nearly all names
+// and texts are such, and asking takes as long as the rest of a set, and longer than that of a save.
 #include "ltlib/fileregistry/text/file_form.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 #include "ltlib/fileregistry/text/list_text.h"
 #include "ltlib/fileregistry/text/text_reader.h"
 #include "ltlib/fileregistry/text/text_writer.h"
 #include "ltlib/fileregistry/tree/key_path.h"
-#include "ltlib/foundation/kqsresult.h"
 
 namespace LTLib::detail {
 namespace {
 
-bool has(std::string_view text, char byte) {
-  return text.find(byte) != std::string_view::npos;
-}
-
-bool isOneLine(std::string_view text) {
-  return !has(text, '\n') && !has(text, '\0');
-}
-
-// Names without any byte that the reader of a header looks for.
-bool isPlainPath(const std::vector<std::string_view>& names) {
-  return std::all_of(names.begin(), names.end(), [](std::string_view name) {
-    return !name.empty() && isOneLine(name) && !has(name, '\\') && !has(name, ']');
-  });
-}
-
-// A name that ends at its closing quote, and a text that ends with its line. In a quoted text no
-// byte but the line's end matters, since its last quote is the writer's.
-bool isPlainField(std::string_view name, QSCfgTypeCode code, std::string_view text) {
-  if (name.empty() || has(name, '"') || !isOneLine(name) || !isOneLine(text)) {
-    return false;
+// The bytes that the reader seeks inside a header, a name or a text.
+constexpr auto kMarks = [] {
+  std::array<bool, 256> marks{};
+  for (const unsigned char mark : {'\n', '\0', '"', '\\', ']'}) {
+    marks[mark] = true;
   }
-  switch (code) {
-    case kCfgString:
-    case kCfgDir:
-      return true;
-    case kCfgULong:
-    case kCfgBinary:
-    case kCfgListString:
-      return !text.ends_with('\\');
+  return marks;
+}();
+
+bool holdsMark(std::string_view text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](char byte) { return kMarks[static_cast<unsigned char>(byte)]; });
+}
+
+bool isPlainName(std::string_view name) {
+  return !name.empty() && !holdsMark(name);
+}
+
+std::unique_ptr<QSCfgDataFieldString> readBack(LineSource& source) {
+  std::uint16_t ignored = 0;
+  ReadContext context{source, ignored, [](const char*) {}};
+  std::string line;
+  try {
+    return cfgReadLine(source, line) ? cfgParseField(context, line) : nullptr;
+  } catch (const UnendedValue&) {
+    return nullptr;
   }
-  return false;
 }
 
 }  // namespace
 
 bool headerComesBack(const std::vector<std::string_view>& names) {
-  if (isPlainPath(names)) {
+  if (std::all_of(names.begin(), names.end(), isPlainName)) {
     return true;
   }
   std::string header = "[";
@@ -56,6 +55,7 @@ bool headerComesBack(const std::vector<std::string_view>& names) {
     header.append(name) += '\\';
   }
   header.back() = ']';
+  // A line ends there, so that the header would be cut short.
   if (header.find('\n') != std::string::npos) {
     return false;
   }
@@ -68,24 +68,15 @@ bool headerComesBack(const std::vector<std::string_view>& names) {
 }
 
 bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view text) {
-  if (isPlainField(name, code, text)) {
+  if (isPlainName(name) && !holdsMark(text)) {
     return true;
   }
   const std::string written = cfgFieldLine(name, code, text);
   TextLineSource source(written);
-  std::uint16_t count = 0;
-  ReadContext context{source, count, [](const char*) {}};
-  std::string line;
-  if (!cfgReadLine(source, line)) {
-    return false;
-  }
-  std::unique_ptr<QSCfgDataFieldString> back;
-  try {
-    back = cfgParseField(context, line);
-  } catch (const QSException&) {
-    return false;
-  }
-  if (back == nullptr || back->name() != name || back->type() != code || source.appendLine(line)) {
+  const std::unique_ptr<QSCfgDataFieldString> back = readBack(source);
+  // A line that is left over would be read as another field, or spoil the next one.
+  if (std::string rest;
+      back == nullptr || back->name() != name || back->type() != code || source.appendLine(rest)) {
     return false;
   }
   const std::string& kept = back->getValue();

@@ -2,8 +2,7 @@
 //
 // The format has no escapes. What has no form is refused when it is set, and a save that would
 // have to write it is refused as a whole, so that no store file is ever written that does not
-// load. Plain names and texts pass at sight; for all others the answer comes from the reader
-// itself, on the line that the writer would write.
+// load.
 #ifndef LTLIB_FILEREGISTRY_TEXT_FILE_FORM_H
 #define LTLIB_FILEREGISTRY_TEXT_FILE_FORM_H
 

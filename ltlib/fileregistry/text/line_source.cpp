@@ -17,6 +17,8 @@ void LineSource::dropCarriageReturn(std::string& line, std::size_t start) {
   }
 }
 
+// Whether a line was there is told by its bytes and its end, not by its text: a line of a NUL alone
+// is one, and so is the rest of a file without a last line feed.
 bool LineSource::appendLine(std::string& line) {
   const std::size_t start = line.size();
   bool taken = false;
@@ -24,6 +26,7 @@ bool LineSource::appendLine(std::string& line) {
     if (m_piece.empty()) {
       m_piece = nextPiece();
       if (m_piece.empty()) {
+        m_count += taken ? 1 : 0;
         return taken;
       }
     }
@@ -33,6 +36,7 @@ bool LineSource::appendLine(std::string& line) {
     if (end != std::string_view::npos) {
       m_piece.remove_prefix(end + 1);
       dropCarriageReturn(line, start);
+      ++m_count;
       return true;
     }
     m_piece = {};

@@ -31,6 +31,9 @@ class LineSource {
   /// text. False if not a single byte was left.
   bool appendLine(std::string& line);
 
+  /// How many lines were taken so far.
+  [[nodiscard]] std::size_t count() const { return m_count; }
+
  protected:
   /// The next bytes of the text, valid until the next call; empty at its end.
   virtual std::string_view nextPiece() = 0;
@@ -39,6 +42,7 @@ class LineSource {
   void dropCarriageReturn(std::string& line, std::size_t start);
 
   std::string_view m_piece;
+  std::size_t m_count = 0;
   LineEnds m_ends;
   bool m_pairs = false;
 };

@@ -1,15 +1,19 @@
+// What makes no sense is passed over, so that one bad line costs no other. Two things end a reading,
+// since all that follows would go to the wrong place: a header that leads to no section, and a
+// quoted value that neither ends nor goes on.
 #include "ltlib/fileregistry/text/text_reader.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "ltlib/fileregistry/text/quoted_text.h"
 #include "ltlib/fileregistry/tree/key_path.h"
 #include "ltlib/foundation/kqsresult.h"
 
 namespace LTLib::detail {
 namespace {
 
+// What a buffer of 8192 bytes takes of a line beside its terminator. It shows in lines with a NUL
+// alone, which stores must go on to be read from as they always were.
 constexpr std::size_t kLinePiece = 8191;
 
 struct TypeWord {
@@ -40,7 +44,8 @@ void cutPiecesAtNul(std::string& line) {
   line = std::move(kept);
 }
 
-bool readContinuation(ReadContext& context, std::string& line) {
+// Every line counts, a continuation too, so that messages tell the line that an editor shows.
+bool takeLine(ReadContext& context, std::string& line) {
   if (!cfgReadLine(context.source, line)) {
     return false;
   }
@@ -57,11 +62,35 @@ void reportSyntax(const ReadContext& context, const char* hint, const std::strin
   context.report(text);
 }
 
-[[noreturn]] void throwParseError(int line) {
-  throw QSException("kFileRegistry", line, kFailure, "Registry file parsing error");
-}
+// Makes the tree of what is read. A value ahead of the first header has nowhere to go; it is parsed
+// all the same, since its continuations are no lines of their own.
+class TreeMaker final : public LineVisitor {
+ public:
+  TreeMaker(ReadContext& context, QSCfgDataSection& root) : m_context(context), m_root(root) {}
+
+  bool takeHeader(const std::string& line) override {
+    m_section = cfgParseHeader(line, m_root);
+    return m_section != nullptr;
+  }
+
+  bool takeValue(const std::string& line) override {
+    std::unique_ptr<QSCfgDataFieldString> field = cfgParseField(m_context, line);
+    if (field != nullptr && m_section != nullptr) {
+      m_section->addField(std::move(field));
+    }
+    return true;
+  }
+
+ private:
+  ReadContext& m_context;
+  QSCfgDataSection& m_root;
+  QSCfgDataSection* m_section = nullptr;
+};
 
 }  // namespace
+
+UnendedValue::UnendedValue()
+    : QSException("kFileRegistry", __LINE__, kFailure, "Registry file parsing error") {}
 
 void printSyntaxMessage(const char* text) {
   std::fputs(text, stdout);
@@ -78,26 +107,25 @@ bool cfgReadLine(LineSource& source, std::string& line) {
   return true;
 }
 
-ReadResult cfgReadText(ReadContext& context, QSCfgDataSection& root) {
-  QSCfgDataSection* section = nullptr;
+bool cfgVisitLines(ReadContext& context, LineVisitor& visitor) {
   std::string line;
-  while (cfgReadLine(context.source, line)) {
-    ++context.lineCount;
+  bool goesOn = true;
+  while (goesOn && takeLine(context, line)) {
     const char first = line.empty() ? '\0' : line.front();
     if (first == '"') {
-      // A line ahead of the first header is taken with its continuations and dropped.
-      std::unique_ptr<QSCfgDataFieldString> field = cfgParseField(context, line);
-      if (field != nullptr && section != nullptr) {
-        section->addField(std::move(field));
-      }
+      goesOn = visitor.takeValue(line);
     } else if (first == '[') {
-      section = cfgParseHeader(line, root);
-      if (section == nullptr) {
-        return ReadResult::kBadHeader;
-      }
+      goesOn = visitor.takeHeader(line);
+    } else {
+      visitor.passOver(line);
     }
   }
-  return ReadResult::kWhole;
+  return goesOn;
+}
+
+ReadResult cfgReadText(ReadContext& context, QSCfgDataSection& root) {
+  TreeMaker maker(context, root);
+  return cfgVisitLines(context, maker) ? ReadResult::kWhole : ReadResult::kBadHeader;
 }
 
 QSCfgDataSection* cfgParseHeader(std::string_view line, QSCfgDataSection& root) {
@@ -130,6 +158,9 @@ std::unique_ptr<QSCfgDataFieldString> cfgParseField(ReadContext& context, const 
                                                 parse(context, line, nameEnd + 1, type->word));
 }
 
+// The last mark of all the text so far decides, old parts included: a quote ends it, and a backslash
+// joins it to the next line. A quote of an earlier line can thus end a value whose later lines have
+// no mark.
 std::string cfgParseQuoted(ReadContext& context, const std::string& line, std::size_t start,
                            std::string_view typeWord) {
   const std::size_t open = line.find('"', line.find(typeWord, start) + typeWord.size());
@@ -137,23 +168,22 @@ std::string cfgParseQuoted(ReadContext& context, const std::string& line, std::s
     reportSyntax(context, "\tString value is delimited by quotes\n", line);
     return {};
   }
-  const std::string_view first = std::string_view(line).substr(open + 1);
-  const std::size_t mark = first.find_last_of("\"\\");
-  if (mark != std::string_view::npos && first[mark] == '"') {
-    return std::string(first.substr(0, mark));
-  }
-  QuotedText text(first);
+  std::string text = line.substr(open + 1);
   std::string continuation;
-  while (!text.closed()) {
-    if (!text.dropBackslash()) {
-      throwParseError(__LINE__);
+  for (;;) {
+    const std::size_t mark = text.find_last_of("\"\\");
+    if (mark == std::string::npos) {
+      throw UnendedValue();
     }
-    if (!readContinuation(context, continuation)) {
-      return text.whole();
+    const bool closed = text[mark] == '"';
+    // What was searched in vain goes with the mark, so that no byte is searched twice, however many
+    // lines the text takes.
+    text.resize(mark);
+    if (closed || !takeLine(context, continuation)) {
+      return text;
     }
-    text.append(continuation);
+    text += continuation;
   }
-  return text.upToLastQuote();
 }
 
 std::string cfgParseBare(ReadContext& context, const std::string& line, std::size_t start,
@@ -166,7 +196,7 @@ std::string cfgParseBare(ReadContext& context, const std::string& line, std::siz
   std::string continuation;
   while (!text.empty() && text.back() == '\\') {
     text.pop_back();
-    if (!readContinuation(context, continuation)) {
+    if (!takeLine(context, continuation)) {
       break;
     }
     text += continuation;

@@ -13,6 +13,7 @@
 
 #include "ltlib/fileregistry/text/line_source.h"
 #include "ltlib/fileregistry/tree/config_tree.h"
+#include "ltlib/foundation/kqsresult.h"
 
 namespace LTLib::detail {
 
@@ -32,6 +33,24 @@ enum class ReadResult : int {
   kBadHeader = 3,  // a header led to no section; what follows it was not read
 };
 
+/// A quoted value that neither ends nor goes on: "Registry file parsing error".
+class UnendedValue final : public QSException {
+ public:
+  UnendedValue();
+};
+
+/// Is handed the lines of a text that begin a header or a value, each with the bytes that it has.
+/// Where one gives false the reading ends.
+class LineVisitor {
+ public:
+  virtual ~LineVisitor() = default;
+  virtual bool takeHeader(const std::string& line) = 0;
+  /// May take as many lines more from the source as the value goes on for.
+  virtual bool takeValue(const std::string& line) = 0;
+  /// A line that is neither, which a load drops.
+  virtual void passOver(const std::string& /*line*/) {}
+};
+
 /// Writes a syntax message to standard output.
 void printSyntaxMessage(const char* text);
 
@@ -39,8 +58,12 @@ void printSyntaxMessage(const char* text);
 /// NUL cuts off the rest of its piece. False at the end of the text.
 bool cfgReadLine(LineSource& source, std::string& line);
 
-/// Reads all lines into the tree below `root`. Throws QSException "Registry file parsing error" on
-/// a text that never ends; what was read until then stays in the tree.
+/// Goes through all lines; the one loop by which a file is read and checked. False if the visitor
+/// ended it.
+bool cfgVisitLines(ReadContext& context, LineVisitor& visitor);
+
+/// Reads all lines into the tree below `root`. Throws UnendedValue; what was read until then stays
+/// in the tree.
 [[nodiscard]] ReadResult cfgReadText(ReadContext& context, QSCfgDataSection& root);
 
 /// The section that a header line names, added with its parents where missing; null if the line
