@@ -1,3 +1,6 @@
+// Each step either leaves everything as it was or is followed by the one that takes it back. A
+// version that is wanted never loses its last name: it gets a new one before the old one goes, or
+// both change in one step.
 #include "ltlib/fileregistry/store/store_swap.h"
 
 #include <new>
@@ -12,8 +15,8 @@ namespace {
 using Platform::fileCalls;
 using Platform::FileResult;
 
-// No longer than "_new" and "_old", so that each name of a store that can be saved once can be
-// saved again.
+// All of one length: file systems bound the length of a name, and a store whose "_new" can be made
+// must find room for what the next save needs as well.
 constexpr char kFresh[] = "_new";
 constexpr char kFormer[] = "_tmp";
 constexpr char kOld[] = "_old";
@@ -22,7 +25,8 @@ constexpr char kOld[] = "_old";
   throw QSException("kFileRegistry", __LINE__, kFailure, text.c_str());
 }
 
-// Asked for where something is still to be put right, so that a lack of memory costs the words alone.
+// Why the last call failed. Asked for while something is still to be put right: a lack of memory may
+// cost these words, and must not keep what follows from being done.
 std::string words() noexcept {
   try {
     return Platform::lastFileFailure();
@@ -48,28 +52,42 @@ bool flushNames(const std::string& path) noexcept {
   }
 }
 
-// For systems that cannot exchange names: a second name keeps the store file in its place, and a
-// rename serves where there are none. False with the store file as it was.
-bool exchangeByNames(const SaveNames& names) {
+// The former version keeps the store's name, with a second one beside it, until the new one takes
+// the first. Where a file can have no second name it has to be moved away.
+bool takePlaceByNames(const SaveNames& names) {
   remove(names.former);
-  const FileResult linked = fileCalls().link(names.store.c_str(), names.former.c_str());
-  if (linked != FileResult::kDone &&
-      (linked != FileResult::kUnsupported || !rename(names.store, names.former))) {
-    return false;
+  switch (fileCalls().link(names.store.c_str(), names.former.c_str())) {
+    case FileResult::kDone:
+      if (rename(names.fresh, names.store)) {
+        return true;
+      }
+      remove(names.former);
+      return false;
+    case FileResult::kUnsupported:
+      if (!rename(names.store, names.former)) {
+        return false;
+      }
+      if (rename(names.fresh, names.store)) {
+        return true;
+      }
+      (void)rename(names.former, names.store);
+      return false;
+    default:
+      return false;
   }
-  if (rename(names.fresh, names.store)) {
-    return true;
-  }
-  if (linked == FileResult::kDone) {
-    remove(names.former);
-  } else {
-    (void)rename(names.former, names.store);
-  }
-  return false;
 }
 
-FileResult exchange(const SaveNames& names) {
-  return fileCalls().exchange(names.fresh.c_str(), names.store.c_str());
+// Puts the new version in the store's place. The former one's name then, or null with both as they
+// were.
+const std::string* takePlace(const SaveNames& names) {
+  switch (fileCalls().exchange(names.fresh.c_str(), names.store.c_str())) {
+    case FileResult::kDone:
+      return &names.fresh;
+    case FileResult::kUnsupported:
+      return takePlaceByNames(names) ? &names.former : nullptr;
+    default:
+      return nullptr;
+  }
 }
 
 }  // namespace
@@ -77,30 +95,26 @@ FileResult exchange(const SaveNames& names) {
 SaveNames::SaveNames(const std::string& pathname)
     : store(pathname), fresh(pathname + kFresh), former(pathname + kFormer), old(pathname + kOld) {}
 
-// The former version gets the "_old" name last: until then a failure can be taken back.
+// "_old" is renamed over last, since that cannot be taken back: the version before the former one is
+// gone then. A rename of the former version over the new one takes all the rest back.
 void swapStore(const SaveNames& names) {
-  FileResult exchanged = exchange(names);
-  const bool byNames = exchanged == FileResult::kUnsupported;
-  if (byNames) {
-    exchanged = exchangeByNames(names) ? FileResult::kDone : FileResult::kFailed;
-  }
-  if (exchanged != FileResult::kDone) {
+  const std::string* const former = takePlace(names);
+  if (former == nullptr) {
     const std::string why = words();
     remove(names.fresh);
     fail("the store file cannot be replaced: " + why);
   }
-  const std::string& former = byNames ? names.former : names.fresh;
-  if (flushNames(names.store) && rename(former, names.old)) {
+  if (flushNames(names.store) && rename(*former, names.old)) {
     return;
   }
   const std::string why = words();
-  if (byNames ? !rename(former, names.store) : exchange(names) != FileResult::kDone) {
-    fail("the store file was replaced, but its former version stays " + former + ": " + why);
+  if (!rename(*former, names.store)) {
+    fail("the store file was replaced, but its former version stays " + *former + ": " + why);
   }
-  remove(names.fresh);
   fail("the former version cannot become " + names.old + ": " + why);
 }
 
+// An "_old" goes last here too: it may be all that is left of a store that was removed by hand.
 void bringInFirst(const SaveNames& names) {
   if (!rename(names.fresh, names.store)) {
     const std::string why = words();
@@ -126,7 +140,8 @@ std::vector<std::string> filesLeftBeside(const std::string& pathname) {
   return found;
 }
 
-// The object is whole before the first file is renamed, so that its end undoes half a start.
+// The other constructor has made the object whole before the first file is renamed, so that where
+// the second one fails the destructor runs and gives the first its name back.
 KeptAside::KeptAside(const std::string& pathname) : KeptAside() {
   const std::vector<std::string> left = filesLeftBeside(pathname);
   m_kept.reserve(left.size());
@@ -135,6 +150,7 @@ KeptAside::KeptAside(const std::string& pathname) : KeptAside() {
   }
 }
 
+// A name that is taken is never renamed over, since it may hold what an earlier save set aside.
 void KeptAside::setAside(const std::string& path) {
   Names names{path, path};
   for (const char last : {'~', '1', '2', '3', '4', '5', '6', '7', '8', '9'}) {
