@@ -39,8 +39,8 @@ ReadResult readText(QSCfgRoot& root, Platform::File& file) {
 
 // A file that is there and cannot be opened reads as empty, as a missing one does, but no save may
 // put what was made up instead in its place.
-void countAsUnreadable(QSCfgRoot& root, const std::string& reason) {
-  root.unreadable = "the store " + root.fileName + " counts as empty, since " + reason;
+void countAsUnreadable(QSCfgRoot& root, const std::string& pathname, const std::string& reason) {
+  root.unreadable = "the store " + pathname + " counts as empty, since " + reason;
   traceStoreFailure(root.unreadable);
 }
 
@@ -55,7 +55,7 @@ void lookForLeftFiles(QSCfgRoot& root, const std::string& located) {
   }
 }
 
-ReadResult readStore(QSCfgRoot& root, const std::string& located) {
+ReadResult readStore(QSCfgRoot& root, const std::string& pathname, const std::string& located) {
   FileHandle file;
   const FileResult opened = Platform::openFile(located, Platform::Links::kRefused, file);
   if (opened == FileResult::kDone) {
@@ -64,7 +64,7 @@ ReadResult readStore(QSCfgRoot& root, const std::string& located) {
   if (opened == FileResult::kAbsent) {
     lookForLeftFiles(root, located);
   } else {
-    countAsUnreadable(root, "it cannot be opened: " + Platform::lastFileFailure());
+    countAsUnreadable(root, pathname, "it cannot be opened: " + Platform::lastFileFailure());
   }
   return ReadResult::kWhole;
 }
@@ -174,19 +174,18 @@ bool readyToSave(QSCfgRoot& root, const std::string& pathname) {
 }  // namespace
 
 ReadResult cfgLoadFile(QSCfgRoot& root, const std::string& pathname) {
-  root.fileName = pathname;
   root.unreadable.clear();
   root.leftBehind.clear();
   std::string located;
   try {
     located = locateStore(pathname);
   } catch (const QSException& failure) {
-    countAsUnreadable(root, failure.What());
+    countAsUnreadable(root, pathname, failure.What());
     return ReadResult::kWhole;
   }
   const StoreHold hold(located);
   try {
-    return readStore(root, located);
+    return readStore(root, pathname, located);
   } catch (const std::exception& failure) {
     noteStoreFailure(located, "was not read", failure.what());
     throw QSException("kFileRegistry", __LINE__, kFailure, "registry read failed");

@@ -1,11 +1,12 @@
 #include "ltlib/fileregistry/store/store_lock.h"
 
 #include <algorithm>
-#include <map>
 #include <stdexcept>
+#include <vector>
 
-#include "ltlib/fileregistry/tree/roots.h"
+#include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"
+#include "ltlib/foundation/process_mutex.h"
 #include "ltlib/foundation/uid.h"
 #include "ltlib/platform/process.h"
 
@@ -28,6 +29,38 @@ constexpr std::size_t kLongestIdentity = 512;
 
 // Removals by others can cross with ours; nobody can make that go on for ever.
 constexpr int kAttempts = 100;
+
+// An identity file whose lock this process holds, and how often.
+struct HeldFolder {
+  FileIdentity identity;
+  FileHandle file;
+  std::size_t depth = 0;
+};
+
+struct StoreState {
+  ProcessMutex lock{ProcessLock::kStores};
+  std::map<std::string, std::string> names;
+  std::vector<HeldFolder> held;
+};
+
+ltDoOnce_t s_storeOnce;
+StoreState* s_store = nullptr;
+
+// A child that kept copies of the descriptors would keep the locks after its parent's end.
+const Platform::ForkedChildHook s_childHook([]() noexcept {
+  if (s_store != nullptr) {
+    s_store->held.clear();
+  }
+});
+
+void makeStore() {
+  s_store = new StoreState;
+}
+
+StoreState& store() {
+  ltDoOnce(s_storeOnce, makeStore);
+  return *s_store;
+}
 
 std::string identityPathname(const std::string& pathname) {
   const std::size_t end = pathname.rfind(Platform::directorySeparator());
@@ -89,7 +122,7 @@ std::string readIdentity(const std::string& path, const std::string& name) {
 }
 
 HeldFolder* heldFolder(const FileIdentity& identity) {
-  std::vector<HeldFolder>& held = heldFolders();
+  std::vector<HeldFolder>& held = store().held;
   const auto found = std::find_if(held.begin(), held.end(), [&](const HeldFolder& folder) {
     return folder.identity == identity;
   });
@@ -130,16 +163,20 @@ std::string locateStore(const std::string& pathname) {
 
 // The name that may be needed is made ahead of the lock, which the whole machine waits for.
 const std::string& cfgLockName(const std::string& pathname) {
-  const ScopedLock threads(storeLock());
+  StoreState& stores = store();
+  const ScopedLock threads(stores.lock);
   NamedMutex identityLock("qs_config_lock");
-  std::map<std::string, std::string>& names = lockNames();
-  auto known = names.find(pathname);
-  if (known == names.end()) {
+  auto known = stores.names.find(pathname);
+  if (known == stores.names.end()) {
     const std::string name = newName();
     const NamedMutexHold processes(identityLock);
-    known = names.emplace(pathname, readIdentity(identityPathname(pathname), name)).first;
+    known = stores.names.emplace(pathname, readIdentity(identityPathname(pathname), name)).first;
   }
   return known->second;
+}
+
+std::map<std::string, std::string>& lockNames() {
+  return store().names;
 }
 
 NamedMutexHold::NamedMutexHold(NamedMutex& mutex) : m_mutex(mutex) {
@@ -169,7 +206,7 @@ FolderHold::FolderHold(const std::string& pathname, const std::string& lockName)
       break;
     }
     if (stillBears(path, m_identity)) {
-      heldFolders().push_back({m_identity, std::move(file), 1});
+      store().held.push_back({m_identity, std::move(file), 1});
       return;
     }
   }
@@ -182,14 +219,14 @@ FolderHold::FolderHold(const std::string& pathname, const std::string& lockName)
 FolderHold::~FolderHold() {
   HeldFolder* held = heldFolder(m_identity);
   if (held != nullptr && --held->depth == 0) {
-    std::swap(*held, heldFolders().back());
-    heldFolders().pop_back();
+    std::swap(*held, store().held.back());
+    store().held.pop_back();
   }
 }
 
 StoreHold::StoreHold(const std::string& pathname, const std::string& lockName)
     : m_mutex(lockName.c_str()),
-      m_threads(storeLock()),
+      m_threads(store().lock),
       m_processes(m_mutex),
       m_folder(pathname, lockName) {}
 

@@ -1,7 +1,14 @@
 // Where the stores lie, and the locks under which they are read and replaced.
+//
+// Lock order, outermost first: the tree's lock (roots.h), the stores' lock between the threads of
+// this process, "qs_config_lock", a directory's named mutex, the system's lock on its identity file.
+// "qs_config_lock" is given up before a directory's is taken. What is kept between calls is built at
+// first use and never destroyed. Forks take the first two locks, or pass by a thread that waits for
+// one of the others: by then all that is kept has to be whole.
 #ifndef LTLIB_FILEREGISTRY_STORE_STORE_LOCK_H
 #define LTLIB_FILEREGISTRY_STORE_STORE_LOCK_H
 
+#include <map>
 #include <string>
 
 #include "ltlib/foundation/mutex.h"
@@ -29,6 +36,11 @@ namespace LTLib::detail {
 /// throws.
 [[nodiscard]] const std::string& cfgLockName(const std::string& pathname);
 
+/// From a store file's pathname, as it was given, to the name of its directory's lock: what
+/// cfgLockName has found so far. Nothing sets an entry right, since an identity file is not to be
+/// changed while programs run. Requires: nobody else uses the stores.
+[[nodiscard]] std::map<std::string, std::string>& lockNames();
+
 /// Holds a named mutex. An owner reported as abandoned owns it all the same, so that it is given
 /// up before the exception passes on.
 class NamedMutexHold {
@@ -45,7 +57,8 @@ class NamedMutexHold {
 
 /// Holds the system's lock on a directory's identity file, which all meet who share the directory,
 /// be it from another container, session or machine; a file system without such locks is used
-/// without. One thread may hold it several times. Requires: the stores' lock is held throughout.
+/// without. One thread may hold it several times. In the child of a fork it holds nothing.
+/// Requires: the stores' lock is held throughout.
 class FolderHold {
  public:
   /// Makes the identity file anew with the lock's name if it has gone. Throws as cfgLockName does.

@@ -73,14 +73,6 @@ bool QSCfgDataSection::removeField(std::string_view name) {
   return true;
 }
 
-bool QSCfgDataSection::clearFields() {
-  if (sectionCount() != 0) {
-    return false;
-  }
-  m_fields.clear();
-  return true;
-}
-
 void QSCfgDataSection::reserveFor(const QSCfgDataSection& other) {
   m_subsections.reserveFor(other.sectionCount());
   m_fields.reserveFor(other.fieldCount());

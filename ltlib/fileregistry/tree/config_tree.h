@@ -118,8 +118,6 @@ class QSCfgDataSection final : public QSFirstClass {
   std::vector<std::unique_ptr<QSCfgDataField>> releaseFields() noexcept {
     return m_fields.releaseAll();
   }
-  /// Destroys all fields, true; with subsections it changes nothing, false.
-  bool clearFields();
 
   /// Makes room for all that another section holds, which `takeOver` then moves here.
   void reserveFor(const QSCfgDataSection& other);

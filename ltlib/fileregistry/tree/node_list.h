@@ -85,8 +85,6 @@ class NodeList {
     return std::exchange(m_nodes, {});
   }
 
-  void clear() noexcept { releaseAll(); }
-
  private:
   static constexpr std::size_t kIndexedFrom = 8;
 

@@ -9,28 +9,15 @@
 namespace LTLib::detail {
 namespace {
 
+// Made by ltDoOnce and left to the end of the process: static objects with destructors would go
+// before the last callers do.
 struct TreeState {
   ProcessMutex lock{ProcessLock::kTree};
   std::array<QSCfgRoot, 5> roots;
 };
 
-struct StoreState {
-  ProcessMutex lock{ProcessLock::kStores};
-  std::map<std::string, std::string> names;
-  std::vector<HeldFolder> held;
-};
-
 ltDoOnce_t s_treeOnce;
 TreeState* s_tree = nullptr;
-ltDoOnce_t s_storeOnce;
-StoreState* s_store = nullptr;
-
-// A child that kept copies of the descriptors would keep the locks after its parent's end.
-const Platform::ForkedChildHook s_childHook([]() noexcept {
-  if (s_store != nullptr) {
-    s_store->held.clear();
-  }
-});
 
 // The order in which the root sections are made.
 constexpr std::array<enumRegRoot, 5> kOrder = {REG_ROOT_CURRENT_USER, REG_ROOT_USERS,
@@ -49,18 +36,9 @@ void makeTree() {
   s_tree = state.release();
 }
 
-void makeStore() {
-  s_store = new StoreState;
-}
-
 TreeState& tree() {
   ltDoOnce(s_treeOnce, makeTree);
   return *s_tree;
-}
-
-StoreState& store() {
-  ltDoOnce(s_storeOnce, makeStore);
-  return *s_store;
 }
 
 }  // namespace
@@ -87,18 +65,6 @@ void makeRootSections() {
 
 Mutex& treeLock() {
   return tree().lock;
-}
-
-Mutex& storeLock() {
-  return store().lock;
-}
-
-std::map<std::string, std::string>& lockNames() {
-  return store().names;
-}
-
-std::vector<HeldFolder>& heldFolders() {
-  return store().held;
 }
 
 }  // namespace LTLib::detail

@@ -1,23 +1,19 @@
-// The five trees of the process and the locks that guard them.
+// The five roots of the process, and the lock that guards their trees.
 //
-// Lock order, outermost first: the tree's lock, the stores' lock, "qs_config_lock", a directory's
-// named mutex, the system's lock on its identity file. Everything here is built at first use and
-// never destroyed, so that a destructor that runs late in the process still finds it. Forks take
-// the first two locks, or pass by a thread that waits for one of the others: by then all that is
-// kept here has to be whole.
+// One lock for all trees, taken ahead of every lock of the store (store_lock.h) and held through a
+// whole load or save. What stands here is built at first use and never destroyed, so that a
+// destructor that runs late in the process still finds it. Forks take the lock, so that a child's
+// trees are whole.
 #ifndef LTLIB_FILEREGISTRY_TREE_ROOTS_H
 #define LTLIB_FILEREGISTRY_TREE_ROOTS_H
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
-#include <vector>
 
 #include "ltlib/fileregistry/tree/config_tree.h"
 #include "ltlib/foundation/mutex.h"
-#include "ltlib/platform/files.h"
 #include "ltlib/registry/registry_manager.h"
 
 /// An open key of the file backend: a root and a path. It points at nothing in the tree.
@@ -26,11 +22,13 @@ struct QSFileKeyHandle {
   std::string path;      // components joined by one backslash
 };
 
-/// How often the attempts to load a root have delivered each field, by folded path and name.
+/// How often the attempts to load a root have delivered each field, by folded path and name: the
+/// most that any one of them did. Empty once a load came to its end, since none follows.
 using QSCfgDelivered = std::unordered_map<std::string, std::size_t>;
 
 /// The last walk along a key path that led to a section, so that the next operation on the same key
-/// need not repeat it. Void once any section goes.
+/// need not repeat it. It stays true while sections are added, since they come in behind their
+/// namesakes; removeSectionOf, the one way by which a section of a root's tree goes, sets it right.
 struct QSCfgLastWalk {
   std::string path;
   QSCfgDataSection* section = nullptr;
@@ -40,7 +38,6 @@ struct QSCfgLastWalk {
 struct QSCfgRoot {
   enumRegRoot root = REG_ROOT_NONE;
   std::unique_ptr<QSCfgDataSection> section;  // null until the first touch of any root
-  std::string fileName;                       // where the last load read
   std::uint16_t lineCount = 0;                // lines read, for syntax messages
   bool touched = false;                       // a tree operation has asked for this root
   bool loaded = false;                        // the store file was read to its end
@@ -52,13 +49,6 @@ struct QSCfgRoot {
 };
 
 namespace LTLib::detail {
-
-/// An identity file whose lock this process holds, and how often.
-struct HeldFolder {
-  Platform::FileIdentity identity;
-  Platform::FileHandle file;
-  std::size_t depth = 0;
-};
 
 /// How far a handle lies above the first of the six predefined ones of the system.
 [[nodiscard]] inline std::uintptr_t placeOfPredefined(const void* handle) {
@@ -77,14 +67,6 @@ void makeRootSections();
 
 /// Guards the trees and the root records.
 [[nodiscard]] Mutex& treeLock();
-
-/// Guards what follows and, against other threads of this process, the store files.
-[[nodiscard]] Mutex& storeLock();
-
-/// From a store file's pathname, as it was given, to the name of its directory's lock.
-[[nodiscard]] std::map<std::string, std::string>& lockNames();
-
-[[nodiscard]] std::vector<HeldFolder>& heldFolders();
 
 }  // namespace LTLib::detail
 
