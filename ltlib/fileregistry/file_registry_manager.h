@@ -1,20 +1,26 @@
-// The registry backend that works on trees in memory, kept in plain text store files.
-//
-// Threads: every operation may be called from any thread; each works on the tree under one lock of
-// the process. An open handle belongs to one thread at a time, and enumeration by index is stable
-// only while nobody adds or deletes.
-// Ownership: an open handle names a key by its path and points at nothing, so that it stays good
-// when keys come and go; it goes back to regCloseKey once.
-// Failure: -1 for every failure of a reg... operation. The first touch of a root reads its store
-// file and may throw QSException, or std::length_error where the folder's "qsconfig.dat" can neither
-// be read nor made; nothing is held then and the next touch tries again.
-// Durability: changes stay in memory until saveConfiguration writes their root.
-//
-// What differs from the operating system's registry: opening succeeds for keys that do not exist,
-// and reading a value adds the sections of its path to the tree in memory; a value keeps the type
-// that it was made with; binary data ends at its first NUL; a list's items hold no comma,
-// backslash or double quote; a key right below a root holds no values. A name or text that has no
-// form in a store file is refused with -1 and nothing changes.
+/// \file
+/// \brief The registry backend that works on trees in memory, kept in plain text store files.
+///
+/// Threads: every operation may be called from any thread; each works on the tree under one lock of
+/// the process. An open handle belongs to one thread at a time, and enumeration by index is stable
+/// only while nobody adds or deletes.
+///
+/// Ownership: an open handle names a key by its path and points at nothing, so that it stays good
+/// when keys come and go; it goes back to regCloseKey once.
+///
+/// Failure: -1 for every failure of a reg... operation. The first touch of a root reads its store
+/// file and may throw QSException, or std::length_error where the folder's "qsconfig.dat" can
+/// neither be read nor made; nothing is held then and the next touch tries again.
+///
+/// Durability: changes stay in memory until saveConfiguration writes their root.
+///
+/// Units: sizes are bytes; whether a terminator counts is told with each operation.
+///
+/// What differs from the operating system's registry: opening succeeds for keys that do not exist,
+/// and reading a value adds the sections of its path to the tree in memory; a value keeps the type
+/// that it was made with; binary data ends at its first NUL; a list's items hold no comma,
+/// backslash or double quote; a key right below a root holds no values. A name or text that has no
+/// form in a store file is refused with -1 and nothing changes.
 #ifndef LTLIB_FILEREGISTRY_FILE_REGISTRY_MANAGER_H
 #define LTLIB_FILEREGISTRY_FILE_REGISTRY_MANAGER_H
 
@@ -23,6 +29,7 @@
 #include "ltlib/export.h"
 #include "ltlib/registry/registry_manager.h"
 
+/// The file backend. All objects of it work on the same trees.
 class LTLIB_EXPORT QSFileRegistryManager : public QSRegistryManagerImpl {
  public:
   QSFileRegistryManager() = default;
@@ -70,13 +77,17 @@ class LTLIB_EXPORT QSFileRegistryManager : public QSRegistryManagerImpl {
                    unsigned int* reserved, unsigned int* type, unsigned char* data,
                    unsigned int* dataSize) override;
 
+  /// Deletes a key without sub-keys, and its values; -1 for any other.
   int regDeleteKey(void* key, const char* subKey) override;
+  /// Deletes the first value of that name; a null name is the default value's. -1 if there is none.
   int regDeleteValue(void* key, const char* valueName) override;
 
   /// Writes the root as this process sees it. 0, or 0x80004005 with the files as they were: bad
   /// root, store not loaded, lock or write failed, or a name or text without a form in a file. The
   /// new text is on the device when 0 comes back.
   long saveConfiguration(enumRegRoot root) override;
+  /// To another file: an empty `pathname` becomes the default file name, whatever the environment
+  /// says.
   long saveConfiguration(enumRegRoot root, std::string& pathname) override;
 
   /// The environment variable of the root's name, else the default file name.

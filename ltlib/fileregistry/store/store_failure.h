@@ -1,4 +1,11 @@
-// Why a store was not read or not saved, where the result alone does not tell.
+/// \file
+/// \brief Why a store was not read or not saved, where the result alone does not tell.
+///
+/// Threads: each thread has a text of its own, that of its own last failure.
+///
+/// Ownership: the text is a copy.
+///
+/// Failure: only memory can run out.
 #ifndef LTLIB_FILEREGISTRY_STORE_STORE_FAILURE_H
 #define LTLIB_FILEREGISTRY_STORE_STORE_FAILURE_H
 

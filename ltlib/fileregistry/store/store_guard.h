@@ -1,8 +1,16 @@
-// Reading, changing and saving a store with nobody in between.
-//
-// A process reads a root once and a save replaces the whole file, so that of two processes whose
-// changes overlap the last one stands. A program that holds a guard from before its first touch of
-// the root to the end of its save loses no change of another program that does the same.
+/// \file
+/// \brief Reading, changing and saving a store with nobody in between.
+///
+/// A process reads a root once and a save replaces the whole file, so that of two processes whose
+/// changes overlap the last one stands. A program that holds a guard from before its first touch of
+/// the root to the end of its save loses no change of another program that does the same.
+///
+/// Threads: a guard belongs to the thread that made it. While it lives the other threads of the
+/// process wait in the file backend, and in a fork.
+///
+/// Ownership: the caller owns the guard; it holds locks alone and no file's content.
+///
+/// Failure: the constructor throws, and nothing is held then; the destructor is quiet.
 #ifndef LTLIB_FILEREGISTRY_STORE_STORE_GUARD_H
 #define LTLIB_FILEREGISTRY_STORE_STORE_GUARD_H
 
