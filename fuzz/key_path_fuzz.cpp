@@ -4,7 +4,6 @@
 // The input is a type code as one byte, then path, name and text, parted by NULs.
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,18 +55,14 @@ struct Field {
   std::string_view text;
 };
 
-// The tree of one field between two neighbours that it could spoil.
-std::unique_ptr<QSCfgDataSection> treeOf(const Names& names, const Field& field,
-                                         const std::string& text) {
-  auto root = std::make_unique<QSCfgDataSection>("root");
-  QSCfgDataSection* section = root.get();
+// What a tree shows of that field between two neighbours that it could spoil.
+std::string shownFields(const Names& names, const Field& field, const std::string& text) {
+  std::string path;
   for (const std::string_view name : names) {
-    section = &section->addSection(name);
+    path.append(path.empty() ? "" : "/").append(name);
   }
-  section->addField(std::make_unique<QSCfgDataFieldString>("first", kCfgULong, "1"));
-  section->addField(std::make_unique<QSCfgDataFieldString>(field.name, field.code, text));
-  section->addField(std::make_unique<QSCfgDataFieldString>("last", kCfgULong, "2"));
-  return root;
+  return path + "|first|0|1\n" + path + '|' + std::string(field.name) + '|' +
+         std::to_string(field.code) + '|' + text + '\n' + path + "|last|0|2\n";
 }
 
 // What the writer would write if it did not ask the check.
@@ -83,16 +78,17 @@ std::string uncheckedText(const Names& names, const Field& field) {
 
 void checkFileForm(const Names& names, const Field& field) {
   const bool isList = field.code == kCfgListString;
-  const std::string text(field.text);
-  const bool accepted = headerComesBack(names) && fieldComesBack(field.name, field.code, text);
-  const Reading back = readText(uncheckedText(names, field));
+  const std::string text = isList ? joinListLines(field.text) : std::string(field.text);
+  const std::string unchecked = uncheckedText(names, field);
+  const bool accepted =
+      headerComesBack(names) && fieldComesBack(field.name, field.code, field.text);
+  const Reading back = readText(unchecked);
   const bool same = back.end == "whole" &&
-                    showFields(*back.root) ==
-                        showFields(*treeOf(names, field, isList ? joinListLines(text) : text)) &&
-                    (!isList || holdSameItems(joinListLines(text), text));
+                    showFields(*back.root) == shownFields(names, field, text) &&
+                    (!isList || holdSameItems(text, field.text));
   demand(accepted || !same, "what comes back was refused");
   demand(same || !accepted, "what was accepted does not come back");
-  demand(!accepted || writeText(*treeOf(names, field, text)) == uncheckedText(names, field),
+  demand(!accepted || text != field.text || writeText(*back.root) == unchecked,
          "the writer writes something else");
 }
 

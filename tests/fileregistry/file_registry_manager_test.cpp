@@ -76,21 +76,18 @@ TEST_F(FileManager, RefusesNullsAndWhatIsNoHandle) {
 TEST_F(FileManager, OpensAndCreatesKeys) {
   void* handle = nullptr;
   unsigned int disposition = 99;
-  for (int round = 0; round < 2; ++round) {
-    EXPECT_EQ(m_manager.regCreateKeyEx(kRoot, "A\\B", nullptr, 0, 0, &handle, &disposition), 0);
-    EXPECT_EQ(round == 0 ? m_manager.regCloseKey(handle) : 0, 0);
-    OpenKey key("A\\B");
-    EXPECT_EQ(key.text(nullptr), "0") << "set by each call";
-    EXPECT_EQ(key.set(nullptr, "mine"), 0);
-  }
+  EXPECT_EQ(m_manager.regCreateKey(kRoot, "A\\B", nullptr), 0);
+  OpenKey key("A\\B");
+  EXPECT_EQ(key.set(nullptr, "mine"), 0);
+  EXPECT_EQ(m_manager.regCreateKeyEx(kRoot, "A\\B", nullptr, 0, 0, &handle, &disposition), 0);
   EXPECT_EQ(disposition, 99u);
+  EXPECT_EQ(key.text(nullptr), "0") << "set by each call";
   EXPECT_EQ(m_manager.regOpenKeyEx(kRoot, "A", 0, KEY_READ, &handle), 0);
   char name[8];
   EXPECT_EQ(m_manager.regEnumKey(handle, 0, name, sizeof name), -1);
   char* const none = nullptr;
   EXPECT_EQ(m_manager.regQueryValueEx(handle, none, nullptr, nullptr, nullptr), -1);
   EXPECT_EQ(m_manager.regCloseKey(handle), 0);
-  EXPECT_EQ(showRoot(), "A\nA/B|Default|1|mine\n");
 }
 
 // A query adds the sections of its path, and takes one backslash off its end.
@@ -102,9 +99,7 @@ TEST_F(FileManager, PathsLeadToSections) {
       {"A\\\\B", "A\\\\B", "A\nA/\\B\n"},
       {"A\\\\", "A\\", "A\n"},
       {"", "", ""},
-      {"A", "A", ""},
       {"\\A\\B", "\\A\\B", ""},
-      {"\\", "", ""},
       {"x[A]y", "x[A]y", "A\n"},
       {"\\[A\\B]", "\\[A\\B]", "A\\B\n"},
       {"[]", "[]", ""},
@@ -136,12 +131,10 @@ TEST_F(FileManager, HoldsValuesAsTheirTypesTell) {
   const std::tuple<const char*, unsigned int, std::string, std::string, std::string> cases[] = {
       {"", REG_SZ, "hello\0"s, "1|hello", "hello"},
       {"", REG_SZ, "a\0b\0"s, "1|a", "a"},
-      {"", REG_SZ, "ab", "1|ab", "ab"},
       {"", REG_QWORD, "12\0"s, "1|12", "12"},
       {"", REG_DWORD, "\xFF\xFF\xFF\xFF", "0|-1", "\xFF\xFF\xFF\xFF"},
       {"", REG_BINARY, "A\0B"s, "3|A", "A"},
       {"", REG_MULTI_SZ, "a\0b\0\0"s, "4|\"a\",\\|n\"b\"", "a\0b"s},
-      {"", REG_MULTI_SZ, "\0"s, "4|\"\"", ""},
       {"", REG_MULTI_SZ, "", "4|\"\"", ""},
       {"", REG_MULTI_SZ, "a\0\0b\0\0"s, "4|\"a\",\\|n\"\",\\|n\"b\"", "a\0\0b"s},
       {"", REG_MULTI_SZ, "a\\b\0\0"s, "4|\"a\",\\|n\"b\"", "a\0b"s},
@@ -257,13 +250,10 @@ TEST_F(FileManager, DeletesKeysWithoutSubKeys) {
 TEST_F(FileManager, FindsAKeyAsFromTheRoot) {
   OpenKey key("A\\B");
   OpenKey other("A\\B", REG_ROOT_USERS);
-  for (int round = 0; round < 3; ++round) {
-    EXPECT_EQ(key.text("n"), "<-1>");
+  for (int round = 0; round < 2; ++round) {
     EXPECT_EQ(key.set("n", "x"), 0);
-    EXPECT_EQ(key.text("N"), "x");
-    EXPECT_EQ(other.text("n"), "<-1>");
-    EXPECT_EQ(m_manager.regDeleteKey(kRoot, "a\\b"), 0);
-    EXPECT_EQ(OpenKey("A").set("n", "x"), 0);
+    EXPECT_EQ(other.text("n") + key.text("N"), "<-1>x");
+    EXPECT_EQ(m_manager.regDeleteKey(kRoot, "a\\b") + OpenKey("A").set("n", "x"), 0);
     EXPECT_EQ(showRoot(), "A\n") << "nothing is stored right below a root";
   }
   // A walk may go on from where the last one ended; reading shows the way, since it adds sections.
@@ -279,45 +269,30 @@ TEST_F(FileManager, FindsAKeyAsFromTheRoot) {
   EXPECT_EQ(showRoot(REG_ROOT_CURRENT_CONFIG), "A\nA/\\B\\\\\nA/\\B\\\nA/\\B\n");
 }
 
+// It is the type of the value that is there which tells what has a form, and whether the lines of a
+// list may be joined, if it comes back with the same items.
 TEST_F(FileManager, RefusesWhatHasNoFormInAFile) {
+  const std::string text =
+      "[A\\B]\n\"s\"=string:\"x\"\n\"b\"=binary:x\n\"u\"=ulong:1\n\"l\"=liststring:\"x\"\n";
   const std::tuple<const char*, const char*, unsigned int, std::string> cases[] = {
-      {"A\\B", "a\"b", REG_SZ, "x"},    {"A\\B", "a\nb", REG_SZ, "x"},
-      {"A\\B", "", REG_SZ, "x"},        {"A\\B", "n", REG_SZ, "a\nb"},
-      {"A\\B", "n", REG_BINARY, "a\\"}, {"A\\B", "n", REG_BINARY, "a\nb"},
-      {"A\\B]", "n", REG_SZ, "x"},      {"A\\B\nC", "n", REG_SZ, "x"},
-      {"A\\\\B", "n", REG_SZ, "x"},     {"A\\B", "n", REG_MULTI_SZ, "a\nb\0\0"s},
-      {"\\[A\\B]", "n", REG_SZ, "x"},   {"A\\B", "a\"b", REG_DWORD, "1234"},
+      {"A\\B", "a\"b", REG_SZ, "x"},   {"A\\B", "a\"b", REG_DWORD, "1234"},
+      {"A\\B", "", REG_SZ, "x"},       {"A\\B", "u", REG_SZ, "1\n2"},
+      {"A\\B", "b", REG_SZ, "a\\"},    {"A\\B", "s", REG_MULTI_SZ, "a\0b\0\0"s},
+      {"A\\B", "l", REG_SZ, "a\\\nb"}, {"A\\\\B", "n", REG_SZ, "x"},
+      {"A\\C]", "n", REG_SZ, "x"},     {"\\[A\\B]", "n", REG_SZ, "x"},
   };
-  for (const auto& [path, name, type, text] : cases) {
+  restartWith(text);
+  for (const auto& [path, name, type, data] : cases) {
     OpenKey key(path + "\\"s);
-    EXPECT_EQ(key.set(name, text, type), -1) << path << name;
+    EXPECT_EQ(key.set(name, data, type), -1) << path << name;
     EXPECT_EQ(static_cast<QSFileKeyHandle*>(key.get())->path, path);
   }
   void* result = &result;
-  EXPECT_EQ(m_manager.regCreateKey(kRoot, "A\\B]", &result), -1);
-  EXPECT_EQ(m_manager.regCreateKeyEx(kRoot, "A\\B]", nullptr, 0, 0, &result, nullptr), -1);
+  EXPECT_EQ(m_manager.regCreateKey(kRoot, "A\\C]", &result), -1);
   EXPECT_EQ(result, &result);
-  EXPECT_EQ(showRoot(), "") << "a refusal leaves nothing behind";
-  OpenKey key("A\\B");
-  EXPECT_EQ(key.set("u", "1", REG_BINARY), 0);
-  EXPECT_EQ(key.set("u", "1\n2"), -1) << "as the type that is there would have it";
-  EXPECT_EQ(showRoot(), "A\nA/B|u|3|1\n");
-}
-
-// It is the type of the value that is there which tells whether its lines may be joined, and they
-// may if a list comes back with the same items.
-TEST_F(FileManager, TakesLinesForAListAlone) {
-  const std::string store =
-      "[A\\B]\n\"s\"=string:\"x\"\n\"d\"=dir:\"x\"\n\"b\"=binary:x\n\"u\"=ulong:1\n"
-      "\"l\"=liststring:\"x\"\n";
-  restartWith(store);
-  OpenKey key("A\\B");
-  for (const char* name : {"s", "d", "b", "u"}) {
-    EXPECT_EQ(key.set(name, "a\0b\0\0"s, REG_MULTI_SZ), -1) << name;
-  }
-  EXPECT_EQ(key.set("l", "a\\\nb"), -1);
   EXPECT_EQ(save(), 0);
-  EXPECT_EQ(readFile(this->store()), store + "\n");
+  EXPECT_EQ(readFile(store()), text + "\n") << "a refusal leaves nothing behind";
+  OpenKey key("A\\B");
   EXPECT_EQ(key.set("l", "\"a\",\\\n\"b\""), 0);
   EXPECT_EQ(key.text("l"), "a\0b"s);
 }

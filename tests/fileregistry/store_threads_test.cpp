@@ -6,10 +6,12 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "ltlib/fileregistry/store/store_lock.h"
 #include "ltlib/foundation/kqsresult.h"
+#include "ltlib/foundation/named_mutex.h"
 #include "tests/support/child_process.h"
 #include "tests/support/store_fixture.h"
 #include "tests/support/system.h"
@@ -51,6 +53,14 @@ TEST_F(StoreThreads, EightThreadsDoEverythingOnOneRoot) {
     const std::string name = std::to_string(number);
     EXPECT_EQ(OpenKey("Own\\" + name).text("text"), name + ":149");
   }
+}
+
+// Whoever made a folder's identity without the machine's lock would not meet its last owner's end.
+TEST_F(StoreThreads, TheIdentityIsMadeUnderTheLockOfTheMachine) {
+  LTLib::NamedMutex lock("qs_config_lock");
+  std::thread([&lock] { lock.lock(); }).join();
+  EXPECT_THROW((void)load(), QSException);
+  EXPECT_TRUE(m_folder.names().empty() && load());
 }
 
 // The store that every saver writes: one text in each of so many values.
