@@ -1,6 +1,7 @@
 // Store texts: the trees and messages that the reader makes of them, and what is written for those.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <tuple>
 
@@ -34,7 +35,6 @@ TEST(TextReader, ReadsLinesAndHeaders) {
   expectTrees({
       {"", ""},
       {"# x\n//\n;[B]\n[A]\nn=1\n", "A\n"},
-      {"[A]\n  [B]\n\"n\"=ulong:1\n", "A|n|0|1\n"},
       {"[A]\n \"n\"=ulong:1\n", "A\n"},
       {"\xEF\xBB\xBF[A]\n\"n\"=ulong:1\n", ""},
       {"\"n\"=string:\"x\\\n[B]\"\n[A]\n", "A\n"},  // ahead of the first header
@@ -47,10 +47,8 @@ TEST(TextReader, ReadsLinesAndHeaders) {
       {"[A]\r\n\"n\"=binary:1\r", "A|n|3|1\r\n"},
 
       {"[ A \\ B ]\n", " A \n A / B \n"},
-      {"[A\\B] trailing words\n", "A\nA/B\n"},
       {"[A\\B]\n\"n\"=ulong:1\n[a\\b]\n\"m\"=ulong:2\n", "A\nA/B|n|0|1\nA/B|m|0|2\n"},
       {"[\xC3\xA4]\n[\xC3\x84]\n", "\xC3\xA4\n\xC3\x84\n"},
-      {"[a{]\n[a[]\n", "a{\na[\n"},
       {"[A]x\\B]\n", "A]x\nA]x/B\n"},
       {"[\\A\\B]\n", "\\A\\B\n"},
       {"[A\\\\\\B]\n", "A\nA/\\B\n"},
@@ -71,7 +69,6 @@ TEST(TextReader, ReadsValues) {
       {"[A]\n\"a\" ulong =ulong:5\n", "A|a|0|=ulong:5\n"},
 
       {"[A]\n\"a\"=string:\"say \"hi\" now\"\n", "A|a|1|say \"hi\" now\n"},
-      {"[A]\n\"a\"=string:\"abc\" junk\n", "A|a|1|abc\n"},
       {"[A]\n\"a\"=dir:  x\"abc\"\n", "A|a|2|abc\n"},
       {"[A]\n\"a\"=string:\"C:\\temp\\\"\n", "A|a|1|C:\\temp\\\n"},
       {"[A]\n\"a\"=string:\"one \\ignored\n  two\"\n", "A|a|1|one   two\n"},
@@ -81,16 +78,13 @@ TEST(TextReader, ReadsValues) {
       // The rules look at all the text so far: an old quote ends it, an old backslash continues it.
       {"[A]\n\"a\"=string:\"x\"y\\\nz\n", "A|a|1|x\n"},
       {"[A]\n\"a\"=string:\"x\\y\\\nz\nw\"\n", "A|a|1|xw\n"},
-      {"[A]\n\"a\"=string:\"x\\\\\n\nw\"\n", "A|a|1|xw\n"},
       {"[A]\n\"a\"=string:\"one\\", "A|a|1|one\n"},
       {"[A]\n\"a\"=string:\"o\"ne\\", "A|a|1|o\"ne\n"},
 
       {"[A]\n\"a\"=binary: 00 1F \n", "A|a|3| 00 1F \n"},
-      {"[A]\n\"a\"=dword:ff\n", "A|a|0|ff\n"},
       {"[A]\n\"a\"=liststring:\"x\",\\\n\"y\"\n", "A|a|4|\"x\",\"y\"\n"},
       {"[A]\n\"a\"=binary:1\\\n[2\\\n\"3\n", "A|a|3|1[2\"3\n"},
       {"[A]\n\"a\"=binary:\\\n\n\"b\"=ulong:2\n", "A|a|3|\nA|b|0|2\n"},
-      {"[A]\n\"a\"=binary:1\\", "A|a|3|1\n"},
       {"[A]\n\"a\"=binary:1\\\\", "A|a|3|1\\\n"},
   });
 }
@@ -104,11 +98,9 @@ TEST(TextReader, StopsAtWhatNamesNoSectionOrNeverEnds) {
       {"[A\\B", "bad header", "A\n"},
       {"[\\", "bad header", ""},
       {"[A] x\\y", "bad header", "A] x\n"},
-      {"[A\\B] trailing\\words", "bad header", "A\nA/B] trailing\n"},
       {"\"a\"=string:\"abc", "parse error", ""},
       {"\"a\"=string:\"x\\\nabc\nmore\"", "parse error", ""},
       {"\"a\"=string:\"\\\n\nmore\"", "parse error", ""},
-      {"\"a\"=dir:\"abc\n\"b\"=ulong:1", "parse error", ""},
   };
   for (const auto& [lines, end, left] : cases) {
     const Reading reading = readText("[K]\n\"n\"=ulong:1\n"s + lines + "\n[L]\n");
@@ -136,22 +128,18 @@ TEST(TextReader, ReportsValuesWithoutText) {
   }
 }
 
+// A line is taken in pieces of 8191 bytes, and a NUL ends its piece alone.
 TEST(TextReader, KnowsNoLongestLineAndCountsInSixteenBits) {
-  for (const std::size_t length : {8190u, 8191u, 8192u, 16382u, 65535u, 65536u, 200000u}) {
-    const std::string text(length, 'x');
-    expectTrees(
-        {{"[A]\n\"a\"=ulong:" + text + "\n\"b\"=ulong:2", "A|a|0|" + text + "\nA|b|0|2\n"}});
+  const std::string begin = "\"a\"=ulong:";
+  for (const std::size_t length : {8190u, 8191u, 8192u, 65536u, 200000u}) {
+    std::string text(length, 'x');
+    expectTrees({{"[A]\n" + begin + text + "\n\"b\"=ulong:2", "A|a|0|" + text + "\nA|b|0|2\n"}});
+    text[4000] = '\0';
+    const std::size_t rest =
+        begin.size() + length - std::min<std::size_t>(begin.size() + length, 8191);
+    expectTrees({{"[A]\n" + begin + text, "A|a|0|" + std::string(4000 + rest, 'x') + "\n"}});
   }
   EXPECT_EQ(readText(std::string(65536 + 7, '\n')).lineCount, 7);
-}
-
-// A line is taken in pieces of 8191 bytes, and a NUL ends its piece alone.
-TEST(TextReader, NulEndsItsPieceOfTheLine) {
-  std::string line = "\"a\"=ulong:" + std::string(30000, 'x');
-  line[8191] = '\0';
-  line[20000] = '\0';
-  const std::size_t kept = 8191 + (20000 - 2 * 8191) + (line.size() - 3 * 8191);
-  expectTrees({{"[A]\n" + line + "\n", "A|a|0|" + std::string(kept - 10, 'x') + "\n"}});
 }
 
 // What a save makes of a text that was read, which then stays as it is.
