@@ -1,3 +1,4 @@
+// Nodes know their children, their parent and their place; what finds them quickly lies in NodeList.
 #include "ltlib/fileregistry/tree/config_tree.h"
 
 #include <utility>
@@ -78,6 +79,7 @@ void QSCfgDataSection::reserveFor(const QSCfgDataSection& other) {
   m_fields.reserveFor(other.fieldCount());
 }
 
+// After reserveFor nothing here can fail, so that a load comes in as a whole or not at all.
 void QSCfgDataSection::takeOver(QSCfgDataSection& other) noexcept {
   for (std::unique_ptr<QSCfgDataSection>& child : other.releaseSections()) {
     adoptSection(std::move(child));

@@ -1,3 +1,5 @@
+// Every operation compares or hashes each name of its path, so that both work on eight bytes at once.
+// What is read goes through memcpy, since a name begins at any address.
 #include "ltlib/fileregistry/tree/folded_name.h"
 
 #include <algorithm>
@@ -22,7 +24,7 @@ std::uint64_t foldEight(std::uint64_t bytes) {
   const std::uint64_t fromA = low + everyByte(0x80 - 'a');
   const std::uint64_t aboveZ = low + everyByte(0x7F - 'z');
   const std::uint64_t letters = (fromA ^ aboveZ) & ~bytes & everyByte(0x80);
-  return bytes - (letters >> 2);
+  return bytes - (letters >> 2);  // the top bit, 0x80, becomes the 0x20 between the cases
 }
 
 template <class Word>
@@ -57,6 +59,9 @@ bool eachEight(std::size_t size, Take take) {
   return take(size - kEight);
 }
 
+// An odd multiplier of evenly spread bits, which the shift brings down to where the next bytes come
+// in. Names come from files that their owner can write anyway: the hash spreads them, and guards
+// against nobody.
 std::uint64_t mix(std::uint64_t hash, std::uint64_t eight) {
   hash = (hash ^ foldEight(eight)) * 0x9E3779B97F4A7C15u;
   return hash ^ (hash >> 29);
@@ -94,6 +99,7 @@ std::string foldedName(std::string_view name) {
 }
 
 std::size_t hashOfName(std::string_view name) noexcept {
+  // The two ends of a short name may overlap, so that its length must tell "aaa" from "aa".
   std::uint64_t hash = name.size();
   if (name.size() < sizeof(std::uint64_t)) {
     return finish(mix(hash, loadShort(name)));

@@ -1,3 +1,5 @@
+// The rules look odd together: they are those by which paths have always been read, and stores hold
+// keys that were made by them.
 #include "ltlib/fileregistry/tree/key_path.h"
 
 namespace LTLib::detail {

@@ -1,8 +1,14 @@
 // The way from a name to the first node that bears it.
 //
-// An open table of one slot for each name. Nodes of one name form a ring in order of arrival, and
-// the slot knows the last of them, whose next one is the first. The hash stands in the slot, so
-// that neither growing nor probing looks at nodes of other names.
+// An open table of one slot for each name, not for each node: a file may bring a name any number of
+// times, and only the first of them is ever asked for. Nodes of one name form a ring in order of
+// arrival. The slot knows the last of them, behind which the next one is entered; the one after the
+// last is the first, which a look-up wants. The hash stands in the slot as well, so that neither
+// growing nor probing touches the memory of other nodes.
+//
+// The index holds what its list has entered and stays true as long as the list tells it of each
+// node that goes (NodeList::take); names never change. It has no lock: enter, leave and the list's
+// bringing it up to date need the same lock as a change of the tree.
 #ifndef LTLIB_FILEREGISTRY_TREE_NAME_INDEX_H
 #define LTLIB_FILEREGISTRY_TREE_NAME_INDEX_H
 
@@ -19,7 +25,7 @@ namespace LTLib::detail {
 template <class Node>
 class NameIndex {
  public:
-  /// With room for that many names.
+  /// With room for that many names before it grows; a power of two lets a mask stand for a division.
   explicit NameIndex(std::size_t names) : m_slots(std::bit_ceil(2 * names)) {}
 
   /// The first node of that name, or null.
@@ -30,6 +36,7 @@ class NameIndex {
 
   /// Enters a node as the last of its name.
   void enter(Node& node) {
+    // Beyond three quarters the runs of taken slots, which each search goes through, get long.
     if (4 * (m_used + 1) > 3 * m_slots.size()) {
       grow();
     }
@@ -45,7 +52,8 @@ class NameIndex {
     slot = {&node, hash};
   }
 
-  /// Takes out a node that is the first of its name.
+  /// Takes out a node that is the first of its name; from inside the ring there would be no way to
+  /// the one before it.
   void leave(Node& node) {
     const std::size_t place = placeOf(node.name(), hashOfName(node.name()));
     if (m_slots[place].last != &node) {
@@ -92,7 +100,10 @@ class NameIndex {
     }
   }
 
-  // A search ends at a free slot, so that no name may stand behind one that its search would meet.
+  // A search ends at a free slot, so that none may lie between a name and its home, the slot that its
+  // hash asks for. Each name of the run whose way from home leads over the gap is moved into it, which
+  // opens the next gap. A mark in place of the gap would be quicker, but would fill up tables in which
+  // keys come and go.
   void closeGap(std::size_t gap) {
     for (std::size_t place = next(gap); m_slots[place].last != nullptr; place = next(place)) {
       const std::size_t mask = m_slots.size() - 1;

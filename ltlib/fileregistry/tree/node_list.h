@@ -2,9 +2,13 @@
 //
 // Several nodes may bear one name; look-ups and removals act on the first. Positions count from 0
 // and close up behind a removal. What is removed leaves a gap, which is closed once half of the
-// list is gaps, so that a removal costs the same wherever it happens. Short lists are searched as
-// they stand; longer ones get an index at their first look-up. A look-up may thus change the list's
-// own state: it needs the lock as well, and may run out of memory, which leaves the nodes alone.
+// list is gaps, so that a removal costs the same wherever it happens: closing half a list costs as
+// much as the removals that made the gaps. Places count the gaps, positions do not.
+//
+// Short lists are searched as they stand; longer ones get an index at their first look-up. A look-up
+// may thus change the list's own state, as may asking for a position: both need the lock that a
+// change needs, even of a reader among readers, and may run out of memory, which leaves the nodes
+// alone.
 #ifndef LTLIB_FILEREGISTRY_TREE_NODE_LIST_H
 #define LTLIB_FILEREGISTRY_TREE_NODE_LIST_H
 
@@ -55,7 +59,8 @@ class NodeList {
   /// Makes room for so many nodes more, whose `append` then cannot fail.
   void reserveFor(std::size_t more) { m_nodes.reserve(m_nodes.size() + more); }
 
-  /// Takes out a node of this list. It must be the first of its name.
+  /// Takes out a node of this list. It must be the first of its name. Allocates nothing, so that
+  /// what has to go can go when memory has run out.
   std::unique_ptr<Node> take(Node& node) noexcept {
     const std::size_t place = node.place();
     if (m_aids != nullptr) {
@@ -72,6 +77,7 @@ class NodeList {
 
   /// Destroys the last node, whatever its name. Requires: the list is not empty.
   void dropLast() noexcept {
+    // The last node need not be the first of its name, as the index would have it.
     m_aids.reset();
     take(last());
   }
@@ -86,10 +92,14 @@ class NodeList {
   }
 
  private:
+  // Comparing so few names, mostly by their lengths, costs less than hashing one.
   static constexpr std::size_t kIndexedFrom = 8;
 
-  // What a list needs only once it is long or has gaps. Each part is brought up to date when it is
-  // asked, so that nodes which are only appended cost nothing here.
+  // What a list needs only once it is long or has gaps: most lists never do, and pay one pointer.
+  // Each part knows how many places from the front it covers, and is brought up to date when it is
+  // asked, so that nodes which are only appended cost nothing here. What keeps both true: a place
+  // within what is covered changes in `take` alone, which tells them, and places move in closeGaps
+  // alone, which counts anew.
   struct Aids {
     std::optional<NameIndex<Node>> names;
     std::size_t indexed = 0;  // the nodes of so many places from the front are in the index
@@ -144,6 +154,7 @@ class NodeList {
     }
   }
 
+  // The index goes by nodes and stays; only the count of places that it covers is another then.
   void closeGaps() noexcept {
     if (m_aids != nullptr) {
       const auto indexedEnd = m_nodes.begin() + static_cast<std::ptrdiff_t>(m_aids->indexed);
@@ -159,7 +170,7 @@ class NodeList {
 
   std::vector<std::unique_ptr<Node>> m_nodes;  // null in a gap; the last is none
   std::size_t m_gaps = 0;
-  mutable std::unique_ptr<Aids> m_aids;
+  mutable std::unique_ptr<Aids> m_aids;  // null until a look-up in a long list, or gaps, want it
 };
 
 }  // namespace LTLib::detail

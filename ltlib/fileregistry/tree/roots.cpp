@@ -1,3 +1,4 @@
+// The six handles of the system lie side by side, so that a subtraction finds the root of each.
 #include "ltlib/fileregistry/tree/roots.h"
 
 #include <array>
@@ -51,6 +52,7 @@ bool isRootHandle(const void* handle) {
 QSCfgRoot& cfgRootOf(const void* rootHandle) {
   const std::uintptr_t place = placeOfPredefined(rootHandle);
   std::array<QSCfgRoot, 5>& roots = tree().roots;
+  // The machine's root stands last, and for every handle that is none.
   return place < kPlaces.size() ? roots[kPlaces[place]] : roots.back();
 }
 

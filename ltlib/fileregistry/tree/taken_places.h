@@ -1,8 +1,9 @@
 // From a position among the places of a row that are taken to the place, where others are free.
 //
-// A tree of sums laid out as an array: the sum at number n, counted from 1, covers so many places
-// up to its own as the lowest bit of n tells. Each operation takes as many steps as the length of
-// the row has bits.
+// A tree of sums laid out as an array (a binary indexed tree): the sum at number n, counted from 1,
+// covers so many places up to its own as the lowest bit of n tells: at 6 the places 5 and 6, at 8 all
+// from 1 to 8. Each operation takes as many steps as the length of the row has bits. It is a cache of
+// NodeList, which tells it of each place that is freed.
 #ifndef LTLIB_FILEREGISTRY_TREE_TAKEN_PLACES_H
 #define LTLIB_FILEREGISTRY_TREE_TAKEN_PLACES_H
 
@@ -34,7 +35,7 @@ class TakenPlaces {
     }
   }
 
-  /// Drops the places from `size` on.
+  /// Drops the places from `size` on; no sum ahead of them covers any of these.
   void shrink(std::size_t size) noexcept { m_sums.resize(std::min(size, m_sums.size())); }
 
   /// The place at a position. Requires: so many places are taken.

@@ -1,3 +1,6 @@
+// Programs ask for one key again and again, or for one after its parent, so that a walk remembers
+// where it ended (QSCfgLastWalk). It is written under the tree's lock, by walks that only read as
+// well.
 #include "ltlib/fileregistry/tree/tree_walk.h"
 
 #include <string>
@@ -8,8 +11,9 @@
 namespace LTLib::detail {
 namespace {
 
-// A walk that ends in a backslash, or adds a section each time, has to be made each time. Behind
-// two backslashes in a row the rest is one name, so that such a path is the start of no other.
+// Whether the same path leads to the same section again, and a longer one on from there. A walk that
+// ends in a backslash, or adds a section each time, has to be made each time. Behind two backslashes
+// in a row the rest is one name, so that such a path is the start of no other.
 bool leadsBack(std::string_view path) {
   return path.back() != '\\' && !lacksFirstComponent(path) &&
          path.find("\\\\") == std::string_view::npos;
@@ -25,8 +29,9 @@ std::string_view nameBelow(std::string_view above, std::string_view path) {
   return name.find('\\') == std::string_view::npos ? name : std::string_view{};
 }
 
-// A key goes ahead of the one above it when a whole branch goes, so that the next walk most often
-// ends there. No walk leads to a child of the root.
+// Keeps the remembered walk off a section that goes. A key goes ahead of the one above it when a
+// whole branch goes, so that the next walk most often ends there. No walk leads to a child of the
+// root.
 void stepUp(QSCfgLastWalk& last) {
   last.path.resize(last.path.rfind('\\'));
   last.section = lacksFirstComponent(last.path) ? nullptr : last.section->parent();
@@ -47,6 +52,7 @@ bool Branch::go(std::string_view name, bool create) {
 
 void Branch::add(std::string_view name) {
   auto section = std::make_unique<QSCfgDataSection>(name);
+  // Only the topmost new section stays apart; those below it hang from it already.
   if (m_added != nullptr) {
     m_tip = &m_tip->adoptSection(std::move(section));
   } else {
@@ -66,6 +72,7 @@ bool cfgResolveSection(std::string_view path, Branch& branch, bool create) {
   if (!lacksFirstComponent(path)) {
     return splitKeyPath(path, [&](std::string_view name) { return branch.go(name, create); });
   }
+  // Such a section is new each time, so that none can be found.
   const std::string_view name = create ? bracketedName(path) : std::string_view{};
   if (!name.empty()) {
     branch.add(name);
@@ -92,7 +99,8 @@ KeyWalk::KeyWalk(const QSFileKeyHandle& key, bool create) : m_branch(*cfgRootOf(
   }
 }
 
-// Nothing is remembered if this fails, or if the walk is given up.
+// Nothing is remembered if this fails, or if the walk is given up: the section comes in last, when
+// it hangs in the tree. The part of the path that both have in common keeps its memory.
 void KeyWalk::remember(QSCfgLastWalk& last, std::string_view path, std::size_t shared) {
   last.section = nullptr;
   last.path.resize(shared);
