@@ -1,3 +1,6 @@
+// Turns handles, counts and buffers of the interface into operations on the tree. The order of the
+// tests within an operation shows: a refusal must not load a store, and what is to be closed is closed
+// only once nothing can fail.
 #include "ltlib/fileregistry/file_registry_manager.h"
 
 #include <algorithm>
@@ -39,6 +42,7 @@ QSFileKeyHandle* openHandle(void* key) {
   return key == nullptr || isPredefined(key) ? nullptr : static_cast<QSFileKeyHandle*>(key);
 }
 
+// A folder's text is a text to every caller; only the file knows the difference.
 unsigned int typeOf(QSCfgTypeCode code) {
   switch (code) {
     case kCfgULong:
@@ -149,6 +153,7 @@ int QSFileRegistryManager::regQueryValueEx(void* key, char* valueName, unsigned 
   if (handle == nullptr) {
     return kRefused;
   }
+  // Whoever passes no type asks for no number, so that any other value does.
   unsigned int ownType = UINT_MAX;
   unsigned int& usedType = type != nullptr ? *type : ownType;
   if (usedType == REG_DWORD) {
@@ -180,7 +185,7 @@ int QSFileRegistryManager::regCreateKey(void* key, const char* subKey, void** re
 int QSFileRegistryManager::regCreateKeyEx(void* key, const char* subKey, char* /*keyClass*/,
                                           unsigned int /*options*/, unsigned int /*samDesired*/,
                                           void** result, unsigned int* /*disposition*/) {
-  return regCreateKey(key, subKey, result);
+  return regCreateKey(key, subKey, result);  // virtual, so that a derived backend's counts
 }
 
 int QSFileRegistryManager::regSetValueEx(void* key, const char* valueName, unsigned int type,
@@ -230,6 +235,7 @@ int QSFileRegistryManager::regEnumValue(void* key, unsigned int index, char* nam
     return kRefused;
   }
   copyName(found, name, nameSize);
+  // Virtual, so that a derived backend's own reading counts here too.
   return regQueryValueEx(key, found.data(), type, data, dataSize);
 }
 

@@ -1,3 +1,5 @@
+// Loading takes the tree's lock by itself and gives it up again, so that another thread may come in
+// between; no operation keeps anything from before. Everything is found anew, from the path.
 #include "ltlib/fileregistry/tree_operations.h"
 
 #include <algorithm>
@@ -54,6 +56,8 @@ bool setText(QSFileKeyHandle& key, std::string_view name, std::string text, QSCf
   return true;
 }
 
+// The walk is joined ahead of the use: a section that a query adds stays, whether or not the field is
+// there.
 template <class Use>
 bool withSection(QSFileKeyHandle& key, bool create, Use use) {
   cfgEnsureLoaded(key);
@@ -76,6 +80,7 @@ bool cfgQueryValue(QSFileKeyHandle& key, const char* name, QSCfgFieldInfo& info,
     info = {field->type(), field->getValue().size()};
     if (text != nullptr) {
       *text = field->getValue();
+      // In the copy alone: the file has the commas.
       if (field->type() == kCfgListString) {
         std::replace(text->begin(), text->end(), ',', '\\');
       }

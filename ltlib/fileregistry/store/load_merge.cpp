@@ -1,3 +1,5 @@
+// All that may fail is done first, on the reading's own nodes: the tree changes by moves alone, into
+// room that was made for them.
 #include "ltlib/fileregistry/store/load_merge.h"
 
 #include <algorithm>
@@ -30,6 +32,7 @@ std::string fieldKey(const std::string& path, const QSCfgDataField& field) {
   return path + '\n' + foldedName(field.name());
 }
 
+// Counts by name and not by place: whoever mends the file may move lines about.
 void leaveNewFields(const Pair& pair, const QSCfgDelivered& earlier, QSCfgDelivered& delivered) {
   for (std::unique_ptr<QSCfgDataField>& field : pair.read->releaseFields()) {
     const std::string key = fieldKey(pair.path, *field);
@@ -72,12 +75,14 @@ Plan planMoves(QSCfgDataSection& read, QSCfgDataSection& tree, const QSCfgDelive
 
 void takeOverReading(QSCfgRoot& root, QSCfgDataSection& read, bool whole) {
   QSCfgDataSection& tree = *root.section;
+  // The usual case, a first load into an empty tree, takes the top sections over as they are.
   if (whole && root.delivered.empty() && tree.sectionCount() == 0) {
     tree.reserveFor(read);
     tree.takeOver(read);
     return;
   }
   Plan plan = planMoves(read, tree, root.delivered);
+  // An attempt that broke off early delivers less than one before it.
   for (const auto& [key, count] : root.delivered) {
     std::size_t& most = plan.delivered[key];
     most = std::max(most, count);
@@ -85,6 +90,7 @@ void takeOverReading(QSCfgRoot& root, QSCfgDataSection& read, bool whole) {
   for (const auto& [from, to] : plan.moves) {
     to->takeOver(*from);
   }
+  // No attempt follows a whole load.
   if (whole) {
     plan.delivered.clear();
   }

@@ -1,3 +1,5 @@
+// A load and a save, step by step. A save touches nothing until it holds the locks and knows that
+// the tree is the store's whole state; from then on each failure leaves the files as they were.
 #include "ltlib/fileregistry/store/store.h"
 
 #include <exception>
@@ -44,6 +46,8 @@ void countAsUnreadable(QSCfgRoot& root, const std::string& pathname, const std::
   traceStoreFailure(root.unreadable);
 }
 
+// A store that is missing beside what a save leaves was most likely lost by a crash: the root is empty
+// all the same, but the next save must not make away with what may be the last version.
 void lookForLeftFiles(QSCfgRoot& root, const std::string& located) {
   std::string names;
   for (const std::string& left : filesLeftBeside(located)) {
@@ -69,17 +73,21 @@ ReadResult readStore(QSCfgRoot& root, const std::string& pathname, const std::st
   return ReadResult::kWhole;
 }
 
+// A root without a file is asked about again at each touch, as the environment may name one later.
 void loadStep(QSCfgRoot& root) {
   const std::string pathname = cfgDefaultPathname(root.root);
   if (pathname.empty()) {
     root.loadFailed = false;
     return;
   }
+  // True until the file was read to its end, since an exception may pass from here on.
   root.loadFailed = true;
   root.loaded = cfgLoadFile(root, pathname) == ReadResult::kWhole;
   root.loadFailed = !root.loaded;
 }
 
+// A device may tell of a failed write as late as at the flush or the close. What the first of the two
+// had to say is kept, as the close may have other words.
 void writeStore(const QSCfgDataSection& section, Platform::File* made) {
   Platform::FileCalls& calls = Platform::fileCalls();
   FileHandle file(made);
@@ -127,6 +135,7 @@ void replaceStore(QSCfgRoot& root, const std::string& located) {
   if (status != FileResult::kDone && status != FileResult::kAbsent) {
     fail(__LINE__, "the store cannot be looked at: " + Platform::lastFileFailure());
   }
+  // Made here, since memory may run out: from the first change of a file on nothing asks for any.
   const SaveNames names(located);
   if (status == FileResult::kDone) {
     if (!store.regular) {
@@ -136,6 +145,7 @@ void replaceStore(QSCfgRoot& root, const std::string& located) {
     swapStore(names);
     return;
   }
+  // Ahead of writing: the new text would otherwise go over a "_new" that is to be kept.
   std::optional<KeptAside> left;
   if (root.leftBehind == located) {
     left.emplace(located);
@@ -173,6 +183,8 @@ bool readyToSave(QSCfgRoot& root, const std::string& pathname) {
 
 }  // namespace
 
+// What locking throws passes unchanged, as it says nothing about the file; what reading throws becomes
+// the one failure of a load, with its reason kept for lastStoreFailure.
 ReadResult cfgLoadFile(QSCfgRoot& root, const std::string& pathname) {
   root.unreadable.clear();
   root.leftBehind.clear();
@@ -200,6 +212,7 @@ void cfgEnsureLoaded(const QSFileKeyHandle& key) {
   }
   makeRootSections();
   root.touched = true;
+  // Any other handle works on the machine's root, and must not make it read a file.
   if (isRootHandle(key.root)) {
     loadStep(root);
   }
@@ -215,6 +228,8 @@ QSResult cfgSaveFile(enumRegRoot root, std::string& pathname) {
   }
   try {
     QSCfgRoot& record = cfgRootOf(predefinedRootHandle(root));
+    // Ahead of the locks, since a load takes its own. Where there is nothing to write they are taken
+    // all the same: the result tells whether a save would have got that far.
     const bool ready = readyToSave(record, pathname);
     const std::string located = locateStore(pathname);
     const StoreHold store(located);

@@ -79,6 +79,7 @@ void Check::run() {
   keepTopKeys();
 }
 
+// Two levels of sections are kept, and no values: a check must not take the memory of a load.
 bool Check::takeHeader(const std::string& line) {
   m_begin = m_lines.count();
   std::vector<std::string_view> names;
@@ -158,6 +159,8 @@ void Check::keepTopKeys() {
   }
 }
 
+// The status is asked before the file is opened, since the opening of what is no file fails with
+// words that do not say so.
 void checkHeldFile(const std::string& pathname, StoreReport& report) {
   Platform::FileStatus found;
   const FileResult status = Platform::fileCalls().status(pathname.c_str(), &found);
@@ -216,6 +219,7 @@ const char* describeStoreFault(StoreFaultKind kind) noexcept {
 StoreReport checkStoreFile(const std::string& pathname) {
   StoreReport report;
   Kind step = Kind::kForeignLink;
+  // What is thrown tells by the step in which that happened what is wrong.
   try {
     const std::string located = locateStore(pathname);
     step = Kind::kLockFailed;

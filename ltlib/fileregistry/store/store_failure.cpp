@@ -7,6 +7,7 @@
 namespace LTLib {
 namespace {
 
+// By thread, as errno is: another thread's save must not put its words in between.
 std::string& lastText() {
   thread_local std::string text;
   return text;
@@ -18,6 +19,7 @@ std::string lastStoreFailure() {
   return lastText();
 }
 
+// Called where a failure is handled already, so that a lack of memory must not raise another.
 void detail::noteStoreFailure(const std::string& path, const char* event,
                               const char* reason) noexcept {
   std::string& last = lastText();

@@ -1,3 +1,6 @@
+// Two locks between processes, since each alone leaves a hole: the named mutex is known to one
+// machine or container, and file systems may lack the lock on the identity file. All take them in
+// that order, so that no two wait for each other.
 #include "ltlib/fileregistry/store/store_lock.h"
 
 #include <algorithm>
@@ -92,6 +95,8 @@ void makeIdentity(const std::string& path, const std::string& name) {
   }
 }
 
+// The file is looked for before it is made, since most uses find it, and a folder that cannot be
+// written may hold one.
 FileHandle openIdentity(const std::string& path, const std::string& name) {
   FileHandle file;
   FileResult result = Platform::openFile(path, Platform::Links::kRefused, file);
@@ -105,6 +110,7 @@ FileHandle openIdentity(const std::string& path, const std::string& name) {
   return file;
 }
 
+// Read to its end in pieces, as a size that was asked for may be another by then.
 std::string readIdentity(const std::string& path, const std::string& name) {
   const FileHandle file = openIdentity(path, name);
   std::string text;
@@ -121,6 +127,8 @@ std::string readIdentity(const std::string& path, const std::string& name) {
   return text.empty() ? kNameOfEmptyFile : text;
 }
 
+// By identity, since one folder has any number of pathnames, and a second opening of its file by this
+// process would wait for the first for ever.
 HeldFolder* heldFolder(const FileIdentity& identity) {
   std::vector<HeldFolder>& held = store().held;
   const auto found = std::find_if(held.begin(), held.end(), [&](const HeldFolder& folder) {
@@ -179,6 +187,7 @@ std::map<std::string, std::string>& lockNames() {
   return store().names;
 }
 
+// An abandoned mutex is owned by then; on a thread that does not own it, unlock does nothing.
 NamedMutexHold::NamedMutexHold(NamedMutex& mutex) : m_mutex(mutex) {
   try {
     mutex.lock();
@@ -202,6 +211,7 @@ FolderHold::FolderHold(const std::string& pathname, const std::string& lockName)
       ++held->depth;
       return;
     }
+    // A file system without locks gives kUnsupported, and the mutex has to do.
     if (fileCalls().lock(*file) == FileResult::kFailed) {
       break;
     }
@@ -215,7 +225,8 @@ FolderHold::FolderHold(const std::string& pathname, const std::string& lockName)
       ("the file " + path + " cannot be locked: " + Platform::lastFileFailure()).c_str());
 }
 
-// A forked child has let go of what its parent held.
+// A forked child has let go of what its parent held, so that there may be nothing to find. Closing
+// the file gives its lock up.
 FolderHold::~FolderHold() {
   HeldFolder* held = heldFolder(m_identity);
   if (held != nullptr && --held->depth == 0) {

@@ -1,3 +1,5 @@
+// A backslash ends an item in one form, joins lines in another and is an item's own byte in neither:
+// lists lose it, as they lose commas and quotes.
 #include "ltlib/fileregistry/text/list_text.h"
 
 #include <algorithm>
@@ -6,10 +8,12 @@ namespace LTLib::detail {
 namespace {
 
 constexpr std::string_view kSeparator = "\",\\\n\"";
+// What the reader joins lines by.
 constexpr std::string_view kLineBreak = "\\\n";
 
 }  // namespace
 
+// The list's own NUL, the last byte, stays one and ends the text; each item's becomes a backslash.
 std::string joinListItems(const char* bytes, std::size_t size) {
   std::string joined(bytes, size);
   if (size > 1) {
@@ -45,6 +49,8 @@ std::string joinListLines(std::string_view text) {
 }
 
 std::string unquoteListItems(std::string_view text) {
+  // The separator as it stands once its comma has become a backslash and the quotes are out: the whole
+  // of it parts two items, as a single backslash does in a list that a file brought.
   constexpr std::string_view kSeparatorWithoutQuotes = "\\\\\n";
   std::string bare;
   bare.reserve(text.size());

@@ -112,6 +112,7 @@ bool cfgVisitLines(ReadContext& context, LineVisitor& visitor) {
   bool goesOn = true;
   while (goesOn && takeLine(context, line)) {
     const char first = line.empty() ? '\0' : line.front();
+    // Anything else at the front, a blank included, makes a line nothing.
     if (first == '"') {
       goesOn = visitor.takeValue(line);
     } else if (first == '[') {
@@ -152,6 +153,8 @@ std::unique_ptr<QSCfgDataFieldString> cfgParseField(ReadContext& context, const 
   if (type == nullptr) {
     return nullptr;
   }
+  // Both look for the type word again, behind the name: a word between name and sign may hold it, and
+  // stores hold values that were read so.
   const auto parse = type->quoted ? cfgParseQuoted : cfgParseBare;
   return std::make_unique<QSCfgDataFieldString>(std::string_view(line).substr(1, nameEnd - 1),
                                                 type->code,

@@ -1,3 +1,4 @@
+// Nothing is escaped: a line is written only if the reader brings its content back (file_form.h).
 #include "ltlib/fileregistry/text/text_writer.h"
 
 #include <vector>
@@ -38,6 +39,7 @@ FieldForm formOf(QSCfgTypeCode code) {
 
 }  // namespace
 
+// One call of the system for each line would take longer than all the rest of a save.
 void LineSink::put(std::string_view text) {
   m_held += text;
   if (m_held.size() >= kPiece) {
@@ -94,6 +96,7 @@ void cfgWriteSection(LineSink& sink, const QSCfgDataSection& section) {
     names.emplace_back(entered.name());
     path.append(path.empty() ? "" : "\\").append(entered.name());
     if (entered.fieldCount() != 0) {
+      // A section without fields has no header, so that its name may be any.
       if (!headerComesBack(names)) {
         throwNoForm(__LINE__, path, " has a name that");
       }
