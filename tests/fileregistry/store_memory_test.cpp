@@ -41,7 +41,8 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   return std::malloc(size);
 }
 
-void operator delete(void* memory) noexcept {
+// Inlined, it would look to the compiler as if what `new` gave went to a `free` of another kind.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
 
