@@ -1,4 +1,4 @@
-// Creating and releasing an instance of a class that is loaded already, among 1,000 classes whose
+// Creating and releasing an instance of a class that is loaded already, among many classes whose
 // order is shuffled, beside the peers.
 #include <benchmark/benchmark.h>
 
@@ -22,35 +22,32 @@
 
 namespace {
 
-const std::vector<std::string>& shuffledIds() {
-  static const std::vector<std::string> s_ids = [] {
-    std::vector<std::string> ids;
-    for (int i = 0; i < kPeerClasses; ++i) {
-      ids.push_back(peerClass(i));
-    }
-    std::shuffle(ids.begin(), ids.end(), std::mt19937(1));
-    return ids;
-  }();
-  return s_ids;
+std::vector<std::string> shuffledIds(int classes) {
+  std::vector<std::string> ids;
+  for (int i = 0; i < classes; ++i) {
+    ids.push_back(peerClass(i));
+  }
+  std::shuffle(ids.begin(), ids.end(), std::mt19937(1));
+  return ids;
 }
 
 // One class after the other, by the ways that follow.
-template <class Way>
-void instanceAmong1000(benchmark::State& state) {
-  const std::vector<std::string>& ids = shuffledIds();
-  static Way s_way;
+template <class Way, int classes>
+void instanceAmong(benchmark::State& state) {
+  static const std::vector<std::string> s_ids = shuffledIds(classes);
+  static Way s_way(s_ids);
   std::size_t at = 0;
   for (auto _ : state) {
-    s_way.createAndRelease(ids[at]);
-    at = at + 1 < ids.size() ? at + 1 : 0;
+    s_way.createAndRelease(s_ids[at]);
+    at = at + 1 < s_ids.size() ? at + 1 : 0;
   }
 }
 
 // The registrars sit in the program itself; the first creation of each class loads it.
 class Library {
  public:
-  Library() {
-    for (const std::string& id : shuffledIds()) {
+  explicit Library(const std::vector<std::string>& ids) {
+    for (const std::string& id : ids) {
       CQSRegValue(REG_ROOT_LOCAL_MACHINE, ("%CLASSID%\\" + id).c_str(), "InprocServer")
           .Write(LTLIB_BENCH_LIBRARY);
       m_registrars.push_back(std::make_unique<iqsDllLoader::Registrar>(id.c_str(), create));
@@ -90,8 +87,8 @@ struct BareFactory {
 template <template <class...> class Map>
 class Bare {
  public:
-  Bare() {
-    for (const std::string& id : shuffledIds()) {
+  explicit Bare(const std::vector<std::string>& ids) {
+    for (const std::string& id : ids) {
       m_factories[id] = std::make_unique<BareFactory>();
     }
   }
@@ -117,7 +114,9 @@ using BareHash = Bare<std::unordered_map>;
 #ifdef LTLIB_BENCH_PEER_LIBRARY
 class PocoClassLoader {
  public:
-  PocoClassLoader() { m_loader.loadLibrary(LTLIB_BENCH_PEER_LIBRARY); }
+  explicit PocoClassLoader(const std::vector<std::string>& /*ids*/) {
+    m_loader.loadLibrary(LTLIB_BENCH_PEER_LIBRARY);
+  }
 
   void createAndRelease(const std::string& id) {
     PeerObject* object = m_loader.create(id);
@@ -130,16 +129,21 @@ class PocoClassLoader {
 };
 #endif
 
-BENCHMARK(instanceAmong1000<Library>);
-BENCHMARK(instanceAmong1000<BareTree>);
-BENCHMARK(instanceAmong1000<BareHash>);
+BENCHMARK(instanceAmong<Library, kPeerClasses>);
+BENCHMARK(instanceAmong<BareTree, kPeerClasses>);
+BENCHMARK(instanceAmong<BareHash, kPeerClasses>);
 #ifdef LTLIB_BENCH_PEER_LIBRARY
-BENCHMARK(instanceAmong1000<PocoClassLoader>);
+BENCHMARK(instanceAmong<PocoClassLoader, kPeerClasses>);
 #endif
-BENCHMARK(instanceAmong1000<Library>)->Threads(2)->UseRealTime();
+BENCHMARK(instanceAmong<Library, kPeerClasses>)->Threads(2)->UseRealTime();
 #ifdef LTLIB_BENCH_PEER_LIBRARY
-BENCHMARK(instanceAmong1000<PocoClassLoader>)->Threads(2)->UseRealTime();
+BENCHMARK(instanceAmong<PocoClassLoader, kPeerClasses>)->Threads(2)->UseRealTime();
 #endif
+BENCHMARK(instanceAmong<Library, 10000>);
+BENCHMARK(instanceAmong<BareHash, 10000>);
+BENCHMARK(instanceAmong<Library, 10000>)->Threads(2)->UseRealTime();
+BENCHMARK(instanceAmong<Library, 100000>);
+BENCHMARK(instanceAmong<BareHash, 100000>);
 
 // The plain form, with two locks for each creation and each release.
 void plainInstance(benchmark::State& state) {
