@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -46,7 +47,8 @@ void reportNoLoad(const FactoryDll& record, char** error) {
 }
 
 // Makes the class's record from its entry in the registry, unless another thread has done so; null
-// without an entry. Apart from the look-up, which would otherwise save registers for its sake.
+// without an entry. Not inline: each look-up would pay for the registers that this saves, and it runs
+// once for a class.
 [[gnu::noinline]] FactoryDll* addFactory(DllLoaderTables& tables, const char* id, char** error) {
   const ScopedLock hold(tables.tableLock);
   if (FactoryDll* const known = tables.factories.find(id); known != nullptr) {
@@ -58,9 +60,9 @@ void reportNoLoad(const FactoryDll& record, char** error) {
     reportNoEntry(id, error);
     return nullptr;
   }
-  auto* const record = new FactoryDll(id, path);
+  auto record = std::make_unique<FactoryDll>(id, path);
   tables.factories.add(*record);
-  return record;
+  return record.release();
 }
 
 FactoryDll* findOrAddFactory(DllLoaderTables& tables, const char* id, char** error) {
@@ -69,7 +71,8 @@ FactoryDll* findOrAddFactory(DllLoaderTables& tables, const char* id, char** err
 }
 
 // Whether the library is loaded, one more load being counted then. Since only a count of 0 leads to
-// a load or an unload, this needs no lock. A count at its top stays there.
+// a load or an unload, this needs no lock, which a thread could hold for as long as its library takes
+// to load. A count at its top stays there.
 bool countIfLoaded(FactoryDll& record) {
   std::uint32_t count = record.loadCount.load(std::memory_order_acquire);
   while (count != 0 && count != kPinned &&

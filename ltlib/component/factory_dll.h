@@ -2,22 +2,22 @@
 #ifndef LTLIB_COMPONENT_FACTORY_DLL_H
 #define LTLIB_COMPONENT_FACTORY_DLL_H
 
-#include <array>
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ltlib/component/dll_loader.h"
 
 /// A class has the factory of one form at most. The fields are atomic since `createUnknown` is read
 /// without a lock, and since the destructor of a registrar resets them all under the factory lock
-/// alone. What a creation touches comes first, in one line of the cache.
-struct alignas(64) iqsDllLoader::FactoryDll {
+/// alone.
+struct iqsDllLoader::FactoryDll {
   FactoryDll(std::string_view id, std::string_view path) : classId(id), dllPath(path) {}
 
   const std::string classId;
-  FactoryDll* next = nullptr;  // in its chain of the index; constant once added
   std::atomic<CreateUnknown> createUnknown{nullptr};  // written under the factory lock
   std::atomic<std::uint32_t> loadCount{0};            // rises from 0 and falls under the load lock
   std::atomic<CreatePlain> createPlain{nullptr};      // factory lock
@@ -29,25 +29,31 @@ struct alignas(64) iqsDllLoader::FactoryDll {
 
 namespace LTLib::detail {
 
-/// Finds records by the content of their identifiers. A record that is in stays in, so that those
-/// who look need no lock.
+/// Finds records by the content of their identifiers, without a lock: a record that is in stays in,
+/// and a table that the index outgrew stays, too. Who still looks into that one misses the newest
+/// records at worst, and meets them under the lock of those who add.
 class FactoryIndex {
  public:
+  FactoryIndex();
+
   /// Null when there is none.
   [[nodiscard]] iqsDllLoader::FactoryDll* find(std::string_view id) const noexcept;
 
   /// One thread at a time. Requires: no record of that identifier is in. Borrows the record.
-  void add(iqsDllLoader::FactoryDll& record) noexcept;
+  void add(iqsDllLoader::FactoryDll& record);
 
  private:
-  using Chain = std::atomic<iqsDllLoader::FactoryDll*>;
+  // A power of two of places, half of which are in use at most. A record lies at the place that the
+  // hash of its identifier gives, or at the next free one behind that.
+  using Table = std::vector<std::atomic<iqsDllLoader::FactoryDll*>>;
 
-  // A power of two well above the number of classes that a product has.
-  static constexpr std::size_t kChains = 2048;
+  static void put(Table& table, iqsDllLoader::FactoryDll& record) noexcept;
+  void grow();
 
-  static std::size_t chainOf(std::string_view id) noexcept;
-
-  std::array<Chain, kChains> m_chains{};
+  // Each twice as large as the one before: the old ones together take no more than the last.
+  std::deque<Table> m_tables;
+  std::atomic<const Table*> m_table;  // the last one, for those who look
+  std::size_t m_records = 0;
 };
 
 }  // namespace LTLib::detail
