@@ -13,7 +13,7 @@ namespace {
 
 using State = RWLockImpl::State;
 
-constexpr std::uint64_t kStateBits = 3;
+constexpr std::uint64_t kStateMask = 3;
 constexpr std::uint64_t kReadEventOpen = 4;  // since readers were let in that had waited
 constexpr std::uint64_t kOneReader = 8;
 constexpr std::uint64_t kOneWriter = std::uint64_t{1} << 33;
@@ -22,11 +22,11 @@ constexpr std::uint64_t kSoleReader = kOneReader | static_cast<std::uint64_t>(St
 constexpr std::uint64_t kSoleWriter = kOneWriter | static_cast<std::uint64_t>(State::kWriting);
 
 State stateOf(std::uint64_t word) {
-  return static_cast<State>(word & kStateBits);
+  return static_cast<State>(word & kStateMask);
 }
 
 std::uint64_t withState(std::uint64_t word, State state) {
-  return (word & ~kStateBits) | static_cast<std::uint64_t>(state);
+  return (word & ~kStateMask) | static_cast<std::uint64_t>(state);
 }
 
 std::uint32_t readersOf(std::uint64_t word) {
@@ -47,9 +47,9 @@ std::uint64_t admitted(std::uint64_t word) {
 
 }  // namespace
 
-RWLockImpl::RWLockImpl(EventMaker makeEvent)
-    : m_readEvent(RWLockImpl::makeEvent(makeEvent, EventReset::kManual)),
-      m_writeEvent(RWLockImpl::makeEvent(makeEvent, EventReset::kAutomatic)) {}
+RWLockImpl::RWLockImpl(EventMaker maker)
+    : m_readEvent(makeEvent(maker, EventReset::kManual)),
+      m_writeEvent(makeEvent(maker, EventReset::kAutomatic)) {}
 
 RWLockImpl::EventHandle RWLockImpl::makeEvent(EventMaker maker, EventReset reset) {
   EventHandle event(maker(reset));

@@ -23,7 +23,7 @@ class RWLockImpl {
     bool operator==(const Counts&) const = default;
   };
 
-  explicit RWLockImpl(EventMaker makeEvent = Platform::createEvent);
+  explicit RWLockImpl(EventMaker maker = Platform::createEvent);
 
   void readLock();
   void writeLock();

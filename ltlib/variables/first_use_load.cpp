@@ -6,7 +6,6 @@
 #include "ltlib/platform/library_path.h"
 #include "ltlib/registry/reg_enum.h"
 #include "ltlib/registry/reg_value.h"
-#include "ltlib/variables/variable_manager.h"
 
 namespace LTLib::detail {
 namespace {
@@ -66,14 +65,14 @@ std::optional<std::string> readConfigFile() {
   return word.isTooLong() ? std::nullopt : std::optional(word.value());
 }
 
-// A value that is no plain text is passed over, and a name that is there already stays as it is.
-void loadPublicVariables(QSConfigVariableManager& manager) {
+// A value that is no plain text is passed over.
+void loadPublicVariables(const TakeVariable& take) {
   CQSRegEnumValue values(REG_ROOT_LOCAL_MACHINE, "%PublicVariables%");
   CQSRegValue value;
   while (values.GetNext(value) >= 0) {
     char* text = nullptr;
     if (value.Read(value.GetName(), text) >= 0) {
-      (void)manager.AddVariable(value.GetName(), text);
+      take(value.GetName(), text);
     }
   }
 }

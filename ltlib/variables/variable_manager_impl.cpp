@@ -20,20 +20,6 @@ using WriteGuard = std::unique_lock<TableLock>;
 
 constexpr char kCurrentConfig[] = "CurrentConfig";
 
-// On whose behalf this thread changes the table, where that is not the program.
-thread_local constinit std::optional<VariableOrigin> t_origin;
-
-class OriginScope {
- public:
-  explicit OriginScope(VariableOrigin origin) : m_previous(t_origin) { t_origin = origin; }
-  ~OriginScope() { t_origin = m_previous; }
-  OriginScope(const OriginScope&) = delete;
-  OriginScope& operator=(const OriginScope&) = delete;
-
- private:
-  std::optional<VariableOrigin> m_previous;
-};
-
 void clear(volatile void* flag) noexcept {
   static_cast<volatile std::atomic<bool>*>(flag)->store(false);
 }
@@ -111,34 +97,39 @@ QSConfigVariableManagerImpl::QSConfigVariableManagerImpl(LTLib::detail::FirstUse
 
 QSResult QSConfigVariableManagerImpl::AddVariable(const std::string& name,
                                                   const std::string& value) {
+  return add(name, value, VariableOrigin::kRegistered);
+}
+
+QSResult QSConfigVariableManagerImpl::add(const std::string& name, const std::string& value,
+                                          VariableOrigin origin) {
   if (holdsMark(name)) {
     return LTLib::kFailure;
   }
   const WriteGuard hold(m_lock);
-  return define(name, value);
+  return define(name, value, origin);
 }
 
 QSResult QSConfigVariableManagerImpl::AddVariables(QSREGISTRYVARIABLE* table) {
   if (table == nullptr) {
     return LTLib::kSuccess;
   }
-  const OriginScope scope(table == LTLib::detail::s_defaultVariables
-                              ? VariableOrigin::kDefault
-                              : t_origin.value_or(VariableOrigin::kRegistered));
+  const VariableOrigin origin = table == LTLib::detail::s_defaultVariables
+                                    ? VariableOrigin::kDefault
+                                    : VariableOrigin::kRegistered;
   const WriteGuard hold(m_lock);
   for (const QSREGISTRYVARIABLE* row = table; row->name != nullptr; ++row) {
     if (holdsMark(row->name)) {
       continue;
     }
-    if (const QSResult result = define(row->name, row->value); result < 0) {
+    if (const QSResult result = define(row->name, row->value, origin); result < 0) {
       return result;
     }
   }
   return LTLib::kSuccess;
 }
 
-QSResult QSConfigVariableManagerImpl::define(std::string_view name, std::string_view value) {
-  const VariableOrigin origin = t_origin.value_or(VariableOrigin::kRegistered);
+QSResult QSConfigVariableManagerImpl::define(std::string_view name, std::string_view value,
+                                             VariableOrigin origin) {
   const bool isNew =
       m_variables.try_emplace(std::string(name), Variable{std::string(value), origin}).second;
   return isNew ? LTLib::kSuccess : LTLib::kAlreadyPresent;
@@ -146,15 +137,15 @@ QSResult QSConfigVariableManagerImpl::define(std::string_view name, std::string_
 
 QSResult QSConfigVariableManagerImpl::SetVariable(const std::string& name,
                                                   const std::string& value) {
-  const VariableOrigin origin = t_origin.value_or(VariableOrigin::kChanged);
   const WriteGuard hold(m_lock);
+  return change(name, value, VariableOrigin::kChanged);
+}
+
+QSResult QSConfigVariableManagerImpl::change(const std::string& name, const std::string& value,
+                                             VariableOrigin origin) {
   const auto variable = m_variables.find(name);
   if (variable == m_variables.end()) {
     return LTLib::kNotFound;
-  }
-  // A program that set the configuration while the file was being read has the last word.
-  if (origin == VariableOrigin::kConfigFile && !m_configFilePending) {
-    return LTLib::kSuccess;
   }
   variable->second = {value, origin};
   if (name == kCurrentConfig) {
@@ -192,8 +183,8 @@ QSResult QSConfigVariableManagerImpl::expand(std::string& text,
 }
 
 // The thread that sets the loading flag runs the load. An exception out of the registry leaves the
-// flag set: the load is not tried again, and the expansions to come work with what there is.
-// Apart from the front, which every expansion goes through.
+// flag set: the load is not tried again, and the expansions to come work with what there is. Not
+// inline, since every expansion goes through the caller and would pay for the registers saved here.
 [[gnu::noinline]] void QSConfigVariableManagerImpl::loadAtFirstUse() {
   SoleWork work(&m_publicVariablesLoading, clear);
   if (!work.beginIf([this] { return !m_publicVariablesLoading.exchange(true); })) {
@@ -208,8 +199,9 @@ QSResult QSConfigVariableManagerImpl::expand(std::string& text,
       work.endWith([this] { m_publicVariablesLoading = false; });
       throw;
     }
-    const OriginScope scope(VariableOrigin::kPublicVariable);
-    m_sources.loadPublicVariables(*this);
+    m_sources.loadPublicVariables([this](const std::string& name, const std::string& value) {
+      (void)add(name, value, VariableOrigin::kPublicVariable);
+    });
     m_publicVariablesLoaded = true;
   }
   work.endWith([this] { m_publicVariablesLoading = false; });
@@ -220,10 +212,11 @@ void QSConfigVariableManagerImpl::readConfigFile() {
   if (!m_configFilePending) {
     return;
   }
-  const OriginScope scope(VariableOrigin::kConfigFile);
-  QSConfigVariableManager& manager = *this;
-  if (const std::optional<std::string> word = m_sources.readConfigFile()) {
-    manager.SetVariable(kCurrentConfig, *word);
+  const std::optional<std::string> word = m_sources.readConfigFile();
+  const WriteGuard hold(m_lock);
+  // A program that set the configuration while the file was being read has the last word.
+  if (word && m_configFilePending) {
+    (void)change(kCurrentConfig, *word, VariableOrigin::kConfigFile);
   }
 }
 

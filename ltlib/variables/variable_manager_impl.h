@@ -55,7 +55,11 @@ class QSConfigVariableManagerImpl final : public QSConfigVariableManager {
 
   void loadAtFirstUse();
   void readConfigFile();
-  QSResult define(std::string_view name, std::string_view value);
+  QSResult add(const std::string& name, const std::string& value, LTLib::VariableOrigin origin);
+
+  // Both require that the caller writes.
+  QSResult define(std::string_view name, std::string_view value, LTLib::VariableOrigin origin);
+  QSResult change(const std::string& name, const std::string& value, LTLib::VariableOrigin origin);
 
   const LTLib::detail::FirstUseSources m_sources;
 

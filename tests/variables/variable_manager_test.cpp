@@ -29,10 +29,11 @@ class VariableManager : public testing::Test {
   }
 
   std::function<std::optional<std::string>()> m_configFile = [] { return std::nullopt; };
-  std::function<void()> m_publicVariables = [] {};
+  std::function<void(const LTLib::detail::TakeVariable& take)> m_publicVariables = [](auto) {};
   QSConfigVariableManagerImpl m_manager{
       {.readConfigFile = [this] { return m_configFile(); },
-       .loadPublicVariables = [this](QSConfigVariableManager&) { m_publicVariables(); }}};
+       .loadPublicVariables =
+           [this](const LTLib::detail::TakeVariable& take) { m_publicVariables(take); }}};
   QSResult m_result = 0;
 };
 
@@ -149,7 +150,7 @@ TEST_F(VariableManager, ResolversCannotHangOrTear) {
 
 TEST_F(VariableManager, ReportsWhereValuesCameFrom) {
   m_configFile = [] { return "filed"; };
-  m_publicVariables = [this] { m_manager.AddVariable("Public", ""); };
+  m_publicVariables = [](auto take) { take("Public", ""); };
   m_manager.AddVariable("Mine", "%CompanyName%");
   m_manager.SetVariable("PortalVersion", "4.0");
   EXPECT_EQ(expanded(""), "");
@@ -195,7 +196,7 @@ TEST_F(VariableManager, OneThreadLoadsAndNobodyWaits) {
     std::thread([this] { m_manager.SetVariable("CurrentConfig", "mine"); }).join();
     return "filed";
   };
-  m_publicVariables = [&] {
+  m_publicVariables = [&](auto) {
     EXPECT_EQ(m_manager.AddVariable("Early", "seen"), 0);
     inAnotherThread("seen%Late%");
     EXPECT_EQ(m_manager.AddVariable("Late", "unseen"), 0);
