@@ -1,6 +1,7 @@
-// What the loader knows of a class: for tools and diagnostics.
-//
-// Threads: any thread at any time; waits while a library loads or a plain factory runs.
+/// \file
+/// \brief What the loader knows of a class: for tools and diagnostics.
+///
+/// Threads: any thread at any time; waits while a library loads or a plain factory runs.
 #ifndef LTLIB_COMPONENT_CLASS_REPORT_H
 #define LTLIB_COMPONENT_CLASS_REPORT_H
 
@@ -13,6 +14,7 @@
 
 namespace LTLib {
 
+/// The state of a class, as of one moment.
 struct ClassReport {
   std::string library;      // the file, as the registry named it at the first look-up
   std::uint32_t loadCount;  // loads that nobody has undone

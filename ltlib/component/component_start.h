@@ -1,9 +1,10 @@
-// How a component library starts where the system's loader cannot stop an exception: what
-// `ltlib_add_component` links into each library calls this, and nobody else does.
-//
-// The library's initialisers, which construct its static objects, are kept from the system's loader
-// and run from here. An exception that leaves one ends the load: it waits until the system's loader
-// is done, and the Load that brought the library in throws it then.
+/// \file
+/// \brief How a component library starts where the system's loader cannot stop an exception: what
+/// `ltlib_add_component` links into each library calls this, and nobody else does.
+///
+/// The library's initialisers, which construct its static objects, are kept from the system's
+/// loader and run from here. An exception that leaves one ends the load: it waits until the
+/// system's loader is done, and the Load that brought the library in throws it then.
 #ifndef LTLIB_COMPONENT_COMPONENT_START_H
 #define LTLIB_COMPONENT_COMPONENT_START_H
 

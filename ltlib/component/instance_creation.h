@@ -1,24 +1,27 @@
-// The front door of the component model: an object from a class identifier.
-//
-// Threads: any thread at any time; factories run under no lock.
-// Ownership: the caller owns one reference of what it gets. The class's library stays loaded from
-// then on, also after a creation that failed later than the load.
-// Failure: a negative result, which alone tells failure from success.
-//
-// | failure                                                 | result     | error         | traced |
-// |---------------------------------------------------------|------------|---------------|--------|
-// | `outer` with a class other than "IQS_UNKNOWN"           | 0x8004102F | left          | no     |
-// | no entry in the registry, or the library does not load  | 0x8004102F | the reason    | yes    |
-// | null identifier; no factory registered, or one of the   | 0x8004102F | left          | yes    |
-// | plain form; factory that reports success and stores no  |            |               |        |
-// | object                                                  |            |               |        |
-// | factory gives a negative result                         | that one   | left          | yes    |
-// | factory throws QSException or another std::exception    | 0x8004102F | its text      | yes    |
-// | Init gives a negative result                            | that one   | left          | no     |
-// | InnerQueryInterface fails, as it does with a null `out` | that one   | left          | no     |
-//
-// In the last two rows the new object is released. What a factory throws that is no std::exception
-// passes through, and so does what the registry, Init and InnerQueryInterface throw.
+/// \file
+/// \brief The front door of the component model: an object from a class identifier.
+///
+/// Threads: any thread at any time; factories run under no lock.
+///
+/// Ownership: the caller owns one reference of what it gets. The class's library stays loaded from
+/// then on, also after a creation that failed later than the load.
+///
+/// Failure: a negative result, which alone tells failure from success.
+///
+/// | failure                                                 | result     | error      | traced |
+/// |---------------------------------------------------------|------------|------------|--------|
+/// | `outer` with a class other than "IQS_UNKNOWN"           | 0x8004102F | left       | no     |
+/// | no entry in the registry, or the library does not load  | 0x8004102F | the reason | yes    |
+/// | null identifier                                         | 0x8004102F | left       | yes    |
+/// | no factory registered, or one of the plain form         | 0x8004102F | left       | yes    |
+/// | factory that reports success and stores no object       | 0x8004102F | left       | yes    |
+/// | factory gives a negative result                         | that one   | left       | yes    |
+/// | factory throws QSException or another std::exception    | 0x8004102F | its text   | yes    |
+/// | Init gives a negative result                            | that one   | left       | no     |
+/// | InnerQueryInterface fails, as it does with a null `out` | that one   | left       | no     |
+///
+/// In the last two rows the new object is released. What a factory throws that is no std::exception
+/// passes through, and so does what the registry, Init and InnerQueryInterface throw.
 #ifndef LTLIB_COMPONENT_INSTANCE_CREATION_H
 #define LTLIB_COMPONENT_INSTANCE_CREATION_H
 

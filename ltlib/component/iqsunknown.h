@@ -1,14 +1,17 @@
-// The base of component objects: identifiers, the two faces of an object, and the class from which
-// components derive.
-//
-// An object's inner face is implemented by the object itself and never delegates. Its public face
-// is a small object inside it that forwards to the inner face; callers hold that one. The outer
-// unknown speaks for the object as a whole: the aggregating object, or the own public face.
-//
-// Threads: references may be added and released from any threads at the same time.
-// Ownership: an object is born with one reference, which belongs to whoever constructed it, and
-// dies when the count falls to 0. It lies on the heap, made by `new`.
-// Failure: results only; nothing here throws.
+/// \file
+/// \brief The base of component objects: identifiers, the two faces of an object, and the class
+/// from which components derive.
+///
+/// An object's inner face is implemented by the object itself and never delegates. Its public face
+/// is a small object inside it that forwards to the inner face; callers hold that one. The outer
+/// unknown speaks for the object as a whole: the aggregating object, or the own public face.
+///
+/// Threads: references may be added and released from any threads at the same time.
+///
+/// Ownership: an object is born with one reference, which belongs to whoever constructed it, and
+/// dies when the count falls to 0. It lies on the heap, made by `new`.
+///
+/// Failure: results only; nothing here throws.
 #ifndef LTLIB_COMPONENT_IQSUNKNOWN_H
 #define LTLIB_COMPONENT_IQSUNKNOWN_H
 

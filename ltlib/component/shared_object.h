@@ -1,11 +1,14 @@
-// Reference-counted objects without interfaces, and the pointers that count.
-//
-// Threads: pointers to one object may be copied and destroyed on any threads at the same time; one
-// pointer is used by one thread at a time.
-// Ownership: an object is born with one reference. A counting pointer built from a plain pointer
-// takes that one over; each copy adds one, each end gives one back, and the last deletes the
-// object, whose destructor sees a count of 1.
-// Failure: nothing here throws but the destructors of the objects.
+/// \file
+/// \brief Reference-counted objects without interfaces, and the pointers that count.
+///
+/// Threads: pointers to one object may be copied and destroyed on any threads at the same time; one
+/// pointer is used by one thread at a time.
+///
+/// Ownership: an object is born with one reference. A counting pointer built from a plain pointer
+/// takes that one over; each copy adds one, each end gives one back, and the last deletes the
+/// object, whose destructor sees a count of 1.
+///
+/// Failure: nothing here throws but the destructors of the objects.
 #ifndef LTLIB_COMPONENT_SHARED_OBJECT_H
 #define LTLIB_COMPONENT_SHARED_OBJECT_H
 

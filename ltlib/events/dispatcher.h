@@ -1,9 +1,11 @@
-// The interface by which handlers subscribe to topics and events are delivered, and the library's
-// implementation of it.
-//
-// Threads: a dispatcher is used by one thread at a time; the references it counts may be shared.
-// Ownership: a dispatcher adds its own references to what it keeps. It is itself a shared object
-// with one reference at first.
+/// \file
+/// \brief The interface by which handlers subscribe to topics and events are delivered, and the
+/// library's implementation of it.
+///
+/// Threads: a dispatcher is used by one thread at a time; the references it counts may be shared.
+///
+/// Ownership: a dispatcher adds its own references to what it keeps. It is itself a shared object
+/// with one reference at first.
 #ifndef LTLIB_EVENTS_DISPATCHER_H
 #define LTLIB_EVENTS_DISPATCHER_H
 
@@ -13,6 +15,7 @@
 #include "ltlib/events/event_types.h"
 #include "ltlib/export.h"
 
+/// What carries events from those who publish to those who subscribed.
 struct LTLIB_EXPORT iqsDispatcher : iqsSharedObject {
   ~iqsDispatcher() override;
 

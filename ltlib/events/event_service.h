@@ -1,8 +1,10 @@
-// The process-wide meeting point of modules that publish and receive events.
-//
-// Threads: Instance may be called from any thread; the manager itself is used by one thread at a
-// time.
-// Ownership: the service's manager lives to the end of the process. A manager owns its dispatcher.
+/// \file
+/// \brief The process-wide meeting point of modules that publish and receive events.
+///
+/// Threads: Instance may be called from any thread; the manager itself is used by one thread at a
+/// time.
+///
+/// Ownership: the service's manager lives to the end of the process. A manager owns its dispatcher.
 #ifndef LTLIB_EVENTS_EVENT_SERVICE_H
 #define LTLIB_EVENTS_EVENT_SERVICE_H
 
@@ -34,6 +36,7 @@ class ltEventManager {
   std::unique_ptr<iqsDispatcher> m_dispatcher;
 };
 
+/// Gives the one manager of the process.
 class LTLIB_EXPORT ltEventService {
  public:
   ltEventService() = default;

@@ -1,4 +1,6 @@
-// What passes through the event service: the shapes that modules derive their own types from.
+/// \file
+/// \brief What passes through the event service: the shapes that modules derive their own types
+/// from.
 #ifndef LTLIB_EVENTS_EVENT_TYPES_H
 #define LTLIB_EVENTS_EVENT_TYPES_H
 

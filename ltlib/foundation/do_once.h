@@ -1,22 +1,25 @@
-// One-time initialisation: many threads meet at a record, one of them runs the initialiser, and
-// none goes on before it has ended.
-//
-// Threads: any thread at any time. A caller sees all that the initialiser wrote. An initialiser
-// must not call ltDoOnce on its own record: it would wait for itself.
-// Forks: a record that another thread was running is untouched in the child, where the initialiser
-// runs again, from its start, for whoever asks next. So it must bear being cut off anywhere.
-// Ownership: a record lives in static storage, is ready before any code has run, guards one
-// initialiser and is never disposed of.
-//
-// | record    | done | entered   | a caller                                                |
-// |-----------|------|-----------|---------------------------------------------------------|
-// | untouched | 0    | -1        | runs the initialiser; the record is running             |
-// | running   | 0    | 0 or more | waits, looking once a millisecond                       |
-// | finished  | 1    | 0 or more | goes on                                                 |
-//
-// An initialiser that returns takes the record from running to finished, for good. One that
-// throws takes it back to untouched: its caller gets the exception, and a waiter or the next
-// caller runs the initialiser again. So no initialiser completes twice.
+/// \file
+/// \brief One-time initialisation: many threads meet at a record, one of them runs the initialiser,
+/// and none goes on before it has ended.
+///
+/// Threads: any thread at any time. A caller sees all that the initialiser wrote. An initialiser
+/// must not call ltDoOnce on its own record: it would wait for itself.
+///
+/// Forks: a record that another thread was running is untouched in the child, where the initialiser
+/// runs again, from its start, for whoever asks next. So it must bear being cut off anywhere.
+///
+/// Ownership: a record lives in static storage, is ready before any code has run, guards one
+/// initialiser and is never disposed of.
+///
+/// | record    | done | entered   | a caller                                                |
+/// |-----------|------|-----------|---------------------------------------------------------|
+/// | untouched | 0    | -1        | runs the initialiser; the record is running             |
+/// | running   | 0    | 0 or more | waits, looking once a millisecond                       |
+/// | finished  | 1    | 0 or more | goes on                                                 |
+///
+/// An initialiser that returns takes the record from running to finished, for good. One that throws
+/// takes it back to untouched: its caller gets the exception, and a waiter or the next caller runs
+/// the initialiser again. So no initialiser completes twice.
 #ifndef LTLIB_FOUNDATION_DO_ONCE_H
 #define LTLIB_FOUNDATION_DO_ONCE_H
 

@@ -1,11 +1,14 @@
-// Result codes and the one exception type: how everything in this library reports failure.
-//
-// Threads: a codec is a plain value. An exception object is used by one thread at a time, since
-// `what` may store the text that it gives.
-// Ownership: an exception copies its message; the source file name is borrowed for the life of
-// the exception and of every copy of it, in practice a string literal.
-// Failure: only memory can run out; the standard library's exception then leaves the constructor, or
-// What.
+/// \file
+/// \brief Result codes and the one exception type: how everything in this library reports failure.
+///
+/// Threads: a codec is a plain value. An exception object is used by one thread at a time, since
+/// `what` may store the text that it gives.
+///
+/// Ownership: an exception copies its message; the source file name is borrowed for the life of the
+/// exception and of every copy of it, in practice a string literal.
+///
+/// Failure: only memory can run out; the standard library's exception then leaves the constructor,
+/// or What.
 #ifndef LTLIB_FOUNDATION_KQSRESULT_H
 #define LTLIB_FOUNDATION_KQSRESULT_H
 

@@ -1,7 +1,9 @@
-// A string of plain bytes with a few replacement and number helpers.
-//
-// Threads: one thread at a time.
-// Failure: the standard library's exceptions; the string is unchanged then.
+/// \file
+/// \brief A string of plain bytes with a few replacement and number helpers.
+///
+/// Threads: one thread at a time.
+///
+/// Failure: the standard library's exceptions; the string is unchanged then.
 #ifndef LTLIB_FOUNDATION_LT_STRING_H
 #define LTLIB_FOUNDATION_LT_STRING_H
 
@@ -11,6 +13,7 @@
 
 #include "ltlib/export.h"
 
+/// The string; any bytes, zero bytes included.
 class LTLIB_EXPORT LTString {
  public:
   LTString() = default;

@@ -1,18 +1,20 @@
-// A re-entrant lock between the threads of one process, and its scope guard.
-//
-// Threads: lock and unlock may be called from any thread; the thread that holds the lock may take
-// it again, and it is free after as many unlocks as locks. Waits have no time limit: a waiter
-// tries 4000 times before it blocks, and where the process has one processor it blocks at once.
-//
-// | state           | lock by the owner | lock by another | unlock by the owner          |
-// |-----------------|-------------------|-----------------|------------------------------|
-// | free            |                   | held, depth 1   |                              |
-// | held, depth n   | depth n + 1       | waits           | depth n - 1; free at depth 0 |
-//
-// Forks: the child has the lock as it stood. What the forking thread held it holds there too; what
-// another thread held nobody gives back there, so that a program takes the lock around the fork or
-// leaves it alone in the child.
-// Failure: QSException with 0x80004005 and no file or line.
+/// \file
+/// \brief A re-entrant lock between the threads of one process, and its scope guard.
+///
+/// Threads: lock and unlock may be called from any thread; the thread that holds the lock may take
+/// it again, and it is free after as many unlocks as locks. Waits have no time limit: a waiter
+/// tries 4000 times before it blocks, and where the process has one processor it blocks at once.
+///
+/// | state           | lock by the owner | lock by another | unlock by the owner          |
+/// |-----------------|-------------------|-----------------|------------------------------|
+/// | free            |                   | held, depth 1   |                              |
+/// | held, depth n   | depth n + 1       | waits           | depth n - 1; free at depth 0 |
+///
+/// Forks: the child has the lock as it stood. What the forking thread held it holds there too; what
+/// another thread held nobody gives back there, so that a program takes the lock around the fork or
+/// leaves it alone in the child.
+///
+/// Failure: QSException with 0x80004005 and no file or line.
 #ifndef LTLIB_FOUNDATION_MUTEX_H
 #define LTLIB_FOUNDATION_MUTEX_H
 
@@ -29,6 +31,7 @@ namespace detail {
 class ProcessMutex;
 }
 
+/// The lock; the table above tells its states.
 class LTLIB_EXPORT Mutex {
  public:
   /// Throws std::bad_alloc when the system has no memory for the lock.

@@ -1,9 +1,12 @@
-// Entering and leaving the multi-threaded apartment, and silencing the system's critical-error
-// messages. Where the system knows neither, the library keeps the books itself.
-//
-// Threads: an apartment counts per thread. The error mode is that of the whole process: a guard on
-// one thread silences the others too, and guards that overlap on different threads can leave the
-// mode at either value.
+/// \file
+/// \brief Entering and leaving the multi-threaded apartment, and silencing the system's
+/// critical-error messages.
+///
+/// Where the system knows neither, the library keeps the books itself.
+///
+/// Threads: an apartment counts per thread. The error mode is that of the whole process: a guard on
+/// one thread silences the others too, and guards that overlap on different threads can leave the
+/// mode at either value.
 #ifndef LTLIB_FOUNDATION_PROCESS_HELPERS_H
 #define LTLIB_FOUNDATION_PROCESS_HELPERS_H
 

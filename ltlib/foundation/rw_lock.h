@@ -1,25 +1,27 @@
-// A lock for many readers or one writer, which prefers readers, and its scope guards.
-//
-// Threads: any thread may lock; any thread may unlock what another locked, since unlock goes by
-// the state and not by the caller. Waits have no time limit.
-//
-// | state   | readLock             | writeLock            | unlock                               |
-// |---------|----------------------|----------------------|--------------------------------------|
-// | free    | reading              | writing              | nothing happens                      |
-// | reading | passes               | counts itself, waits | reading while readers are left; then |
-// |         |                      |                      | writing if a writer waits, else free |
-// | writing | counts itself, waits | counts itself, waits | reading, with all readers that wait; |
-// |         |                      |                      | else writing, with one writer that   |
-// |         |                      |                      | waits; else free                     |
-//
-// A reader that arrives during reading passes even when writers wait, so that a steady flow of
-// readers keeps writers out. Writers come in no particular order. A thread may take the read lock
-// again while it reads, with one more unlock; any other lock by a thread that holds this one waits
-// for itself.
-//
-// Forks: the child has the lock as it stood. Where another thread held it or waited for it at the
-// fork it is of no use there, since nobody gives that back.
-// Failure: QSException with 0x80004005 when the system refuses an event at construction.
+/// \file
+/// \brief A lock for many readers or one writer, which prefers readers, and its scope guards.
+///
+/// Threads: any thread may lock; any thread may unlock what another locked, since unlock goes by
+/// the state and not by the caller. Waits have no time limit.
+///
+/// | state   | readLock             | writeLock            | unlock                         |
+/// |---------|----------------------|----------------------|--------------------------------|
+/// | free    | reading              | writing              | nothing happens                |
+/// | reading | passes               | counts itself, waits | one reader less; see below     |
+/// | writing | counts itself, waits | counts itself, waits | lets those in that wait: below |
+///
+/// When the last reader unlocks, a writer that waits is let in. When a writer unlocks, all readers
+/// that wait are let in; if there are none, one writer that waits. Without anybody the lock is free.
+///
+/// A reader that arrives during reading passes even when writers wait, so that a steady flow of
+/// readers keeps writers out. Writers come in no particular order. A thread may take the read lock
+/// again while it reads, with one more unlock; any other lock by a thread that holds this one waits
+/// for itself.
+///
+/// Forks: the child has the lock as it stood. Where another thread held it or waited for it at the
+/// fork it is of no use there, since nobody gives that back.
+///
+/// Failure: QSException with 0x80004005 when the system refuses an event at construction.
 #ifndef LTLIB_FOUNDATION_RW_LOCK_H
 #define LTLIB_FOUNDATION_RW_LOCK_H
 
@@ -29,6 +31,7 @@ namespace LTLib {
 
 class RWLockImpl;
 
+/// The lock; the table above tells its states.
 class LTLIB_EXPORT RWLock {
  public:
   RWLock();
@@ -62,6 +65,7 @@ class LTLIB_EXPORT ScopedRWLock {
   RWLock& m_lock;
 };
 
+/// As ScopedRWLock, as a reader.
 class LTLIB_EXPORT ScopedReadRWLock {
  public:
   explicit ScopedReadRWLock(RWLock& lock);
@@ -73,6 +77,7 @@ class LTLIB_EXPORT ScopedReadRWLock {
   RWLock& m_lock;
 };
 
+/// As ScopedRWLock, as a writer.
 class LTLIB_EXPORT ScopedWriteRWLock {
  public:
   explicit ScopedWriteRWLock(RWLock& lock);

@@ -1,9 +1,13 @@
-// Keeps the formatting of a stream over a scope: fill, flags, precision and width. Nothing else of
-// the stream is saved.
-//
-// Threads: one thread at a time, for the guard and the stream together.
-// Ownership: the stream is borrowed and has to outlive the guard.
-// Failure: none.
+/// \file
+/// \brief Keeps the formatting of a stream over a scope: fill, flags, precision and width.
+///
+/// Nothing else of the stream is saved.
+///
+/// Threads: one thread at a time, for the guard and the stream together.
+///
+/// Ownership: the stream is borrowed and has to outlive the guard.
+///
+/// Failure: none.
 #ifndef LTLIB_FOUNDATION_STREAM_FORMAT_H
 #define LTLIB_FOUNDATION_STREAM_FORMAT_H
 
@@ -12,8 +16,10 @@
 
 #include "ltlib/export.h"
 
+/// Holds the format of one stream and gives it back at its end.
 class LTLIB_EXPORT qs_stream_fmt_sentry {
  public:
+/// A format by itself.
   struct qs_ios_fmt {
     char fill;
     std::uint32_t flags;

@@ -1,14 +1,18 @@
-// 128-bit identifiers: generated, printed, parsed, compared, and as 16 bytes.
-//
-// Threads: Generate may be called from any thread at any time; the rest touches its object only.
-// Forks: the child seeds anew and generates values unlike its parent's.
-// Ownership: a plain value; buffers stay the caller's.
-// Units: sizes are in bytes, the terminating zero counted.
-//
-// The text form is "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx" in lower-case hexadecimal: 36 characters
-// and a terminating zero. It looks like a GUID, but no version or variant bits are forced: a
-// generated value mixes random words, time, process and a counter. It is unlike any other, and it
-// is no secret: values can be guessed from others.
+/// \file
+/// \brief 128-bit identifiers: generated, printed, parsed, compared, and as 16 bytes.
+///
+/// Threads: Generate may be called from any thread at any time; the rest touches its object only.
+///
+/// Forks: the child seeds anew and generates values unlike its parent's.
+///
+/// Ownership: a plain value; buffers stay the caller's.
+///
+/// Units: sizes are in bytes, the terminating zero counted.
+///
+/// The text form is "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx" in lower-case hexadecimal: 36 characters
+/// and a terminating zero. It looks like a GUID, but no version or variant bits are forced: a
+/// generated value mixes random words, time, process and a counter. It is unlike any other, and it
+/// is no secret: values can be guessed from others.
 #ifndef LTLIB_FOUNDATION_UID_H
 #define LTLIB_FOUNDATION_UID_H
 
@@ -17,6 +21,7 @@
 
 #include "ltlib/export.h"
 
+/// An identifier.
 class LTLIB_EXPORT UID {
  public:
   /// All zero.

@@ -1,29 +1,35 @@
-// The process-wide table of configuration variables, and the expansion of %NAME% references.
-//
-// A variable has a name and a raw value. Expansion replaces each reference, a name between two
-// percent signs, by the value, leftmost first, and goes on in what it put in, so that values may
-// hold references. What counts is the table at the moment of the expansion. There is no escape for
-// a percent sign: "%%" is a reference to the variable with the empty name.
-//
-// The first expansion of a process completes the table: the first word of the file config.dat
-// beside the library becomes the value of CurrentConfig, unless the program has set that already,
-// and the values of the registry key %PublicVariables% are added. Who comes first defines a name:
-// the library's own table, then tables registered before the first expansion, then the public
-// variables, then tables registered later. Only SetVariable changes a value. A public variable
-// whose name has 200 bytes or more ends the load: neither it nor those behind it are added. Where
-// the registry throws, the exception reaches the caller of that expansion, the load is not tried
-// again, and later expansions go by what was defined until then.
-//
-// Threads: every operation may be called from any thread at any time. An expansion sees the table
-// of one moment, unless resolvers are registered: these are called with no lock held, may use the
-// manager themselves, and the table is looked at anew for each replacement. One thread runs the
-// load of the first expansion; others that expand meanwhile go on with what is defined so far.
-// Forks: the child has the table as it stood, and may use it. A load that another thread was
-// running is the child's next expansion's.
-// Ownership: names and values are copied. Resolvers are borrowed.
-// Failure: results only, 0 on success. Exceptions of resolvers and of the registry pass through,
-// and so does std::bad_alloc.
-// Names compare as exact bytes. An empty name and an empty value are legal.
+/// \file
+/// \brief The process-wide table of configuration variables, and the expansion of references to
+/// them.
+///
+/// A variable has a name and a raw value. Expansion replaces each reference, a name between two
+/// percent signs, by the value, leftmost first, and goes on in what it put in, so that values may
+/// hold references. What counts is the table at the moment of the expansion. There is no escape for
+/// a percent sign: two in a row are a reference to the variable with the empty name.
+///
+/// The first expansion of a process completes the table: the first word of the file config.dat
+/// beside the library becomes the value of CurrentConfig, unless the program has set that already,
+/// and the values of the registry key that PublicVariables names are added. Who comes first defines
+/// a name: the library's own table, then tables registered before the first expansion, then the
+/// public variables, then tables registered later. Only SetVariable changes a value. A public
+/// variable whose name has 200 bytes or more ends the load: neither it nor those behind it are
+/// added. Where the registry throws, the exception reaches the caller of that expansion, the load
+/// is not tried again, and later expansions go by what was defined until then.
+///
+/// Threads: every operation may be called from any thread at any time. An expansion sees the table
+/// of one moment, unless resolvers are registered: these are called with no lock held, may use the
+/// manager themselves, and the table is looked at anew for each replacement. One thread runs the
+/// load of the first expansion; others that expand meanwhile go on with what is defined so far.
+///
+/// Forks: the child has the table as it stood, and may use it. A load that another thread was
+/// running is the child's next expansion's.
+///
+/// Ownership: names and values are copied. Resolvers are borrowed.
+///
+/// Failure: results only, 0 on success. Exceptions of resolvers and of the registry pass through,
+/// and so does std::bad_alloc.
+///
+/// Names compare as exact bytes. An empty name and an empty value are legal.
 #ifndef LTLIB_VARIABLES_VARIABLE_MANAGER_H
 #define LTLIB_VARIABLES_VARIABLE_MANAGER_H
 
@@ -51,6 +57,7 @@ class QSVariableResolver {
   ~QSVariableResolver() = default;
 };
 
+/// The table of variables, with its resolvers.
 class LTLIB_EXPORT QSConfigVariableManager {
  public:
   /// The manager of the process, made by the first call; null after the teardown at the end of

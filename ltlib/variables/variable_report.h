@@ -1,8 +1,10 @@
-// A look into the configuration variables, for tools: what is defined, where it came from, and how
-// a text expands step by step.
-//
-// Threads: both functions may be called from any thread.
-// Failure: only memory can run out; the standard library's exception then reaches the caller.
+/// \file
+/// \brief A look into the configuration variables, for tools: what is defined, where it came from,
+/// and how a text expands step by step.
+///
+/// Threads: both functions may be called from any thread.
+///
+/// Failure: only memory can run out; the standard library's exception then reaches the caller.
 #ifndef LTLIB_VARIABLES_VARIABLE_REPORT_H
 #define LTLIB_VARIABLES_VARIABLE_REPORT_H
 
@@ -23,6 +25,7 @@ enum class VariableOrigin {
   kPublicVariable,  // the registry
 };
 
+/// A variable, as of one moment.
 struct VariableReport {
   std::string name;
   std::string value;  // raw, not expanded
