@@ -1,3 +1,5 @@
+// Under the load lock count, module and reason are those of one moment; the factory's fields, which
+// change under another lock, are atomic.
 #include "ltlib/component/class_report.h"
 
 #include "ltlib/component/dll_loader_tables.h"

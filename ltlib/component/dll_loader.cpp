@@ -47,8 +47,8 @@ void reportNoLoad(const FactoryDll& record, char** error) {
 }
 
 // Makes the class's record from its entry in the registry, unless another thread has done so; null
-// without an entry. Not inline: each look-up would pay for the registers that this saves, and it runs
-// once for a class.
+// without an entry. Not inline, since it runs once for a class, and each look-up would pay for the
+// registers that it saves.
 [[gnu::noinline]] FactoryDll* addFactory(DllLoaderTables& tables, const char* id, char** error) {
   const ScopedLock hold(tables.tableLock);
   if (FactoryDll* const known = tables.factories.find(id); known != nullptr) {
@@ -65,14 +65,16 @@ void reportNoLoad(const FactoryDll& record, char** error) {
   return record.release();
 }
 
+// Looks without a lock first, which nearly always finds the class.
 FactoryDll* findOrAddFactory(DllLoaderTables& tables, const char* id, char** error) {
   FactoryDll* const known = tables.factories.find(id);
   return known != nullptr ? known : addFactory(tables, id, error);
 }
 
 // Whether the library is loaded, one more load being counted then. Since only a count of 0 leads to
-// a load or an unload, this needs no lock, which a thread could hold for as long as its library takes
-// to load. A count at its top stays there.
+// a load or an unload, this needs no lock: with one, a class that is there would wait for as long
+// as another's library takes to load. A count at its top stays there: counted on, it would be 0 while
+// the library is in use.
 bool countIfLoaded(FactoryDll& record) {
   std::uint32_t count = record.loadCount.load(std::memory_order_acquire);
   while (count != 0 && count != kPinned &&
@@ -118,6 +120,7 @@ FactoryDll* iqsDllLoader::Load(const iqsID& id, char** error) {
     reportNoLoad(*record, error);
     return nullptr;
   }
+  // Another thread may have loaded it between the look at the count and the lock.
   if (!countIfLoaded(*record)) {
     record->loadCount.store(1, std::memory_order_release);
   }
@@ -133,6 +136,7 @@ void iqsDllLoader::Unload(FactoryDll* factory) {
   void* const module = factory->module;
   if (module != nullptr && countLastUnload(*factory)) {
     LTLib::Platform::unloadSharedLibrary(module);
+    // A library that registered nothing for the class has no registrar that cleared this.
     factory->module = nullptr;
   }
 }
@@ -142,6 +146,8 @@ void* iqsDllLoader::CreateInstance(FactoryDll* factory) {
   if (tables == nullptr || factory == nullptr) {
     return nullptr;
   }
+  // Both, and in this order: the factory may load a class, and that library's registrars want the
+  // factory lock.
   const ScopedLock holdLoads(tables->loadLock);
   const ScopedLock hold(tables->factoryLock);
   const CreatePlain create = factory->createPlain;
@@ -201,6 +207,8 @@ iqsDllLoader::Registrar::~Registrar() {
   if (tables == nullptr) {
     return;
   }
+  // Not the load lock: where the system unloads a library by itself, as at the end of the process,
+  // this thread may hold the system's own lock of loads, for which the holder of ours may wait.
   const ScopedLock hold(tables->factoryLock);
   if (FactoryDll* const record = std::exchange(m_factory, nullptr); record != nullptr) {
     record->loadCount = 0;

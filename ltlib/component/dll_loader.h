@@ -13,10 +13,10 @@
 /// A class registers one of two kinds of factory, and is created by the route of that kind alone;
 /// by the other it has no factory:
 ///
-/// | form    | the factory makes                   | route                                         |
-/// |---------|-------------------------------------|-----------------------------------------------|
-/// | unknown | a component with a count of its own | iqs_CoCreateInstance; nothing is unloaded     |
-/// | plain   | any object                          | Load, CreateInstance, ReleaseInstance, Unload |
+/// | form    | the factory makes            | route                                         |
+/// |---------|------------------------------|-----------------------------------------------|
+/// | unknown | a component that counts      | iqs_CoCreateInstance; nothing is unloaded     |
+/// | plain   | any object                   | Load, CreateInstance, ReleaseInstance, Unload |
 ///
 /// | record   | count     | factory                       | how it is reached                 |
 /// |----------|-----------|-------------------------------|-----------------------------------|

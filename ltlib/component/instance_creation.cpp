@@ -22,12 +22,14 @@ void traceFailure(const iqsID& id) {
                               kSource, kLine, kTag, "iqs_CoCreateInstance");
 }
 
-// From here on all is part of both ways to create, so that the one that tells no steps pays for none.
+// From here on everything is inlined into both ways to create: the compiler then sees that nobody
+// reads the steps of the one that tells none, and leaves them out.
 [[gnu::always_inline]] inline iqsDllLoader::CreateUnknown factoryOf(const iqsID& id,
                                                                     std::string& error) {
   char* text = nullptr;
   const iqsDllLoader::CreateUnknown factory = iqsDllLoader::iqsGetCreateInstance(id, &text);
   const std::unique_ptr<char[]> owner(text);
+  // Without a text the caller's stays: an empty one would hide what it collected before.
   if (text != nullptr) {
     error = text;
   }
@@ -54,6 +56,7 @@ void traceFailure(const iqsID& id) {
     result = made;
     return nullptr;
   }
+  // A factory that reports success and stores nothing is told from one that failed by the step.
   step = CreationStep::kObject;
   return object;
 }
@@ -78,6 +81,7 @@ void traceFailure(const iqsID& id) {
 [[gnu::always_inline]] inline QSResult create(iqsUnknown* outer, const iqsID& id, void** out,
                                               std::string& error, CreationStep& step) {
   step = CreationStep::kLoad;
+  // What is compared is the class, by contract: an outer goes with one class alone.
   if (outer != nullptr && !(id == LTLib::kUnknownID)) {
     return LTLib::kNotAvailable;
   }

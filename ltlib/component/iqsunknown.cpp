@@ -3,6 +3,7 @@
 #include <cstring>
 
 bool iqsID::operator==(const iqsID& other) const {
+  // Identifiers are mostly one literal; this also makes two null texts equal.
   if (m_text == other.m_text) {
     return true;
   }
@@ -27,6 +28,7 @@ iqsCUnknown::iqsCUnknown(iqsUnknown* outer)
 iqsCUnknown::~iqsCUnknown() = default;
 
 QSResult iqsCUnknown::InnerQueryInterface(const iqsID& id, void** out) {
+  // The interface counts before the pointer: who asks for what is not there learns that either way.
   const bool isKnown = id == LTLib::kUnknownID;
   if (out == nullptr) {
     return isKnown ? LTLib::kNullArgument : LTLib::kNotAvailable;
@@ -58,6 +60,7 @@ QSResult iqsCUnknown::Init() {
 }
 
 bool iqsCUnknown::FinalRelease() {
+  // With a count of 1 the destructor may hand the object out and take it back without dying twice.
   m_refCount.exchange(1);
   return true;
 }

@@ -53,6 +53,7 @@ void startComponent(const ComponentInitialiser* first, const ComponentInitialise
   try {
     run(first, end, count, words, environment);
   } catch (...) {
+    // No load of the loader's: the program itself called the system's, and bears what comes of it.
     if (thrown == nullptr) {
       throw;
     }
@@ -79,6 +80,7 @@ void* detail::loadModule(std::vector<FailedModule>& failed, const char* path, st
     return module;
   }
   Platform::unloadSharedLibrary(module);
+  // The system counted this load, too; the library stays by the first one.
   reason = known->reason;
   return nullptr;
 }

@@ -25,6 +25,7 @@ void ltDispatcher::Dispatch(const iqs_const_ptr<iqsEvent>& /*event*/) const {}
 void ltDispatcher::Remove(const iqs_ptr<iqsEventTopic>& topic,
                           const iqs_ptr<iqsEventHandler>& handler,
                           const iqs_ptr<iqsEventFilter>& filter) {
+  // The order looks at topics alone, so that this finds whatever handlers and filters there are.
   ltDispatcherEntry searched{topic, handler, filter};
   const auto [first, last] = m_entries.equal_range(&searched);
   // Out of the table first, here too.

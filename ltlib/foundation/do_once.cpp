@@ -23,6 +23,7 @@ void makeUntouched(volatile void* once) noexcept {
 // Whether this caller found the record untouched; then it ran the initialiser.
 bool runsFirst(volatile ltDoOnce_t& once, void (*init)()) {
   Platform::SoleWork work(&once, makeUntouched);
+  // The first to count itself runs it; how many came later does not matter, only that it is not -1.
   if (!work.beginIf(
           [&once] { return once.entered.fetch_add(1, std::memory_order_acq_rel) == kUntouched; })) {
     return false;
@@ -37,6 +38,7 @@ bool runsFirst(volatile ltDoOnce_t& once, void (*init)()) {
   return true;
 }
 
+// No event to wait for: a record lies in static storage, without a constructor, and a wait is rare.
 // Ends when the initialiser has completed or when it failed and somebody has to try again.
 void waitWhileRunning(const volatile ltDoOnce_t& once) {
   while (!isDone(once) && once.entered.load(std::memory_order_acquire) != kUntouched) {

@@ -39,6 +39,7 @@ void traceConstruction(const std::string& opening, const char* file, int line) {
 
 }  // namespace
 
+// Nothing is masked: callers rely on what a field that is too large does to its neighbours.
 QSResult QSResultCodec::Encode(unsigned short error, unsigned short project, unsigned short module,
                                unsigned short code) {
   const std::uint32_t bits = (std::uint32_t{error} << 31) | (std::uint32_t{project} << 11) |
@@ -68,6 +69,7 @@ unsigned short QSResultCodec::Error() const {
 }
 
 unsigned short QSResultCodec::Project() const {
+  // The lower half alone: above the five bits lies the marker.
   return static_cast<unsigned short>((bitsOf(m_value) & 0xFFFFu) >> 11);
 }
 
@@ -107,6 +109,8 @@ QSException::QSException(const QSResult& result, const char* message)
                     Line());
 }
 
+// No move beside it: that would leave an exception without its message behind, which its destructor
+// and whoever still holds it would not expect.
 QSException::QSException(const QSException& other)
     : std::exception(), m_origin(other.m_origin), m_message(other.m_message) {}
 
@@ -134,6 +138,7 @@ std::string QSException::What() const {
 }
 
 const char* QSException::what() const noexcept {
+  // Kept, so that the pointer stays valid for as long as the exception lives.
   if (m_message.empty()) {
     try {
       m_message = DoWhat();

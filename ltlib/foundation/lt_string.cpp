@@ -32,6 +32,7 @@ void LTString::AppendNumber(int value) {
 }
 
 std::string LTString::intToString(long long value) {
+  // A stream takes the global locale's separators, as std::to_string would not.
   std::ostringstream text;
   text << value;
   return text.str();

@@ -18,6 +18,7 @@ using Platform::NamedLockStatus;
 
 NamedMutexImpl::NamedMutexImpl(const char* name)
     : m_lock(nullptr), m_name(name != nullptr ? name : "") {
+  // Without a name there is nothing that others could share.
   std::string reason;
   if (name != nullptr) {
     m_lock = Platform::openNamedLock(m_name, reason);
@@ -38,6 +39,8 @@ void NamedMutexImpl::lock() {
   }
   const std::string text = "cannot lock LTLib::NamedMutex " + m_name;
   switch (wait.status) {
+    // The mutex is this thread's all the same and is not given back, so that the caller can put
+    // right what the one before left half done.
     case NamedLockStatus::kAbandoned:
       fail(text + " (abandoned)");
     case NamedLockStatus::kFailed:

@@ -16,8 +16,8 @@
 /// | end of the owner's process  |               | abandoned              |                       |
 /// | fork of the owner's process |               | held by the parent     |                       |
 ///
-/// A process ends by itself or is killed. After a fork the mutex is still the parent's thread's; the
-/// child owns nothing and may wait for it.
+/// A process ends by itself or is killed. After a fork the mutex is still the parent's thread's;
+/// the child owns nothing and may wait for it.
 ///
 /// "Abandoned" is told once, by the exception of the lock that obtains the mutex: its thread is the
 /// owner and has one unlock to do. A name left over from a crash never blocks. On Windows a mutex

@@ -13,6 +13,7 @@ namespace {
 
 using State = RWLockImpl::State;
 
+// 30 bits for the readers and 31 for the writers: more threads than a process can have.
 constexpr std::uint64_t kStateMask = 3;
 constexpr std::uint64_t kReadEventOpen = 4;  // since readers were let in that had waited
 constexpr std::uint64_t kOneReader = 8;
@@ -102,6 +103,8 @@ void RWLockImpl::unlock() {
   unlockAmongOthers(now);
 }
 
+// The events are opened after the word has changed, which alone decides who is in. Who is let in
+// may unlock and delete the lock at once; setEvent bears that.
 void RWLockImpl::unlockAmongOthers(Word now) {
   Word next = 0;
   do {
@@ -131,11 +134,13 @@ RWLockImpl::Word RWLockImpl::afterUnlock(Word now) {
       return admitted(now);
     case State::kWriting:
       return admitted(now - kOneWriter);
+    // An unlock of a free lock does nothing, by contract.
     default:
       return now;
   }
 }
 
+// For tests, which wait by it until threads stand where they should.
 RWLockImpl::Counts RWLockImpl::counts() const {
   const Word now = m_word.load();
   return {readersOf(now), writersOf(now), stateOf(now)};

@@ -11,7 +11,7 @@
 /// | writing | counts itself, waits | counts itself, waits | lets those in that wait: below |
 ///
 /// When the last reader unlocks, a writer that waits is let in. When a writer unlocks, all readers
-/// that wait are let in; if there are none, one writer that waits. Without anybody the lock is free.
+/// that wait are let in, or one writer if no reader waits. If nobody waits the lock is free.
 ///
 /// A reader that arrives during reading passes even when writers wait, so that a steady flow of
 /// readers keeps writers out. Writers come in no particular order. A thread may take the read lock

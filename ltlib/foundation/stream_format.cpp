@@ -17,6 +17,7 @@ void qs_stream_fmt_sentry::Save() {
 void qs_stream_fmt_sentry::Restore() {
   if (m_saved) {
     CopyFormat(m_stream, m_fmt);
+    // Restored once only: what the program sets later is its own wish.
     m_saved = false;
   }
 }

@@ -19,7 +19,7 @@
 /// Holds the format of one stream and gives it back at its end.
 class LTLIB_EXPORT qs_stream_fmt_sentry {
  public:
-/// A format by itself.
+  /// A format by itself.
   struct qs_ios_fmt {
     char fill;
     std::uint32_t flags;

@@ -88,11 +88,13 @@ std::uint32_t drawSeed() {
   }
 }
 
+// Time and process are mixed in for a device that gives each process the same.
 void seed() {
   const std::uint32_t drawn = drawSeed();
   s_seedEngine.emplace(drawn ^ static_cast<std::uint32_t>(std::clock()) ^ processId());
 }
 
+// One device for the process, asked once: each thread's engine is seeded by the one that it seeded.
 std::uint32_t drawThreadSeed() {
   const LTLib::Platform::ThreadLockScope hold(
       LTLib::Platform::processLock(LTLib::Platform::ProcessLock::kSeeds));
@@ -108,6 +110,7 @@ std::mt19937& threadEngine() {
 }
 
 std::uint64_t nanoseconds(const MonotonicTime& time) {
+  // In two parts, since ticks times 10^9 would overflow within seconds of some clocks.
   constexpr std::uint64_t kPerSecond = 1000000000u;
   return (time.ticks / time.ticksPerSecond) * kPerSecond +
          ((time.ticks % time.ticksPerSecond) * kPerSecond) / time.ticksPerSecond;
@@ -179,6 +182,7 @@ void UID::from16bytes(const unsigned char* in) {
   }
 }
 
+// As a comparison of the 16 bytes in memory of a machine that stores the low byte first.
 int UID::Compare(const UID& other) const {
   for (int i = 0; i < 4; ++i) {
     if (m_words[i] != other.m_words[i]) {
@@ -196,6 +200,7 @@ UID UID::Generate() {
   std::mt19937& engine = threadEngine();
   const auto a = static_cast<std::uint32_t>(engine());
   const auto b = static_cast<std::uint32_t>(engine());
+  // Tells apart what two threads draw at one tick; 16 bits, which the words below have room for.
   const std::uint32_t c = s_sequence.fetch_add(1, std::memory_order_relaxed);
 
   UID value;

@@ -57,6 +57,7 @@ std::optional<std::string> readConfigFile() {
   FirstWord word;
   char piece[256];
   std::size_t taken = 0;
+  // By pieces, and no further than the first word: the file may be anything of any size.
   while (!word.isComplete() &&
          Platform::fileCalls().read(*file, piece, sizeof piece, &taken) == FileResult::kDone &&
          taken != 0) {

@@ -6,6 +6,7 @@
 namespace LTLib::detail {
 
 void GapText::settle(std::size_t count) {
+  // Until something is replaced there is no gap, and nothing to move.
   if (m_settled != m_pending) {
     std::memmove(m_text.data() + m_settled, m_text.data() + m_pending, count);
   }

@@ -1,9 +1,9 @@
 // A lock for many readers and few writers in which neither side waits for ever: readers share it,
 // and a writer that waits has later readers wait behind it.
 //
-// A std::shared_mutex does not do in its place. With the system's C library on Linux it lets readers
-// pass a writer that waits, 100,000 of them in a row where that was tried, and nothing frees it in
-// the child of a fork from readers that do not exist there.
+// A std::shared_mutex does not do in its place. On Linux it lets readers pass a writer that waits,
+// 100,000 of them in a row where that was tried, and nothing frees it in the child of a fork from
+// readers that do not exist there.
 //
 // Threads: as a std::shared_mutex, and with the guards of the standard library. No thread may take
 // it again while it holds it.

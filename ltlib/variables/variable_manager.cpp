@@ -49,6 +49,7 @@ LTLib::Platform::ThreadLock& pendingGuard() {
   return processLock(ProcessLock::kPendingTables);
 }
 
+// Nothing after the teardown: nobody would free the list any more.
 void appendPending(QSREGISTRYVARIABLE* table) {
   const ThreadLockScope hold(pendingGuard());
   if (s_tornDown) {
@@ -65,6 +66,7 @@ void constructManager() {
   if (s_tornDown || s_instance != nullptr) {
     return;
   }
+  // Built aside and published last: the child of a fork that cut this off must find none.
   auto manager = std::make_unique<QSConfigVariableManagerImpl>();
   if (!s_defaultsQueued) {
     appendPending(LTLib::detail::s_defaultVariables);
@@ -116,6 +118,7 @@ QSConfigVariableManager* QSConfigVariableManager::GetInstance() {
 QSConfigVariableManager::~QSConfigVariableManager() = default;
 
 QSVariableRegistrar::QSVariableRegistrar(QSREGISTRYVARIABLE* table) {
+  // Makes the manager first, so that the library's own table is ahead of this one.
   if (QSConfigVariableManager* const manager = QSConfigVariableManager::GetInstance()) {
     manager->AddVariables(table);
   }

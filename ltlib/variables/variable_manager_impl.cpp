@@ -62,6 +62,7 @@ class QSConfigVariableManagerImpl::ResolvingSource final : public LTLib::detail:
       return false;
     }
     m_replacement = m_value;
+    // A failing resolver passes on, with what it left in the replacement.
     for (QSVariableResolver* resolver : m_resolvers) {
       if (resolver->Resolve(m_name, m_value, m_replacement) >= 0) {
         break;
@@ -148,6 +149,7 @@ QSResult QSConfigVariableManagerImpl::change(const std::string& name, const std:
     return LTLib::kNotFound;
   }
   variable->second = {value, origin};
+  // Whoever sets the configuration has decided it: the file is for programs that do not.
   if (name == kCurrentConfig) {
     m_configFilePending = false;
   }
@@ -165,6 +167,7 @@ QSResult QSConfigVariableManagerImpl::ExpandString(std::string& text) {
 
 QSResult QSConfigVariableManagerImpl::expand(std::string& text,
                                              std::vector<LTLib::ExpansionStep>* steps) {
+  // The load itself expands, as reading the registry does: the mark ends that recursion.
   if (!m_publicVariablesLoaded && !m_publicVariablesLoading) {
     loadAtFirstUse();
   }
@@ -172,6 +175,7 @@ QSResult QSConfigVariableManagerImpl::expand(std::string& text,
     return LTLib::kSuccess;
   }
   {
+    // Without resolvers nothing foreign runs, so that the whole expansion may hold the lock.
     const ReadGuard hold(m_lock);
     if (m_resolvers.empty()) {
       FixedSource source(m_variables);

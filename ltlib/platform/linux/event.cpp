@@ -24,6 +24,7 @@ bool isOpen(std::uint32_t word) noexcept {
   return (word & kOpen) != 0;
 }
 
+// For a manual event: all who were there when it opened go on, though it may be closed by now.
 void waitForOpening(Event& event) noexcept {
   const std::uint32_t seen = event.word.load(std::memory_order_acquire);
   for (std::uint32_t now = seen; !isOpen(now) && now == seen;
@@ -32,6 +33,7 @@ void waitForOpening(Event& event) noexcept {
   }
 }
 
+// For an automatic event: one goes on for each opening, the one whose exchange closes it.
 void waitAndClose(Event& event) noexcept {
   std::uint32_t now = event.word.load(std::memory_order_relaxed);
   for (;;) {

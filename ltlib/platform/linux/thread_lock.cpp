@@ -32,7 +32,8 @@ inline const void* thisThread() noexcept {
 #endif
 }
 
-// Without a limit, or for that long at most.
+// Without a limit, or for that long at most. Comes back at once where the lock is not contended any
+// longer, and may come back for no reason: callers look again.
 void sleepWhileContended(std::atomic<std::uint32_t>& state, const timespec* limit) noexcept {
   syscall(SYS_futex, &state, FUTEX_WAIT_PRIVATE, kHeldWithWaiters, limit, nullptr, 0);
 }
@@ -100,7 +101,8 @@ bool enterAgain(ThreadLock& lock) noexcept {
   return true;
 }
 
-// Apart from the front, so that a lock that nobody else wants costs no saved registers.
+// Not inline: the loops in here need registers that have to be saved first. enterThreadLock would
+// then save them at each call, though nearly every lock is free when it is wanted.
 [[gnu::noinline]] bool waitAndEnter(ThreadLock& lock) noexcept {
   if (!takeBySpinning(lock)) {
     takeBySleeping(lock);
@@ -123,6 +125,8 @@ bool enterThreadLock(ThreadLock& lock) noexcept {
   return holdsThreadLock(lock) ? enterAgain(lock) : waitAndEnter(lock);
 }
 
+// The owner goes first: after the exchange the lock may be another thread's already, or freed with
+// what it is part of. A wake-up goes by the address alone, and finds nobody there at worst.
 void leaveThreadLock(ThreadLock& lock) noexcept {
   if (lock.reentries > 0) {
     --lock.reentries;
@@ -160,6 +164,7 @@ bool enterThreadLockOrNap(ThreadLock& lock) noexcept {
   return true;
 }
 
+// No order is needed: only this thread writes its own mark, and no other's equals it.
 bool holdsThreadLock(const ThreadLock& lock) noexcept {
   return lock.owner.load(std::memory_order_relaxed) == thisThread();
 }
@@ -167,6 +172,7 @@ bool holdsThreadLock(const ThreadLock& lock) noexcept {
 void resetThreadLock(ThreadLock& lock) noexcept {
   lock.reentries = 0;
   lock.owner.store(nullptr, std::memory_order_relaxed);
+  // Whoever slept for the lock is no thread of this process.
   lock.state.store(kFree, std::memory_order_relaxed);
 }
 
