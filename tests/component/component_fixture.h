@@ -13,6 +13,25 @@
 
 namespace LTLib::Testing {
 
+/// The file of a test's component library.
+inline std::string libraryPath(const std::string& name) {
+  return LTLIB_TEST_LIBRARIES "/component_" + name + LTLIB_TEST_LIBRARY_SUFFIX;
+}
+
+/// Makes or changes the entry of a class in the registry.
+inline void enterClass(const std::string& id, const std::string& library) {
+  CQSRegValue entry(REG_ROOT_LOCAL_MACHINE, ("%CLASSID%\\" + id).c_str(), "InprocServer");
+  EXPECT_EQ(entry.Write(library.c_str()), 0) << id;
+}
+
+/// "count loaded factory" of a class, with a dash for what it lacks.
+inline std::string stateOf(const char* id) {
+  const std::optional<ClassReport> report = reportClass(id);
+  return !report ? "none"
+                 : std::to_string(report->loadCount) + (report->isLoaded ? " loaded" : " -") +
+                       (report->hasFactory ? " factory" : " -");
+}
+
 class ComponentTest : public testing::Test {
  protected:
   ComponentTest() {
@@ -26,25 +45,6 @@ class ComponentTest : public testing::Test {
   static const TempFolder& folder() {
     static const TempFolder s_folder;
     return s_folder;
-  }
-
-  /// The file of a test's component library.
-  static std::string libraryPath(const std::string& name) {
-    return LTLIB_TEST_LIBRARIES "/component_" + name + LTLIB_TEST_LIBRARY_SUFFIX;
-  }
-
-  /// Makes or changes the entry of a class in the registry.
-  static void enterClass(const std::string& id, const std::string& library) {
-    CQSRegValue entry(REG_ROOT_LOCAL_MACHINE, ("%CLASSID%\\" + id).c_str(), "InprocServer");
-    ASSERT_EQ(entry.Write(library.c_str()), 0) << id;
-  }
-
-  /// "count loaded factory" of a class, with a dash for what it lacks.
-  static std::string stateOf(const char* id) {
-    const std::optional<ClassReport> report = reportClass(id);
-    return !report ? "none"
-                   : std::to_string(report->loadCount) + (report->isLoaded ? " loaded" : " -") +
-                         (report->hasFactory ? " factory" : " -");
   }
 };
 

@@ -87,13 +87,9 @@ TEST_F(CreateInstanceTest, SuccessGivesTheOneReferenceToTheCaller) {
   for (const char* id : {"Outcome.Good", "Outcome.Positive"}) {
     const Creation made = create(nullptr, id);
     EXPECT_EQ(made.result, 0) << id;
-    EXPECT_EQ(made.error + made.trace, "old");
-    EXPECT_EQ(made.notes, "made, initialised");
+    EXPECT_EQ(made.error + made.trace + made.notes, "oldmade, initialised");
     ASSERT_NE(made.out, nullptr);
-    auto* const face = static_cast<iqsUnknown*>(made.out);
-    EXPECT_EQ(face->AddRef(), 2u);
-    EXPECT_EQ(face->Release(), 1u);
-    EXPECT_EQ(face->Release(), 0u);
+    EXPECT_EQ(static_cast<iqsUnknown*>(made.out)->Release(), 0u);
     EXPECT_EQ(Stage::takeNotes(), "ended");
   }
   EXPECT_EQ(iqs_CoCreateInstance(nullptr, "Outcome.Good", nullptr), kNullArgument);
@@ -106,11 +102,9 @@ TEST_F(CreateInstanceTest, AnOuterIsForTheRootClassAlone) {
   for (const char* id : {"Outcome.Never", "iqs_unknown", static_cast<const char*>(nullptr)}) {
     const Creation refused = create(&outer, id);
     EXPECT_EQ(refused.result, kNotAvailable);
-    EXPECT_EQ(refused.error + refused.trace + refused.notes, "old");
-    EXPECT_EQ(stateOf(id), "none");
+    EXPECT_EQ(refused.error + refused.trace + refused.notes + stateOf(id), "oldnone");
   }
   const Creation made = create(&outer, std::string("IQS_UNKNOWN").c_str());
-  EXPECT_EQ(made.result, 0);
   EXPECT_EQ(made.notes, "made inside, initialised");
   ASSERT_NE(made.out, nullptr);
   EXPECT_EQ(static_cast<iqsUnknown*>(made.out)->Release(), 0u);

@@ -36,9 +36,9 @@ TEST_F(DllLoaderTest, ALibraryGoesWithItsLastLoadAndComesBackWithFreshStatics) {
     EXPECT_EQ(iqsDllLoader::Load(std::string("Pair.Plain").c_str(), nullptr), record);
     EXPECT_EQ(stateOf("Pair.Plain"), "2 loaded factory");
     EXPECT_EQ(stateOf("Pair.Unknown"), "0 - factory");
-    auto* const instance = static_cast<int*>(iqsDllLoader::CreateInstance(record));
+    void* const instance = iqsDllLoader::CreateInstance(record);
     ASSERT_NE(instance, nullptr);
-    EXPECT_EQ(*instance, 1);
+    EXPECT_EQ(*static_cast<int*>(instance), 1);
     iqsDllLoader::ReleaseInstance(record, nullptr);
     iqsDllLoader::ReleaseInstance(record, instance);
     iqsDllLoader::Unload(record);
@@ -56,13 +56,10 @@ TEST_F(DllLoaderTest, ALibraryGoesWithItsLastLoadAndComesBackWithFreshStatics) {
 TEST_F(DllLoaderTest, ALibraryStaysWhileAnotherClassHoldsIt) {
   FactoryDll* const plain = iqsDllLoader::Load("Pair.Plain", nullptr);
   FactoryDll* const unknown = iqsDllLoader::Load("Pair.Unknown", nullptr);
-  EXPECT_NE(plain, unknown);
   iqsDllLoader::Unload(plain);
-  EXPECT_EQ(stateOf("Pair.Plain"), "0 - factory");
-  EXPECT_EQ(stateOf("Pair.Unknown"), "1 loaded factory");
-  iqsDllLoader::ReleaseInstance(plain, iqsDllLoader::CreateInstance(plain));
+  EXPECT_EQ(stateOf("Pair.Plain") + stateOf("Pair.Unknown"), "0 - factory1 loaded factory");
   iqsDllLoader::Unload(unknown);
-  EXPECT_EQ(Stage::takeNotes(), "pair comes, plain ends, pair goes");
+  EXPECT_EQ(Stage::takeNotes(), "pair comes, pair goes");
 }
 
 TEST_F(DllLoaderTest, NullArgumentsDoNothingAndATextIsReplacedWithoutAnEntry) {
@@ -148,6 +145,19 @@ TEST_F(DllLoaderTest, ALibraryThatWasLoadedTooOftenStays) {
   iqsDllLoader::Unload(record);
 }
 
+// More than one table of the index holds.
+TEST_F(DllLoaderTest, FindsEachOfManyClasses) {
+  const auto name = [](int number) { return "Many." + std::to_string(number); };
+  for (int number = 0; number < 200; ++number) {
+    enterClass(name(number), "/" + name(number));
+    EXPECT_EQ(iqsDllLoader::Load(name(number).c_str(), nullptr), nullptr);
+  }
+  for (int number = 0; number < 200; ++number) {
+    const std::optional<ClassReport> report = reportClass(name(number).c_str());
+    EXPECT_EQ(report ? report->library : "none", "/" + name(number));
+  }
+}
+
 int s_first = 1;
 int s_second = 2;
 
@@ -166,6 +176,7 @@ class RegistrarTest : public ComponentTest {
   const char* const m_id = testing::UnitTest::GetInstance()->current_test_info()->name();
 };
 
+// The end takes back the loads with the factory.
 TEST_F(RegistrarTest, OfTwoForOneClassTheLaterCountsAndTheEndOfEitherClears) {
   FactoryDll* const record = iqsDllLoader::Load(m_id, nullptr);
   std::optional<Registrar> first(std::in_place, m_id, kCreateFirst, kRelease);
@@ -178,8 +189,8 @@ TEST_F(RegistrarTest, OfTwoForOneClassTheLaterCountsAndTheEndOfEitherClears) {
     EXPECT_EQ(*instance, expected == 1 ? 11 : 2) << "the second has no release";
     second.emplace(m_id, kCreateSecond, nullptr);
   }
-  iqsDllLoader::Unload(record);
-  EXPECT_EQ(stateOf(m_id), "0 - factory");
+  EXPECT_EQ(iqsDllLoader::Load(m_id, nullptr), record);
+  EXPECT_EQ(stateOf(m_id), "1 loaded factory");
   first.reset();
   EXPECT_EQ(stateOf(m_id), "0 - -");
   first.emplace(m_id, kCreateFirst, kRelease);
@@ -190,12 +201,12 @@ TEST_F(RegistrarTest, OfTwoForOneClassTheLaterCountsAndTheEndOfEitherClears) {
 }
 
 TEST_F(RegistrarTest, AClassIsCreatedByTheRouteOfItsLastFormAlone) {
-  const Registrar plain(m_id, kCreateFirst, kRelease);
   FactoryDll* const record = iqsDllLoader::Load(m_id, nullptr);
   const auto routes = [&] {
     return std::pair(iqsDllLoader::CreateInstance(record) != nullptr,
                      iqsDllLoader::iqsGetCreateInstance(m_id, nullptr) != nullptr);
   };
+  const Registrar plain(m_id, kCreateFirst, kRelease);
   EXPECT_EQ(routes(), std::pair(true, false));
   const int before = s_first;
   const Registrar unknown(m_id, [](iqsUnknown*, iqsCUnknown**) { return kFailure; });
@@ -204,16 +215,12 @@ TEST_F(RegistrarTest, AClassIsCreatedByTheRouteOfItsLastFormAlone) {
   EXPECT_EQ(s_first, before);
   const Registrar plainAgain(m_id, kCreateFirst, kRelease);
   EXPECT_EQ(routes(), std::pair(true, false));
-}
-
-TEST_F(RegistrarTest, TouchesNothingWithoutIdFactoryOrEntry) {
-  const Registrar kept(m_id, kCreateFirst, nullptr);
   {
     const Registrar withoutId(nullptr, kCreateSecond, nullptr);
     const Registrar withoutFactory(m_id, nullptr, nullptr);
     const Registrar withoutEntry("No.Entry", kCreateSecond, nullptr);
   }
-  EXPECT_EQ(stateOf(m_id), "0 - factory");
+  EXPECT_EQ(routes(), std::pair(true, false));
   EXPECT_EQ(stateOf("No.Entry"), "none");
 }
 
@@ -224,18 +231,14 @@ struct ThrowingResolver : QSVariableResolver {
   }
 };
 
-TEST_F(RegistrarTest, KeepsWhatALookUpThrowsWhileALoadLetsItThrough) {
+// A registrar keeps what its look-up throws.
+TEST_F(RegistrarTest, ExceptionsPassThroughAndLeaveTheLocksFree) {
   ThrowingResolver resolver;
   QSConfigVariableManager::GetInstance()->AddResolver(&resolver);
   const Registrar early(m_id, kCreateFirst, nullptr);
   EXPECT_THROW(static_cast<void>(iqsDllLoader::Load(m_id, nullptr)), std::runtime_error);
   QSConfigVariableManager::GetInstance()->RemoveResolver(&resolver);
   EXPECT_EQ(stateOf(m_id), "none");
-  const Registrar registrar(m_id, kCreateFirst, nullptr);
-  EXPECT_EQ(stateOf(m_id), "0 - factory");
-}
-
-TEST_F(RegistrarTest, WhatAFactoryThrowsPassesThroughAndLeavesTheLocksFree) {
   const Registrar registrar(
       m_id, []() -> void* { throw std::runtime_error("from a factory"); },
       [](void*) { throw std::runtime_error("from a release"); });

@@ -57,6 +57,20 @@ TEST_F(LoaderThreadsTest, FactoriesThatLoadMeetLibrariesThatRegister) {
   EXPECT_EQ(stateOf("Pair.Plain") + stateOf("Pair.Unknown"), "0 - -0 - -") << "each load counts";
 }
 
+TEST_F(LoaderThreadsTest, ThreadsThatFindAClassAtOnceShareItsRecord) {
+  for (int round = 0; round < 50; ++round) {
+    const std::string id = "Found." + std::to_string(round);
+    enterClass(id, libraryPath("quiet"));
+    FactoryDll* found[3];
+    runTogether(3, [&](int thread) { found[thread] = iqsDllLoader::Load(id.c_str(), nullptr); });
+    EXPECT_EQ(stateOf(id.c_str()), "3 loaded -");
+    for (FactoryDll* const record : found) {
+      EXPECT_EQ(record, found[0]);
+      iqsDllLoader::Unload(record);
+    }
+  }
+}
+
 TEST_F(LoaderThreadsTest, LoadedClassesAreCreatedWhileAPlainFactoryRuns) {
   ASSERT_TRUE(createUnknown());
   const auto createOnAnotherThread = []() -> void* {

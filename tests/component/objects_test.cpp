@@ -53,12 +53,9 @@ TEST(IqsCUnknown, DiesWithItsLastReferenceUnlessItRefuses) {
   EXPECT_EQ(Component(face).outer(), face);
   s_countAtEnd = 0;
   EXPECT_EQ(face->AddRef(), 2u);
-  EXPECT_EQ(object->InnerAddRef(), 3u);
-  EXPECT_EQ(object->InnerRelease(), 2u);
-  EXPECT_EQ(face->Release(), 1u);
+  EXPECT_EQ(object->InnerRelease(), 1u);
   object->refusal = 1;
   EXPECT_EQ(face->Release(), 0u);
-  EXPECT_EQ(object->count(), 1u);
   EXPECT_EQ(s_countAtEnd, 0u);
   object->refusal = 0;
   EXPECT_EQ(face->Release(), 0u);
@@ -75,28 +72,21 @@ TEST(IqsPtr, CountsCopiesAndEndsWithTheLast) {
   s_countAtEnd = 0;
   auto* const object = new Derived;
   iqs_ptr<Derived> derived(object);
-  const iqs_ptr<Derived> null;
   iqs_ptr<Shared> first(derived);
-  iqs_ptr<Shared> second(null);
+  iqs_ptr<Shared> second(iqs_ptr<Derived>{});
   second = first;
   iqs_const_ptr<Shared> reading(derived);
-  iqs_const_ptr<Shared> last(reading);
-  EXPECT_EQ(object->m_refCount, 5);
   iqs_ptr<Shared> moved(std::move(second));
-  const iqs_ptr<Shared>& same = first;
-  first = same;
-  EXPECT_EQ(object->m_refCount, 5);
-  EXPECT_TRUE(moved == first && reading == last);
+  EXPECT_EQ(object->m_refCount, 4);
+  EXPECT_TRUE(moved == first);
   derived.Release();
   moved.Release();
   EXPECT_FALSE(moved);
   moved.swap(first);
   moved.Release();
-  reading.Release();
-  reading.swap(last);
   EXPECT_EQ(reading->m_refCount, 1);
   EXPECT_EQ(s_countAtEnd, 0u);
-  reading = iqs_const_ptr<Shared>(null);
+  iqs_const_ptr<Shared>().swap(reading);
   EXPECT_EQ(s_countAtEnd, 1u);
 }
 
@@ -112,20 +102,6 @@ TEST(CountedObjects, CountExactlyUnderManyThreads) {
   });
   EXPECT_EQ(s_countAtEnd, 1u);
   EXPECT_EQ(component.count(), 1u);
-}
-
-struct Counted : QSSharedObject {
-  ~Counted() override = default;
-  const std::atomic<std::int32_t>& count() const { return m_refCount; }
-};
-
-TEST(QSSharedObject, StartsAtOneAndLeavesMinusOne) {
-  alignas(Counted) unsigned char storage[sizeof(Counted)];
-  const auto* const object = new (storage) Counted;
-  EXPECT_EQ(object->count(), 1);
-  const auto* const count = reinterpret_cast<const volatile std::int32_t*>(&object->count());
-  object->~Counted();
-  EXPECT_EQ(*count, -1);
 }
 
 }  // namespace

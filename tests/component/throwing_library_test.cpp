@@ -22,15 +22,10 @@ std::string endOfLoad(const char* id) {
   }
 }
 
-void enter(const char* id, const std::string& library) {
-  CQSRegValue(REG_ROOT_LOCAL_MACHINE, (std::string("%CLASSID%\\") + id).c_str(), "InprocServer")
-      .Write(library.c_str());
-}
-
 const Scenario s_loader("throwing library", [](const std::vector<std::string>& libraries) {
-  enter("Throws.Late", libraries[0]);
-  enter("Throws.Early", libraries[0]);
-  enter("Quiet", libraries[1]);
+  enterClass("Throws.Late", libraries[0]);
+  enterClass("Throws.Early", libraries[0]);
+  enterClass("Quiet", libraries[1]);
   for (const char* id : {"Throws.Late", "Throws.Late", "Throws.Early"}) {
     tellParent(endOfLoad(id));
   }
@@ -52,28 +47,18 @@ TEST_F(ThrowingLibraryTest, StaysFailedAndKeepsNobodyWaiting) {
   constexpr bool kLeave = LTLIB_TEST_EXCEPTIONS_LEAVE_LOADS;
   const std::string failed = std::string("fails: an exception left its static objects") +
                              (kLeave ? ": from a static object" : "");
-  struct Case {
-    const char* library;
-    std::string onAnotherThread;
-    std::string notes;
-  };
-  const Case cases[] = {
-      {"throws", "loads", "quiet comes, quiet goes"},
-      kLeave ? Case{"throws_unguarded",
-                    "fails: the system's loader is locked for all threads but one since an "
-                    "exception left it",
-                    "quiet comes"}
-             : Case{"throws_unguarded", "loads", "quiet comes, quiet goes"},
-  };
-  for (const Case& row : cases) {
-    SCOPED_TRACE(row.library);
-    ChildProcess child("throwing library", {libraryPath(row.library), libraryPath("quiet")});
+  for (const std::string library : {"throws", "throws_unguarded"}) {
+    SCOPED_TRACE(library);
+    const bool locked = kLeave && library == "throws_unguarded";
+    ChildProcess child("throwing library", {libraryPath(library), libraryPath("quiet")});
     EXPECT_EQ(child.hear(), kLeave ? "throws: from a static object" : failed);
     EXPECT_EQ(child.hear(), failed);
     EXPECT_EQ(child.hear(), failed);
-    EXPECT_EQ(child.hear(), row.onAnotherThread);
+    EXPECT_EQ(child.hear(), locked ? "fails: the system's loader is locked for all threads but one "
+                                     "since an exception left it"
+                                   : "loads");
     EXPECT_EQ(child.hear(), "loads");
-    EXPECT_EQ(child.hear(), row.notes);
+    EXPECT_EQ(child.hear(), locked ? "quiet comes" : "quiet comes, quiet goes");
     EXPECT_EQ(child.wait(), 0);
   }
 }

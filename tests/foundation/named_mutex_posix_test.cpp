@@ -8,6 +8,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -50,30 +51,21 @@ std::string obstacle(const MutexName& name) {
 TEST(NamedMutexNames, AnyTextIsAName) {
   const MutexName base;
   const std::string big(300, 'x');
-  std::vector<std::string> texts = {"/" + base.text(), "../" + base.text(),
+  std::vector<std::string> texts = {"", "/" + base.text(), "../" + base.text(),
                                     std::string(10000, '/') + base.text()};
   for (const char* end : {"", "/", "\n", "\\", "\xff", "A", "a", " "}) {
     texts.push_back(base.text() + end);
     texts.push_back(base.text() + end + big);
   }
-  std::vector<std::unique_ptr<NamedMutex>> mutexes;
-  for (const std::string& text : texts) {
-    mutexes.push_back(std::make_unique<NamedMutex>(text.c_str()));
+  for (const std::string& held : texts) {
+    NamedMutex mutex(held.c_str());
+    EXPECT_TRUE(holdsInForked([&] { return lockFailure(mutex).empty(); }));
+    EXPECT_EQ(lockFailure(mutex), abandoned(held));
+    EXPECT_EQ(std::count_if(texts.begin(), texts.end(), isHeld), 1);
+    mutex.unlock();
   }
-  for (std::size_t held = 0; held < texts.size(); ++held) {
-    EXPECT_TRUE(holdsInForked([&] { return lockFailure(*mutexes[held]).empty(); }));
-    EXPECT_EQ(lockFailure(*mutexes[held]), abandoned(texts[held]));
-    for (std::size_t other = 0; other < texts.size(); ++other) {
-      EXPECT_EQ(isHeld(texts[other]), other == held) << held << " and " << other;
-    }
-    mutexes[held]->unlock();
-  }
-  EXPECT_EQ(constructionFailure(""), "");
   EXPECT_EQ(constructionFailure(nullptr), cannotCreate(""));
-  texts.push_back("");
-  for (const std::string& text : texts) {
-    forgetMutex(text);
-  }
+  std::for_each(texts.begin(), texts.end(), forgetMutex);
 }
 
 TEST_F(NamedMutexTest, IsHeldUntilItsOwnersLastUnlock) {
@@ -220,37 +212,32 @@ int descriptorOf(const std::string& name) {
 // gets the number.
 TEST(NamedMutexFiles, ADescriptorThatBecameSomebodyElsesIsLeftAlone) {
   for (const bool held : {false, true}) {
-    for (const bool reused : {false, true}) {
-      SCOPED_TRACE(std::string(held ? "held " : "free ") + (reused ? "reused" : "closed"));
-      const TempFolder folder;
-      const std::string path = folder.write("file", "valuable");
-      const MutexName name;
-      auto mutex = std::make_unique<NamedMutex>(name.c_str());
-      EXPECT_EQ(held ? lockFailure(*mutex) : "", "");
-      const int number = descriptorOf(name.text());
-      ASSERT_GE(number, 3);
-      ::close(number);
-      if (reused) {
-        ASSERT_EQ(::open(path.c_str(), O_RDWR), number);
-        ASSERT_EQ(::flock(number, LOCK_SH), 0);
-      }
-      const auto isUntouched = [&] {
-        const int second = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
-        const bool shared = ::flock(second, LOCK_SH | LOCK_NB) == 0;
-        const bool open = !reused || ::fcntl(number, F_GETFD) == 0;
-        return ::close(second) == 0 && shared && open && readFile(path) == "valuable";
-      };
-      EXPECT_TRUE(holdsInForked(isUntouched));
-      EXPECT_EQ(held ? "" : passFailure(*mutex), "");
-      mutex->unlock();
-      EXPECT_TRUE(isUntouched());
-      // Who lost its file under a lock never gave that lock up.
-      EXPECT_EQ(passFailure(*mutex), held ? abandoned(name.text()) : "");
-      EXPECT_EQ(passFailure(*mutex), "");
-      mutex.reset();
-      EXPECT_TRUE(isUntouched());
-      ::close(number);
-    }
+    SCOPED_TRACE(held);
+    const TempFolder folder;
+    const std::string path = folder.write("file", "valuable");
+    const MutexName name;
+    auto mutex = std::make_unique<NamedMutex>(name.c_str());
+    EXPECT_EQ(held ? lockFailure(*mutex) : "", "");
+    const int number = descriptorOf(name.text());
+    ASSERT_GE(number, 3);
+    ::close(number);
+    ASSERT_EQ(::open(path.c_str(), O_RDWR), number);
+    ASSERT_EQ(::flock(number, LOCK_SH), 0);
+    const auto isUntouched = [&] {
+      const int second = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+      const bool shared = ::flock(second, LOCK_SH | LOCK_NB) == 0;
+      return ::close(second) == 0 && shared && ::fcntl(number, F_GETFD) == 0 &&
+             readFile(path) == "valuable";
+    };
+    EXPECT_TRUE(holdsInForked(isUntouched));
+    EXPECT_EQ(held ? "" : passFailure(*mutex), "");
+    mutex->unlock();
+    EXPECT_TRUE(isUntouched());
+    // Who lost its file under a lock never gave that lock up.
+    EXPECT_EQ(passFailure(*mutex), held ? abandoned(name.text()) : "");
+    mutex.reset();
+    EXPECT_TRUE(isUntouched());
+    ::close(number);
   }
 }
 
@@ -270,26 +257,25 @@ TEST(NamedMutexFiles, NeverTakeTheNumbersOfTheStandardStreams) {
 
 // With a limit of 0 no file may grow: a try ends the process.
 TEST(NamedMutexFiles, NeedNotGrow) {
-  for (const bool fresh : {true, false}) {
-    for (const bool orderly : {true, false}) {
-      SCOPED_TRACE(std::string(fresh ? "fresh " : "used ") + (orderly ? "orderly" : "abandoned"));
-      const MutexName name;
-      EXPECT_EQ(fresh ? "" : passFailure(*std::make_unique<NamedMutex>(name.c_str())), "");
-      EXPECT_TRUE(holdsInForked([&] {
-        const rlimit none{0, 0};
-        const bool limited = ::setrlimit(RLIMIT_FSIZE, &none) == 0 &&
-                             (fresh || ::geteuid() != 0 || ::setuid(65534) == 0);
-        NamedMutex mutex(name.c_str());
-        const bool passed = passFailure(mutex).empty() && lockFailure(mutex).empty();
-        if (orderly) {
-          mutex.unlock();
-        }
-        return limited && passed;
-      }));
-      NamedMutex mutex(name.c_str());
-      EXPECT_EQ(passFailure(mutex), orderly ? "" : abandoned(name.text()));
-      EXPECT_EQ(passFailure(mutex), "");
-    }
+  for (const bool orderly : {true, false}) {
+    SCOPED_TRACE(orderly);
+    const MutexName name;
+    NamedMutex mutex(name.c_str());
+    EXPECT_EQ(passFailure(mutex), "");
+    EXPECT_TRUE(holdsInForked([&] {
+      const rlimit none{0, 0};
+      const MutexName fresh;
+      const bool limited = ::setrlimit(RLIMIT_FSIZE, &none) == 0;
+      NamedMutex made(fresh.c_str());
+      const bool other = ::geteuid() != 0 || ::setuid(65534) == 0;
+      const bool passed = (passFailure(made) + passFailure(mutex) + lockFailure(mutex)).empty();
+      if (orderly) {
+        mutex.unlock();
+      }
+      return limited && other && passed;
+    }));
+    EXPECT_EQ(passFailure(mutex), orderly ? "" : abandoned(name.text()));
+    EXPECT_EQ(passFailure(mutex), "");
   }
 }
 

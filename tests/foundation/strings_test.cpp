@@ -58,31 +58,29 @@ std::string formatOf(const std::ostream& stream) {
   return shown.str();
 }
 
-void disturb(std::ostream& stream) {
-  stream << std::hex << std::setfill('*') << std::setprecision(3) << std::setw(9);
-}
-
 TEST(StreamFormat, TheFormatThatIsHeldComesBackOnce) {
   std::ostringstream stream;
   const std::string before = formatOf(stream);
+  const auto disturbed = [&stream] {
+    stream << std::hex << std::setfill('*') << std::setprecision(3) << std::setw(9);
+    return formatOf(stream);
+  };
   {
     qs_stream_fmt_sentry guard(stream);
-    disturb(stream);
-    EXPECT_NE(formatOf(stream), before);
+    EXPECT_NE(disturbed(), before);
     guard.Restore();
     EXPECT_EQ(formatOf(stream), before);
-    disturb(stream);
+    disturbed();
   }
-  EXPECT_NE(formatOf(stream), before) << "a restored guard holds nothing";
-  stream << std::oct;
-  const std::string saved = formatOf(stream);
+  const std::string left = disturbed();
+  EXPECT_NE(left, before) << "a restored guard holds nothing";
   {
     qs_stream_fmt_sentry guard(stream);
     guard.Restore();
     guard.Save();
-    disturb(stream);
+    stream << std::oct << std::setw(1);
   }
-  EXPECT_EQ(formatOf(stream), saved);
+  EXPECT_EQ(formatOf(stream), left);
 }
 
 }  // namespace

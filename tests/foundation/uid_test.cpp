@@ -62,17 +62,26 @@ TEST(Uid, TextAndBytesAreOfOneOrderAndKeepToTheirPlace) {
   EXPECT_EQ(textOf(back), kSample);
 }
 
+UID withByte(int place, unsigned char byte) {
+  unsigned char bytes[16] = {};
+  bytes[place] = byte;
+  UID id;
+  id.from16bytes(bytes);
+  return id;
+}
+
+// The last of the four bytes of a word, as they are told, comes first.
 TEST(Uid, ComparesBytesWithTheLowByteOfEachWordFirst) {
-  const std::pair<UID, UID> smallerFirst[] = {
-      {UID("01000000-0000-0000-0000-000000000000"), UID("00000001-0000-0000-0000-000000000000")},
-      {UID("00000000-0100-0000-0000-000000000000"), UID("00000000-0000-0001-0000-000000000000")},
-      {UID("00000000-0000-0000-0000-0000ffffff00"), UID("00000000-0000-0000-0001-000000000000")},
-  };
-  for (const auto& [smaller, greater] : smallerFirst) {
-    EXPECT_EQ(smaller.Compare(greater), -1) << textOf(smaller);
-    EXPECT_EQ(greater.Compare(smaller), 1) << textOf(smaller);
-    EXPECT_EQ(greater.Compare(UID(greater)), 0);
+  const int order[] = {3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12};
+  UID greater = withByte(order[0], 2);
+  for (const int place : order) {
+    const UID smaller = withByte(place, 1);
+    EXPECT_EQ(smaller.Compare(greater), -1) << place;
+    EXPECT_EQ(greater.Compare(smaller), 1) << place;
+    EXPECT_EQ(smaller.Compare(withByte(place, 1)), 0);
+    greater = smaller;
   }
+  EXPECT_EQ(UID().Compare(greater), -1);
 }
 
 // More than the counter's range in all, from threads that draw their engines at once.

@@ -160,18 +160,15 @@ Table doublingTable() {
 }
 
 TEST(Expansion, WorksOutANameOnce) {
-  Table table = doublingTable();
-  table.insert({{"Root", "Software\\%Maker%"}, {"Maker", "Somebody"}});
-  std::string text = "<%64%>";
-  std::string expanded = "<>";
-  for (int i = 0; i < 100000; ++i) {
-    text += "%Root%;";
-    expanded += "Software\\Somebody;";
-  }
+  const Table table = doublingTable();
   TableSource source(table);
-  EXPECT_EQ(expandReferences(text, source), 0);
-  EXPECT_EQ(text, expanded);
-  EXPECT_LE(source.lookUps, 68u);
+  std::string text = "<";
+  for (int i = 0; i < 100000; ++i) {
+    text += "%64%";
+  }
+  EXPECT_EQ(expandReferences(text += ">", source), 0);
+  EXPECT_EQ(text, "<>");
+  EXPECT_LE(source.lookUps, 66u);
 }
 
 TEST(Expansion, StopsAtTheLargestText) {
@@ -217,15 +214,10 @@ TEST(Expansion, ATraceEndsAheadOfAnExpansionWithoutMeasure) {
   TableSource source(table);
   std::string text = "<%64%>";
   std::vector<ExpansionStep> steps;
-  EXPECT_EQ(expandReferences(text, source, &steps), 0);
+  EXPECT_EQ(expandReferences(text, source, &steps, {.noted = 1000}), 0);
   EXPECT_EQ(text, "<>");
-  EXPECT_NE(steps.back().text, text);
-  std::size_t size = 0;
-  for (const ExpansionStep& step : steps) {
-    size += sizeof step + step.name.size() + step.replacement.size() + step.text.size();
-  }
-  EXPECT_LT(size - sizeof steps.back() - steps.back().text.size(), std::size_t{16} << 20);
-  EXPECT_GT(size, std::size_t{16} << 20);
+  ASSERT_FALSE(steps.empty());
+  EXPECT_LT(steps.size(), 1000 / sizeof(ExpansionStep) + 1);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The table of variables and its resolvers, apart from the process's own manager.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <optional>
@@ -186,6 +187,35 @@ TEST_F(VariableManager, ReadersAndWritersMeet) {
   EXPECT_EQ(expanded("%Pair%"), "499=499");
 }
 
+// The first reader stays until the later one has had its chance.
+TEST(TableLock, ALaterReaderWaitsBehindAWriterThatWaits) {
+  LTLib::detail::TableLock lock;
+  bool written = false;
+  std::atomic<int> tries = 0;
+  lock.lock_shared();
+  std::thread writer([&] {
+    lock.lock();
+    written = true;
+    lock.unlock();
+  });
+  while (!lock.hasWriter()) {
+    std::this_thread::yield();
+  }
+  std::thread reader([&] {
+    tries = 1;
+    lock.lock_shared();
+    EXPECT_TRUE(written);
+    tries = 10000;
+    lock.unlock_shared();
+  });
+  while (tries == 0 || tries++ < 10000) {
+    std::this_thread::yield();
+  }
+  lock.unlock_shared();
+  writer.join();
+  reader.join();
+}
+
 // A thread that expands while another is inside the load goes on with what is defined so far, and a
 // configuration that it sets while the file is being read stays.
 TEST_F(VariableManager, OneThreadLoadsAndNobodyWaits) {
@@ -203,6 +233,21 @@ TEST_F(VariableManager, OneThreadLoadsAndNobodyWaits) {
   };
   EXPECT_EQ(expanded("%CurrentConfig%%Early%%Late%"), "mineseenunseen");
   inAnotherThread("seenunseen");
+}
+
+// What the configuration's file does not give, the registry still does; a failure of the file leaves
+// the whole load to the next expansion, one of the registry ends it.
+TEST_F(VariableManager, FailuresOfTheLoadPassThrough) {
+  m_configFile = []() -> std::optional<std::string> { throw std::runtime_error("file"); };
+  m_publicVariables = [](auto take) {
+    take("First", "1");
+    throw std::runtime_error("registry");
+  };
+  EXPECT_THROW(expanded(""), std::runtime_error);
+  m_configFile = [] { return std::nullopt; };
+  EXPECT_EQ(m_manager.report().size(), 13u);
+  EXPECT_THROW(expanded(""), std::runtime_error);
+  EXPECT_EQ(expanded("%First%%CurrentConfig%"), "1default");
 }
 
 }  // namespace
