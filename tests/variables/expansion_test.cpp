@@ -133,6 +133,7 @@ TEST(Expansion, AgreesWithThePlainSteps) {
     for (const ExpansionStep& taken : steps) {
       ASSERT_TRUE(step(table, stepped));
       ASSERT_EQ(taken.text, stepped);
+      ASSERT_EQ(table.at(taken.name), taken.replacement);
     }
     EXPECT_EQ(traced, ends ? plain : stepped) << start;
     for (const bool fixed : {true, false}) {
