@@ -1,12 +1,10 @@
 // The two families of counted objects.
 #include <gtest/gtest.h>
 
-#include <new>
 #include <string>
 
 #include "ltlib/component/iqsunknown.h"
 #include "ltlib/component/shared_object.h"
-#include "tests/support/threads.h"
 
 namespace {
 
@@ -88,20 +86,6 @@ TEST(IqsPtr, CountsCopiesAndEndsWithTheLast) {
   EXPECT_EQ(s_countAtEnd, 0u);
   iqs_const_ptr<Shared>().swap(reading);
   EXPECT_EQ(s_countAtEnd, 1u);
-}
-
-TEST(CountedObjects, CountExactlyUnderManyThreads) {
-  s_countAtEnd = 0;
-  Component component;
-  LTLib::Testing::runTogether(8, [&, shared = iqs_ptr<Shared>(new Shared)](int) {
-    for (int round = 0; round < 2000; ++round) {
-      const iqs_const_ptr<Shared> copy(shared);
-      component.InnerAddRef();
-      component.InnerRelease();
-    }
-  });
-  EXPECT_EQ(s_countAtEnd, 1u);
-  EXPECT_EQ(component.count(), 1u);
 }
 
 }  // namespace

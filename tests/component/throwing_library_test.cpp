@@ -45,8 +45,9 @@ using ThrowingLibraryTest = ComponentTest;
 // Where the system's loader stops exceptions, a load just fails.
 TEST_F(ThrowingLibraryTest, StaysFailedAndKeepsNobodyWaiting) {
   constexpr bool kLeave = LTLIB_TEST_EXCEPTIONS_LEAVE_LOADS;
-  const std::string failed = std::string("fails: an exception left its static objects") +
-                             (kLeave ? ": from a static object" : "");
+  const char* const failed =
+      kLeave ? "fails: an exception left its static objects: from a static object"
+             : "fails: an exception left its static objects";
   for (const std::string library : {"throws", "throws_unguarded"}) {
     SCOPED_TRACE(library);
     const bool locked = kLeave && library == "throws_unguarded";
