@@ -1,46 +1,14 @@
 #include "ltlib/registry/reg_enum.h"
 
-#include "ltlib/registry/system_numbers.h"
-
-using LTLib::resultFromSystemError;
-using LTLib::detail::kMoreData;
-
-namespace {
-
-constexpr unsigned int kNameCapacity = 200;
-
-// Asks for the name at `index` with `fetch` and moves on. A name that fills the buffer came cut,
-// which the file backend does not tell.
-template <class Fetch>
-QSResult nextName(std::string& name, unsigned int& index, Fetch fetch) {
-  char buffer[kNameCapacity];
-  unsigned int size = kNameCapacity;
-  int result = fetch(buffer, &size);
-  if (result == 0 && size >= kNameCapacity) {
-    result = kMoreData;
-  }
-  if (result == 0) {
-    name = buffer;
-    ++index;
-  }
-  return resultFromSystemError(result);
-}
-
-}  // namespace
-
 CQSRegEnumKey::CQSRegEnumKey(enumRegRoot root, const char* path) {
   (void)m_key.SetKey(root, path);
 }
 
 QSResult CQSRegEnumKey::GetNext(std::string& name) {
-  void* handle = nullptr;
-  if (const QSResult opened = m_key.OpenKey(&handle, false); opened < 0) {
-    return opened;
-  }
-  const CQSRegKey::Closing closing(m_key);
-  return nextName(name, m_index, [&](char* buffer, unsigned int* size) {
-    return QSRegistryManager::GetInstance()->regEnumKeyEx(handle, m_index, buffer, size);
-  });
+  return m_key.nextName(
+      name, m_index,
+      [](QSRegistryManager& manager, void* key, unsigned int index, char* buffer,
+         unsigned int* size) { return manager.regEnumKeyEx(key, index, buffer, size); });
 }
 
 QSResult CQSRegEnumKey::GetNext(CQSRegKey& entry) {
@@ -67,15 +35,12 @@ CQSRegEnumValue::CQSRegEnumValue(enumRegRoot root, const char* path) {
 }
 
 QSResult CQSRegEnumValue::GetNext(std::string& name) {
-  void* handle = nullptr;
-  if (const QSResult opened = m_key.OpenKey(&handle, false); opened < 0) {
-    return opened;
-  }
-  const CQSRegKey::Closing closing(m_key);
-  return nextName(name, m_index, [&](char* buffer, unsigned int* size) {
-    return QSRegistryManager::GetInstance()->regEnumValue(handle, m_index, buffer, size, nullptr,
-                                                          nullptr, nullptr, nullptr);
-  });
+  return m_key.nextName(name, m_index,
+                        [](QSRegistryManager& manager, void* key, unsigned int index, char* buffer,
+                           unsigned int* size) {
+                          return manager.regEnumValue(key, index, buffer, size, nullptr, nullptr,
+                                                      nullptr, nullptr);
+                        });
 }
 
 QSResult CQSRegEnumValue::GetNext(CQSRegValue& entry) {

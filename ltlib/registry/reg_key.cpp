@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ltlib/registry/reg_enum.h"
+#include "ltlib/registry/system_numbers.h"
 #include "ltlib/variables/variable_manager.h"
 
 using LTLib::kFailure;
@@ -13,6 +14,9 @@ using LTLib::predefinedRootHandle;
 using LTLib::resultFromSystemError;
 
 namespace {
+
+// The longest name that a walk gives, terminator included.
+constexpr unsigned int kNameCapacity = 200;
 
 // Backslashes at the end may be passed over by a backend, and so make no difference.
 bool namesLongerPath(std::string_view path, std::string_view other) {
@@ -192,4 +196,25 @@ QSResult CQSRegKey::CloseKey() {
   void* handle = m_handle;
   m_handle = nullptr;
   return manager != nullptr ? resultFromSystemError(manager->regCloseKey(handle)) : kFailure;
+}
+
+// A name that fills the buffer came cut, which the file backend does not tell; the system does, by
+// this very number.
+QSResult CQSRegKey::nextName(std::string& name, unsigned int& index, FetchName fetch) {
+  void* handle = nullptr;
+  if (const QSResult opened = OpenKey(&handle, false); opened < 0) {
+    return opened;
+  }
+  const Closing closing(*this);
+  char buffer[kNameCapacity];
+  unsigned int size = kNameCapacity;
+  int result = fetch(*QSRegistryManager::GetInstance(), handle, index, buffer, &size);
+  if (result == 0 && size >= kNameCapacity) {
+    result = LTLib::detail::kMoreData;
+  }
+  if (result == 0) {
+    name = buffer;
+    ++index;
+  }
+  return resultFromSystemError(result);
 }

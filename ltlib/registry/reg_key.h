@@ -81,6 +81,11 @@ class LTLIB_EXPORT CQSRegKey {
   QSResult deleteItself();
   QSResult deleteBranch();
 
+  // A step of a walk, for both enumerators: asks for the name at `index` and moves on.
+  using FetchName = int (*)(QSRegistryManager& manager, void* key, unsigned int index, char* name,
+                            unsigned int* nameSize);
+  QSResult nextName(std::string& name, unsigned int& index, FetchName fetch);
+
   std::string m_path;
   void* m_handle = nullptr;  // open while an operation runs
   enumRegRoot m_root = REG_ROOT_NONE;
