@@ -1,8 +1,7 @@
 // The operating system's registry: keys with typed values under predefined root handles.
 //
-// The calls have the shapes and the error numbers of Windows; there they are the system's own. A
-// system without such a registry has a tree in the process's memory behind the same calls, which
-// tests can work with and which ends with the process.
+// The calls have the shapes and the error numbers of Windows; there they are the system's own. On a
+// system without such a registry each of them gives 120 and does nothing.
 //
 // Key paths and the names that enumeration gives are narrow texts in the system's code page; names
 // and data of values are UTF-16. Sizes of data are bytes, those of names characters without the
@@ -12,7 +11,7 @@
 
 namespace LTLib::Platform {
 
-/// Whether what is written here outlives the process.
+/// Whether the system has a registry.
 [[nodiscard]] bool hasSystemRegistry() noexcept;
 
 namespace OsRegistry {

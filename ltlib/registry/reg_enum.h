@@ -1,15 +1,18 @@
-// Walks over the sub-keys and the values of a key, by index.
-//
-// Threads: an object belongs to one thread at a time.
-// Ownership: an object keeps a key's name and an index, and nothing open between the steps, so
-// that it can outlive any change to the key.
-// Failure: a negative QSResult; the walk stays where it was, and so does the argument. The end of a
-// walk is such a result too: 0x80070103 on the operating system's backend, -1 on the file backend.
-// What a first touch of a root throws passes through, as CQSRegKey tells.
-// A name of 200 bytes or more gives 0x800700EA on both.
-//
-// Nothing guards a walk against changes: an entry deleted behind it moves the later ones down, and
-// one of them is passed over. On the file backend entries come in the order of arrival.
+/// \file
+/// \brief Walks over the sub-keys and the values of a key, by index.
+///
+/// Threads: an object belongs to one thread at a time.
+///
+/// Ownership: an object keeps a key's name and an index, and nothing open between the steps, so
+/// that it can outlive any change to the key.
+///
+/// Failure: a negative QSResult; the walk stays where it was, and so does the argument. The end of
+/// a walk is such a result too: 0x80070103 on the operating system's backend, -1 on the file
+/// backend. What a first touch of a root throws passes through, as CQSRegKey tells. A name of 200
+/// bytes or more gives 0x800700EA on both.
+///
+/// Nothing guards a walk against changes: an entry deleted behind it moves the later ones down,
+/// and one of them is passed over. On the file backend entries come in the order of arrival.
 #ifndef LTLIB_REGISTRY_REG_ENUM_H
 #define LTLIB_REGISTRY_REG_ENUM_H
 

@@ -1,17 +1,21 @@
-// A key by name: a root and a path below it.
-//
-// Threads: an object belongs to one thread at a time. Two objects may name one key.
-// Ownership: the object copies its path. It holds no key open: each operation opens the key, does
-// its work and closes it again.
-// Failure: a negative QSResult: 0x80004005, or the backend's number: a positive one gives its low
-// 16 bits or'ed with 0x80070000, -1 passes unchanged. Once the library has ended every operation
-// gives 0x80004005. The first expansion of a process, which a constructor may bring about, and the
-// first touch of a root read a store; what that throws passes through, with nothing left open:
-// QSException, or std::length_error where the store's folder is missing or cannot be written.
-//
-// References of the form %NAME% in a path are replaced when the path is set, and again at each
-// copy. Where that fails, root and path are set all the same, with the replacements made so far;
-// only SetKey tells.
+/// \file
+/// \brief A key by name: a root and a path below it.
+///
+/// Threads: an object belongs to one thread at a time. Two objects may name one key.
+///
+/// Ownership: the object copies its path. It holds no key open: each operation opens the key, does
+/// its work and closes it again.
+///
+/// Failure: a negative QSResult: 0x80004005, or the backend's number: a positive one gives its low
+/// 16 bits or'ed with 0x80070000, -1 passes unchanged. Once the library has ended every operation
+/// gives 0x80004005. The first expansion of a process, which a constructor may bring about, and
+/// the first touch of a root read a store; what that throws passes through, with nothing left
+/// open: QSException, or std::length_error where the store's folder is missing or cannot be
+/// written.
+///
+/// References of the form `%NAME%` in a path are replaced when the path is set, and again at each
+/// copy. Where that fails, root and path are set all the same, with the replacements made so far;
+/// only SetKey tells.
 #ifndef LTLIB_REGISTRY_REG_KEY_H
 #define LTLIB_REGISTRY_REG_KEY_H
 

@@ -1,25 +1,30 @@
-// One named value of a key: read, written and deleted.
-//
-// Threads: an object belongs to one thread at a time.
-// Ownership: texts and buffers that a read gives out through pointers stay the object's, until its
-// next read or its end. A record that a read has filled owns its buffer.
-// Failure: a negative QSResult or an exception, as CQSRegKey tells. A value that is not there gives
-// 0x80004005, one that outgrew a hundred queries in a row 0x800700EA.
-// Units: sizes are bytes. Texts that come back are always terminated; go by the terminator, since
-// the size counts it on the operating system's backend and not on the file backend. A size to be
-// written counts terminators on both: one of a text, and of a list that of each item and one more.
-//
-// What a read gives is what one write left, whoever writes meanwhile.
-//
-// The file backend loses some of what is written, with result 0: all bytes from the first NUL of a
-// text or of binary data; every value of a key right below a root, whose path has no backslash; the
-// type, where a value is there already and keeps its own, so that a text over a number reads as the
-// number at its front, or 0; and the form of a list's items that hold a comma, a backslash or a
-// double quote.
-//
-// Reads and writes come in two forms. The one without a name uses the object's own name, also when
-// that is empty. The one with a name takes a null one for the own name if that is not empty, and
-// else for the key's default value.
+/// \file
+/// \brief One named value of a key: read, written and deleted.
+///
+/// Threads: an object belongs to one thread at a time.
+///
+/// Ownership: texts and buffers that a read gives out through pointers stay the object's, until
+/// its next read or its end. A record that a read has filled owns its buffer.
+///
+/// Failure: a negative QSResult or an exception, as CQSRegKey tells. A value that is not there
+/// gives 0x80004005, one that outgrew a hundred queries in a row 0x800700EA.
+///
+/// Units: sizes are bytes. Texts that come back are always terminated; go by the terminator, since
+/// the size counts it on the operating system's backend and not on the file backend. A size to be
+/// written counts terminators on both: one of a text, and of a list that of each item and one
+/// more.
+///
+/// What a read gives is what one write left, whoever writes meanwhile.
+///
+/// The file backend loses some of what is written, with result 0: all bytes from the first NUL of
+/// a text or of binary data; every value of a key right below a root, whose path has no backslash;
+/// the type, where a value is there already and keeps its own, so that a text over a number reads
+/// as the number at its front, or 0; and the form of a list's items that hold a comma, a backslash
+/// or a double quote.
+///
+/// Reads and writes come in two forms. The one without a name uses the object's own name, also
+/// when that is empty. The one with a name takes a null one for the own name if that is not empty,
+/// and else for the key's default value.
 #ifndef LTLIB_REGISTRY_REG_VALUE_H
 #define LTLIB_REGISTRY_REG_VALUE_H
 

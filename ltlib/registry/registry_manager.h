@@ -1,19 +1,25 @@
-// The one door to the registry: keys and typed values under five roots, behind one interface.
-//
-// Threads: the instance may be used from any thread. An open handle belongs to one thread at a
-// time.
-// Forks: the child has the registry as it stood, unsaved changes included, and may use it. A fork
-// waits until other threads have left the file backend, and their LTLib::StoreGuards too, but not
-// for one that itself waits for another process.
-// Ownership: an open handle has one owner, who gives it to regCloseKey once. A predefined root
-// handle is never opened and never closed. All texts and buffers are the caller's.
-// Failure: the reg... operations give 0 or a number: the operating system's positive error number
-// on the operating system's backend, -1 on the file backend. They throw nothing of their own; the
-// first touch of a root of the file backend reads its store file, and what that throws passes
-// through: QSException, or std::length_error where the store's folder is missing or takes no file
-// "qsconfig.dat" from this user and has none. The save operations give a result code.
-// Units: sizes are bytes. Key paths are narrow texts of components joined by one backslash,
-// relative to a root. A null value name means the key's default value.
+/// \file
+/// \brief The one door to the registry: keys and typed values under five roots, behind one
+/// interface.
+///
+/// Threads: the instance may be used from any thread. An open handle belongs to one thread at a
+/// time.
+///
+/// Forks: the child has the registry as it stood, unsaved changes included, and may use it. A fork
+/// waits until other threads have left the file backend, and their LTLib::StoreGuards too, but not
+/// for one that itself waits for another process.
+///
+/// Ownership: an open handle has one owner, who gives it to regCloseKey once. A predefined root
+/// handle is never opened and never closed. All texts and buffers are the caller's.
+///
+/// Failure: the reg... operations give 0 or a number: the operating system's positive error number
+/// on the operating system's backend, -1 on the file backend. They throw nothing of their own; the
+/// first touch of a root of the file backend reads its store file, and what that throws passes
+/// through: QSException, or std::length_error where the store's folder is missing or takes no file
+/// "qsconfig.dat" from this user and has none. The save operations give a result code.
+///
+/// Units: sizes are bytes. Key paths are narrow texts of components joined by one backslash,
+/// relative to a root. A null value name means the key's default value.
 #ifndef LTLIB_REGISTRY_REGISTRY_MANAGER_H
 #define LTLIB_REGISTRY_REGISTRY_MANAGER_H
 

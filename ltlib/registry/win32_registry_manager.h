@@ -1,17 +1,22 @@
-// The registry backend that hands each operation to the operating system's registry.
-//
-// Threads: it has no state; the system serialises its registry.
-// Ownership: a handle is the system's own and goes back to regCloseKey once. The caller's buffers
-// are never kept.
-// Failure: 0 or the system's positive error number, unchanged: 2 for a key or value that is not
-// there, 234 for a name longer than its buffer, 259 past the last name.
-// Durability: every change reaches the system at once.
-// Text: the data of values is UTF-8 for the caller and UTF-16 in the registry, for the types
-// REG_SZ, REG_EXPAND_SZ, REG_LINK and REG_MULTI_SZ; sizes are bytes of UTF-8 with the terminator,
-// if the stored text has one. Key paths and all names are in the system's code page.
-//
-// On a system without a registry the class works on a tree in memory, which ends with the process;
-// the library itself never picks it there.
+/// \file
+/// \brief The registry backend that hands each operation to the operating system's registry.
+///
+/// Threads: it has no state; the system serialises its registry.
+///
+/// Ownership: a handle is the system's own and goes back to regCloseKey once. The caller's buffers
+/// are never kept.
+///
+/// Failure: 0 or the system's positive error number, unchanged: 2 for a key or value that is not
+/// there, 234 for a name longer than its buffer, 259 past the last name.
+///
+/// Durability: every change reaches the system at once.
+///
+/// Text: the data of values is UTF-8 for the caller and UTF-16 in the registry, for the types
+/// REG_SZ, REG_EXPAND_SZ, REG_LINK and REG_MULTI_SZ; sizes are bytes of UTF-8 with the terminator,
+/// if the stored text has one. Key paths and all names are in the system's code page.
+///
+/// On a system without a registry each operation that would reach it gives 120 and stores nothing;
+/// the library itself never picks the class there.
 #ifndef LTLIB_REGISTRY_WIN32_REGISTRY_MANAGER_H
 #define LTLIB_REGISTRY_WIN32_REGISTRY_MANAGER_H
 

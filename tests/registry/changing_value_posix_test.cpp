@@ -1,7 +1,7 @@
 // Reads over the tree in memory that stands for the system's registry, while it changes at each
 // query.
-#include "ltlib/platform/linux/os_registry_tree.h"
 #include "tests/registry/changing_value.h"
+#include "tests/support/os_registry_double.h"
 
 namespace {
 
@@ -10,7 +10,7 @@ using namespace LTLib::Testing;
 
 class ChangingValue : public RegistryObjects {
  protected:
-  ~ChangingValue() override { LTLib::Platform::OsRegistry::beforeQuery = nullptr; }
+  ~ChangingValue() override { beforeQuery = nullptr; }
 
   // From now on each query finds the next form of the value "v", the last one for good.
   void change(const std::vector<Form>& forms) {
@@ -18,7 +18,7 @@ class ChangingValue : public RegistryObjects {
     static const RawKey* s_key = nullptr;
     s_forms = {forms.rbegin(), forms.rend()};
     s_key = &m_key;
-    LTLib::Platform::OsRegistry::beforeQuery = [] {
+    beforeQuery = [] {
       if (!s_forms.empty()) {
         s_key->put("v", s_forms.back());
         s_forms.pop_back();
