@@ -13,9 +13,9 @@
 /// open: QSException, or std::length_error where the store's folder is missing or cannot be
 /// written.
 ///
-/// References of the form `%NAME%` in a path are replaced when the path is set, and again at each
-/// copy. Where that fails, root and path are set all the same, with the replacements made so far;
-/// only SetKey tells.
+/// References to variables in a path, each a name between percent signs, are replaced when the path
+/// is set, and again at each copy. Where that fails, root and path are set all the same, with the
+/// replacements made so far; only SetKey tells.
 #ifndef LTLIB_REGISTRY_REG_KEY_H
 #define LTLIB_REGISTRY_REG_KEY_H
 

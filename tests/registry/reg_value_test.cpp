@@ -66,7 +66,7 @@ TEST_F(RegValue, WritesOfEveryFormMakeTheKey) {
   list.size = 5;
   list.pData = items;
   const auto nothing = static_cast<const char*>(nullptr);
-  const std::string large(10u << 20, 'x');
+  const std::string large(1u << 20, 'x');
   const std::tuple<const char*, QSResult, std::string> cases[] = {
       {"text", value.Write("text", large.c_str()), "text:" + large},
       {"null", value.Write("null", nothing), "text:"},

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "ltlib/platform/os_registry.h"
 #include "ltlib/platform/unicode.h"
@@ -30,53 +30,39 @@ constexpr unsigned int kSetValue = 0x0002;
 constexpr unsigned int kEnumerateSubKeys = 0x0008;
 constexpr unsigned int kAllAccess = 0xF003F;
 
-// Orders names without regard to the case of the ASCII letters.
-struct NameLess {
-  static char16_t folded(char16_t unit) {
-    return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - u'a' + u'A') : unit;
-  }
-  bool operator()(std::u16string_view left, std::u16string_view right) const {
-    return std::lexicographical_compare(
-        left.begin(), left.end(), right.begin(), right.end(),
-        [](char16_t one, char16_t other) { return folded(one) < folded(other); });
-  }
-};
-
 struct Value {
   unsigned int type = 0;
   std::string bytes;
 };
-using Values = std::map<std::u16string, Value, NameLess>;
+using Values = std::map<std::string, Value>;
 
 struct Handle {
-  std::u16string path;
+  std::string path;
   unsigned int rights = 0;
 };
 
-void* rootHandle(std::uint32_t number) {
-  return reinterpret_cast<void*>(static_cast<std::intptr_t>(static_cast<std::int32_t>(number)));
-}
+// HKEY_CURRENT_USER, the one root that is there.
+void* const kUser = reinterpret_cast<void*>(static_cast<std::intptr_t>(INT32_MIN + 1));
 
 std::mutex s_guard;
-// All keys by their whole paths, which begin with the name of a root.
-std::map<std::u16string, Values, NameLess> s_keys{{u"user", {}}, {u"machine", {}}};
-std::map<void*, Handle> s_handles{{rootHandle(0x80000001u), {u"user", kAllAccess}},
-                                  {rootHandle(0x80000002u), {u"machine", kAllAccess}}};
+std::map<std::string, Values> s_keys{{"", {}}};  // by their whole paths
+std::map<void*, Handle> s_handles{{kUser, {"", kAllAccess}}};
+std::uintptr_t s_last = 0;  // no number is given out twice, so that a closed handle stays a bad one
 
-std::u16string wideOf(std::string_view narrow) {
-  std::u16string wide(narrow.size(), u'\0');
-  wide.resize(codePageToUtf16(narrow.data(), narrow.size(), wide.data(), wide.size()));
-  return wide;
+std::string narrowOf(const char16_t* name) {
+  const std::u16string_view wide(name != nullptr ? name : u"");
+  std::string narrow(utf16ToUtf8(wide.data(), wide.size(), nullptr, 0), '\0');
+  (void)utf16ToUtf8(wide.data(), wide.size(), narrow.data(), narrow.size());
+  return narrow;
 }
 
 // Copies a name with its terminator.
-int copyName(std::u16string_view name, char* out, unsigned int* size) {
-  const std::size_t length = utf16ToUtf8(name.data(), name.size(), nullptr, 0);
-  if (length >= *size) {
+int copyName(const std::string& name, char* out, unsigned int* size) {
+  if (name.size() >= *size) {
     return kMoreData;
   }
-  out[utf16ToUtf8(name.data(), name.size(), out, *size)] = '\0';
-  *size = static_cast<unsigned int>(length);
+  std::copy_n(name.c_str(), name.size() + 1, out);
+  *size = static_cast<unsigned int>(name.size());
   return kDone;
 }
 
@@ -95,7 +81,7 @@ int copyValue(const Value& value, unsigned int* type, unsigned char* data, unsig
   return data == nullptr || fits ? kDone : kMoreData;
 }
 
-// Calls `use` with the path and the values of the key behind a handle that has the right.
+// Calls `use` with path and values of the key behind a handle that has the right.
 template <class Use>
 int withKey(void* handle, unsigned int right, Use use) {
   const std::lock_guard<std::mutex> hold(s_guard);
@@ -110,36 +96,27 @@ int withKey(void* handle, unsigned int right, Use use) {
   return key != s_keys.end() ? use(key->first, key->second) : kKeyDeleted;
 }
 
-// Leads a path down to a sub-key, each component spelt as in the key that is there; passes over
-// empty ones. Makes what is missing if `made` is given, which tells whether the last one was.
-int walk(std::u16string& path, const char* subKey, bool* made) {
-  const std::u16string whole = wideOf(subKey);
-  std::u16string_view rest = whole;
-  while (!rest.empty()) {
-    const std::u16string_view name = rest.substr(0, rest.find(u'\\'));
-    rest.remove_prefix(std::min(rest.size(), name.size() + 1));
+// Leads a path down to a sub-key, past components that are empty. Makes what is missing if `made`
+// is given, which tells whether the last one was.
+int walk(std::string& path, std::string_view subKey, bool* made) {
+  while (!subKey.empty()) {
+    const std::string_view name = subKey.substr(0, subKey.find('\\'));
+    subKey.remove_prefix(std::min(subKey.size(), name.size() + 1));
     if (name.empty()) {
       continue;
     }
-    path.append(u"\\").append(name);
+    path.append("\\").append(name);
     if (made != nullptr) {
       *made = s_keys.try_emplace(path).second;
     }
-    const auto key = s_keys.find(path);
-    if (key == s_keys.end()) {
-      return kFileNotFound;
-    }
-    path = key->first;
   }
-  return kDone;
+  return s_keys.contains(path) ? kDone : kFileNotFound;
 }
 
-// Numbers are never given out twice, so that a handle that was closed stays a bad one.
 int open(void* key, const char* subKey, unsigned int access, bool* made, void** result) {
-  return withKey(key, 0, [&](std::u16string path, Values&) {
+  return withKey(key, 0, [&](std::string path, Values&) {
     const int error = walk(path, subKey, made);
     if (error == kDone) {
-      static std::uintptr_t s_last = 0;
       *result = reinterpret_cast<void*>(s_last += 4);
       s_handles[*result] = {path, access};
     }
@@ -147,11 +124,18 @@ int open(void* key, const char* subKey, unsigned int access, bool* made, void** 
   });
 }
 
-// The first of all keys from `key` on that lies below `path`.
-auto firstBelow(std::u16string path) {
-  path += u'\\';
-  const auto first = s_keys.lower_bound(path);
-  return first != s_keys.end() && first->first.starts_with(path) ? first : s_keys.end();
+// The name of a sub-key, by index; null past the last.
+const char* subKeyAt(std::string path, unsigned int index) {
+  path += '\\';
+  for (auto key = s_keys.lower_bound(path); key != s_keys.end(); ++key) {
+    if (!key->first.starts_with(path)) {
+      break;
+    }
+    if (key->first.find('\\', path.size()) == std::string::npos && index-- == 0) {
+      return key->first.c_str() + path.size();
+    }
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -164,8 +148,7 @@ namespace OsRegistry {
 
 int closeKey(void* key) noexcept {
   const std::lock_guard<std::mutex> hold(s_guard);
-  const bool predefined = reinterpret_cast<std::intptr_t>(key) < 0;
-  return predefined || s_handles.erase(key) == 1 ? kDone : kInvalidHandle;
+  return key == kUser || s_handles.erase(key) == 1 ? kDone : kInvalidHandle;
 }
 
 int openKey(void* key, const char* subKey, unsigned int, unsigned int access,
@@ -187,13 +170,10 @@ int createKeyEx(void* key, const char* subKey, char*, unsigned int, unsigned int
 }
 
 int deleteKey(void* key, const char* subKey) noexcept {
-  return withKey(key, 0, [&](std::u16string path, Values&) -> int {
+  return withKey(key, 0, [&](std::string path, Values&) -> int {
     const int error = walk(path, subKey, nullptr);
-    if (error != kDone) {
-      return error;
-    }
-    if (firstBelow(path) != s_keys.end()) {
-      return kAccessDenied;
+    if (error != kDone || subKeyAt(path, 0) != nullptr) {
+      return error != kDone ? error : kAccessDenied;
     }
     s_keys.erase(path);
     return kDone;
@@ -205,36 +185,30 @@ int queryValue(void* key, const char16_t* name, unsigned int* type, unsigned cha
   if (Testing::beforeQuery != nullptr) {
     Testing::beforeQuery();
   }
-  return withKey(key, kQueryValue, [&](const std::u16string&, const Values& values) -> int {
-    const auto value = values.find(name != nullptr ? name : u"");
+  return withKey(key, kQueryValue, [&](const std::string&, const Values& values) -> int {
+    const auto value = values.find(narrowOf(name));
     return value != values.end() ? copyValue(value->second, type, data, dataSize) : kFileNotFound;
   });
 }
 
 int setValue(void* key, const char16_t* name, unsigned int type, const unsigned char* data,
              unsigned int dataSize) noexcept {
-  return withKey(key, kSetValue, [&](const std::u16string&, Values& values) {
-    values[name != nullptr ? name : u""] = {type, {data, data + dataSize}};
+  return withKey(key, kSetValue, [&](const std::string&, Values& values) {
+    values[narrowOf(name)] = {type, {data, data + dataSize}};
     return kDone;
   });
 }
 
 int deleteValue(void* key, const char* name) noexcept {
-  return withKey(key, kSetValue, [&](const std::u16string&, Values& values) {
-    return values.erase(wideOf(name != nullptr ? name : "")) == 1 ? kDone : kFileNotFound;
+  return withKey(key, kSetValue, [&](const std::string&, Values& values) {
+    return values.erase(name != nullptr ? name : "") == 1 ? kDone : kFileNotFound;
   });
 }
 
 int enumKeyEx(void* key, unsigned int index, char* name, unsigned int* nameSize) noexcept {
-  return withKey(key, kEnumerateSubKeys, [&](const std::u16string& path, Values&) -> int {
-    const std::size_t start = path.size() + 1;
-    for (auto below = firstBelow(path);
-         below != s_keys.end() && below->first.starts_with(path + u'\\'); ++below) {
-      if (below->first.find(u'\\', start) == std::u16string::npos && index-- == 0) {
-        return copyName(std::u16string_view(below->first).substr(start), name, nameSize);
-      }
-    }
-    return kNoMoreItems;
+  return withKey(key, kEnumerateSubKeys, [&](const std::string& path, Values&) -> int {
+    const char* const found = subKeyAt(path, index);
+    return found != nullptr ? copyName(found, name, nameSize) : kNoMoreItems;
   });
 }
 
@@ -244,7 +218,7 @@ int enumKey(void* key, unsigned int index, char* name, unsigned int nameSize) no
 
 int enumValue(void* key, unsigned int index, char* name, unsigned int* nameSize, unsigned int*,
               unsigned int* type, unsigned char* data, unsigned int* dataSize) noexcept {
-  return withKey(key, kQueryValue, [&](const std::u16string&, const Values& values) -> int {
+  return withKey(key, kQueryValue, [&](const std::string&, const Values& values) -> int {
     if (index >= values.size()) {
       return kNoMoreItems;
     }
