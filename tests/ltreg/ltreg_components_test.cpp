@@ -1,4 +1,5 @@
 // The classes of component libraries: their entries, and what the check says of each kind of fault.
+#include "ltlib/ltlib.h"
 #include "tests/ltreg/ltreg_fixture.h"
 
 namespace {
@@ -136,6 +137,33 @@ TEST_F(LtregComponents, ATrialHasATimeOfItsOwn) {
   const ProgramResult result = run("component probe X --timeout 1");
   EXPECT_LT(result.exitCode, 0) << result.errors;
   contains(result.output, {"loading"});
+}
+
+// The program that runs is no longer there when it starts its child; what bears the name that the
+// system then gives it comes in its place.
+TEST_F(LtregComponents, BlamesNoLibraryThatWasNotTried) {
+  if (kOnWindows) {
+    GTEST_SKIP() << "a program that runs cannot be removed there";
+  }
+  m_folder.write(kStore, entryOf("X", "library.so"));
+  EXPECT_EQ(run("component list").exitCode, 0);
+  LTLib::NamedMutex mutex(readFile(m_folder.path("qsconfig.dat")).c_str());
+  const std::filesystem::path program = m_folder.path("tool");
+  for (const auto& [child, why] : std::vector<std::pair<std::string, std::string>>{
+           {"no program", "since the system starts no child process: Exec format error"},
+           {"#!/bin/sh\nkill -9 $$\n", "the child ended before that with signal 9"},
+           {"#!/bin/sh\nexit 3\n", "the child's own message tells why"}}) {
+    std::filesystem::copy_file(LTREG_PROGRAM, program);
+    mutex.lock();
+    RunningProgram check = start("component check X", program.string());
+    std::filesystem::remove(program);
+    std::filesystem::permissions(m_folder.write("tool (deleted)", child),
+                                 std::filesystem::perms::owner_all);
+    mutex.unlock();
+    const ProgramResult result = check.wait();
+    EXPECT_EQ(result.exitCode, 4) << result.output;
+    contains(result.errors, {"the library was not tried", why});
+  }
 }
 
 TEST_F(LtregComponents, CreatesWhenAsked) {

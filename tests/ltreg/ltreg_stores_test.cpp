@@ -79,6 +79,20 @@ TEST_F(LtregStores, WaitsForTheLockAndTellsOnceThatItWasAbandoned) {
   fails(0, kGet, "(abandoned)", kOne, "1\n");
 }
 
+// Where a reader still held the lock, whoever writes would wait until the test's time is up.
+TEST_F(LtregStores, AReaderThatIsNotHeardKeepsNobodyOut) {
+  m_folder.write(kStore, holding("\"n\"=string:\"" + std::string(1 << 20, 'x') + '"'));
+  const auto [shown, output] = makePipe();
+  const Process reader({m_program,
+                        {"get", "HKLM\\A\\B", "n"},
+                        m_folder.path(),
+                        std::fopen(m_folder.write("input", "").c_str(), "r"),
+                        output});
+  EXPECT_EQ(std::fgetc(shown), 'x');
+  EXPECT_EQ(run("set @ n 2").exitCode, 0);
+  std::fclose(shown);
+}
+
 TEST_F(LtregStores, FiftyAtOnceLoseNothing) {
   std::vector<RunningProgram> running;
   for (int i = 0; i < 50; ++i) {

@@ -1,7 +1,12 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/syscall.h>
 
+#include <cerrno>
+#include <cstdarg>
+
+#include "ltlib/platform/files.h"
 #include "ltlib/platform/linux/sha256.h"
 #include "ltlib/platform/process.h"
 #include "tests/support/forked_child.h"
@@ -9,6 +14,44 @@
 namespace {
 
 using LTLib::Testing::holdsInForked;
+
+int s_interruptions = 0;
+
+// Ends a call of the system as a signal does that comes while it waits.
+bool isInterrupted() {
+  errno = EINTR;
+  return s_interruptions > 0 && s_interruptions-- > 0;
+}
+
+}  // namespace
+
+// These take the place of the C library's in this program.
+extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
+  return isInterrupted() ? -1 : ::syscall(SYS_read, descriptor, buffer, size);
+}
+
+extern "C" int open(const char* path, int flags, ...) {
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+  va_end(rest);
+  return isInterrupted() ? -1
+                         : static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
+namespace {
+
+TEST(InterruptedCalls, AreMadeAgain) {
+  using namespace LTLib::Platform;
+  FileHandle file;
+  char byte = 'x';
+  std::size_t taken = 0;
+  s_interruptions = 2;
+  ASSERT_EQ(openFile("/proc/self/stat", Links::kRefused, file), FileResult::kDone);
+  s_interruptions = 2;
+  EXPECT_EQ(fileCalls().read(*file, &byte, 1, &taken), FileResult::kDone);
+  EXPECT_EQ(taken + static_cast<std::size_t>(s_interruptions), 1u);
+}
 
 // Lengths around the ends of blocks and of their room for the length.
 TEST(Sha256, KnownDigests) {

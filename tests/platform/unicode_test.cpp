@@ -35,8 +35,11 @@ TEST(Unicode, ConvertsBothWaysAndReplacesWhatIsNoText) {
   }
   EXPECT_TRUE(wide("\x80.\xFF.\xE2\x82.\xC0\x80.\xF0\x9F\x98") ==
               u"\uFFFD.\uFFFD.\uFFFD.\uFFFD\uFFFD.\uFFFD");
-  // How many replacements an overlong form becomes is the system's own.
-  EXPECT_EQ(wide("\xE0\x80\x80").find_first_not_of(u'\uFFFD'), std::u16string::npos);
+  // How many replacements become of what is too long, a surrogate or too large is the system's own.
+  for (const char* fault :
+       {"\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
+    EXPECT_EQ(wide(fault).find_first_not_of(u'\uFFFD'), std::u16string::npos);
+  }
   EXPECT_EQ(narrow(u".\xDE00\xDE00.\xD83D\xD83D\xDE00\xD83D"),
             ".\xEF\xBF\xBD\xEF\xBF\xBD.\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
 }
