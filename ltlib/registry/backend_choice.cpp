@@ -1,3 +1,5 @@
+// The one instance of the registry manager: made once, by the marker or as a tool demands, and ended
+// with the library.
 #include "ltlib/registry/backend_choice.h"
 
 #include <atomic>
@@ -35,6 +37,7 @@ std::unique_ptr<QSRegistryManagerImpl> chooseBackend() {
 namespace {
 
 constinit ltDoOnce_t s_once;
+// Atomic for late callers: the end takes the instance away without asking `s_once` again.
 constinit std::atomic<QSRegistryManagerImpl*> s_instance{nullptr};
 constinit std::atomic<bool> s_ended{false};
 
@@ -57,6 +60,7 @@ void buildAs() {
 // Whether the instance is of that class, once there is one.
 template <class Manager>
 bool force() {
+  // Where the instance was made already nothing happens, and the cast tells of which class it is.
   ltDoOnce(s_once, buildAs<Manager>);
   return dynamic_cast<Manager*>(s_instance.load(std::memory_order_acquire)) != nullptr;
 }

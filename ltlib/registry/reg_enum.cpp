@@ -1,3 +1,5 @@
+// The two walks differ in what they ask the manager for and in what they set an entry up with. Their
+// steps call one another virtually, since derived classes may take part in a walk.
 #include "ltlib/registry/reg_enum.h"
 
 CQSRegEnumKey::CQSRegEnumKey(enumRegRoot root, const char* path) {

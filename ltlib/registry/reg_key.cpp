@@ -1,3 +1,5 @@
+// Nothing is kept open between two operations: m_handle is set for the length of one, so that every
+// way out of it, exceptions included, finds the handle and closes it.
 #include "ltlib/registry/reg_key.h"
 
 #include <string_view>
@@ -79,6 +81,7 @@ CQSRegKey::CQSRegKey(const CQSRegKey& parent, const char* subKey) {
   (void)SetKey(parent, subKey);
 }
 
+// Copies expand once more, since a variable may have been defined after the first time.
 CQSRegKey::CQSRegKey(const CQSRegKey& other) : m_path(other.m_path), m_root(other.m_root) {
   (void)QSExpandString(m_path);
 }
@@ -101,6 +104,7 @@ QSResult CQSRegKey::SetKey(enumRegRoot root, const char* path) {
     return kFailure;
   }
   m_root = root;
+  // By way of a copy: the text may be a part of this very path.
   m_path = std::string(path);
   return QSExpandString(m_path);
 }
@@ -110,6 +114,7 @@ QSResult CQSRegKey::SetKey(const CQSRegKey& parent, const char* subKey) {
     return kFailure;
   }
   m_root = parent.m_root;
+  // The sum is a text of its own, so that the parent may be this object.
   m_path = parent.m_path + '\\' + subKey;
   return QSExpandString(m_path);
 }
@@ -149,6 +154,7 @@ QSResult CQSRegKey::deleteBranch() {
 bool CQSRegKey::IsCreated() {
   void* local = nullptr;
   const bool opened = OpenKey(&local, false) >= 0;
+  // A handle that came with a failure is closed all the same.
   if (local != nullptr) {
     (void)CloseKey();
   }
@@ -172,6 +178,7 @@ QSResult CQSRegKey::CreateKey(void** out) {
   if (m_path.empty()) {
     return kFailure;
   }
+  // What did not expand when the path was set may do so now; no key gets a name with the rest.
   if (const QSResult expanded = QSExpandString(m_path); expanded < 0) {
     return expanded;
   }
@@ -192,6 +199,8 @@ QSResult CQSRegKey::CloseKey() {
   if (m_handle == nullptr) {
     return kSuccess;
   }
+  // Forgotten ahead of the call, so that no second one ever closes the number, which may be another
+  // key's by then.
   QSRegistryManager* manager = QSRegistryManager::GetInstance();
   void* handle = m_handle;
   m_handle = nullptr;

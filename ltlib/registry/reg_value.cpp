@@ -1,3 +1,5 @@
+// Each form of an operation finds its name and comes down to readData or writeBuffer, which open the
+// key, do the one call and close the key again.
 #include "ltlib/registry/reg_value.h"
 
 #include <algorithm>
@@ -28,6 +30,7 @@ void* bufferOf(const Data& data) {
   return ownsBuffer(data.type) ? data.pData : nullptr;
 }
 
+// The record has no type for links and the rarer numbers; they come out as none, with their size.
 DataType dataTypeOf(unsigned int registryType) {
   switch (registryType) {
     case REG_SZ:
@@ -71,6 +74,7 @@ int takeNumber(const std::string& bytes, Data& out) {
     return kInvalidData;
   }
   std::memcpy(&number, bytes.data(), sizeof number);
+  // The record holds 32 bits, and half of a number would be another one.
   if (number > std::numeric_limits<std::uint32_t>::max()) {
     return kInvalidData;
   }
@@ -149,6 +153,7 @@ QSResult CQSRegValue::SetName(const char* valueName) {
   if (valueName == nullptr) {
     return LTLib::kNullArgument;
   }
+  // By way of a copy: the text may be a part of this very name.
   m_name = std::string(valueName);
   return kSuccess;
 }
@@ -215,6 +220,7 @@ QSResult CQSRegValue::readData(const char* name, e_data_struct& out) {
   return result == 0 ? take(value, out) : failureOf(manager, handle, name, result);
 }
 
+// The three that follow read into the object's own record, and so free what the last read gave out.
 QSResult CQSRegValue::readNumber(const char* name, unsigned long& out) {
   if (const QSResult result = readData(name, m_data); result < 0) {
     return result;
@@ -294,12 +300,14 @@ QSResult CQSRegValue::writeBuffer(const char* name, e_data_type type, const void
     return kFailure;
   }
   void* handle = nullptr;
+  // Opened first and made only where that fails: making a key writes its default value anew.
   if (m_key.OpenKey(&handle, true) < 0) {
     if (const QSResult created = m_key.CreateKey(&handle); created < 0) {
       return created;
     }
   }
   const CQSRegKey::Closing closing(m_key);
+  // A number that is no type at all is refused here, when the key is there, and not as DATA_NONE is.
   const unsigned int registryType = registryTypeOf(type);
   if (registryType == REG_NONE) {
     return kFailure;

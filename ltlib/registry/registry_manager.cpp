@@ -1,3 +1,5 @@
+// The table of the roots, the whole read of a manager that has none of its own, and the functions
+// that go to the instance.
 #include "ltlib/registry/registry_manager.h"
 
 #include "ltlib/foundation/kqsresult.h"
@@ -15,6 +17,8 @@ struct RootRow {
   const char* name;
 };
 
+// In the order of the numbers, by which rowOf counts. Handles are 32 bits wide and take their sign
+// along into a pointer, as the operating system's own do.
 constexpr RootRow kRoots[] = {
     {REG_ROOT_CURRENT_USER, static_cast<std::int32_t>(0x80000001u), "HKEY_CURRENT_USER"},
     {REG_ROOT_CURRENT_CONFIG, static_cast<std::int32_t>(0x80000005u), "HKEY_CURRENT_CONFIG"},
@@ -47,6 +51,8 @@ int QSRegistryManagerImpl::queryWholeValue(void* key, const char* valueName,
                                            LTLib::RegistryValue& value) {
   auto* name = const_cast<char*>(valueName);
   for (int query = 0; query < kMostQueries; ++query) {
+    // A type is asked for as well as told: what the last query left there, a number's type above all,
+    // would ask for the value in that form.
     unsigned int size = 0;
     value.type = REG_NONE;
     if (const int result = regQueryValueEx(key, name, &value.type, nullptr, &size); result != 0) {
@@ -54,9 +60,11 @@ int QSRegistryManagerImpl::queryWholeValue(void* key, const char* valueName,
     }
     const unsigned int capacity = size;
     value.type = REG_NONE;
+    // One byte more than was told, for the terminator that a manager may copy along.
     value.bytes.assign(std::size_t{capacity} + 1, '\0');
     auto* bytes = reinterpret_cast<unsigned char*>(value.bytes.data());
     const int result = regQueryValueEx(key, name, &value.type, bytes, &size);
+    // A manager may cut in silence, and then only the size tells that the value has grown.
     if (result == 0 && size <= capacity) {
       value.bytes.resize(size);
       return 0;

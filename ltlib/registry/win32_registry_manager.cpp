@@ -1,3 +1,5 @@
+// Two worlds meet here: callers have narrow texts, the registry has UTF-16. Only names and texts are
+// converted; all other data passes through as it is.
 #include "ltlib/registry/win32_registry_manager.h"
 
 #include <algorithm>
@@ -16,6 +18,7 @@ using LTLib::Platform::utf8ToUtf16;
 
 namespace {
 
+// Most values are shorter, and one query then does.
 constexpr unsigned int kFirstSize = 512;
 
 bool isText(unsigned int type) {
@@ -28,6 +31,7 @@ class WideName {
   explicit WideName(const char* name) {
     if (name != nullptr) {
       const std::size_t size = std::strlen(name) + 1;
+      // Measured first: in some code pages one byte makes several units.
       m_text.resize(codePageToUtf16(name, size, nullptr, 0));
       m_text.resize(codePageToUtf16(name, size, m_text.data(), m_text.size()));
     }
@@ -76,6 +80,7 @@ std::string utf8Of(std::u16string_view text) {
 int setText(void* key, const WideName& name, unsigned int type, const char* text,
             std::size_t size) {
   const std::size_t count = utf8ToUtf16(text, size, nullptr, 0);
+  // The system would take no bytes for a value that is there and empty.
   if (count == 0) {
     return 0;
   }
@@ -111,6 +116,7 @@ int QSWin32RegistryManager::regQueryValueEx(void* key, char* valueName, unsigned
     } else if (data != nullptr) {
       result = OsRegistry::queryValue(key, name.get(), type, data, dataSize);
     }
+    // What became a text in between, or ceased to be one, is not what was asked for; once more then.
     if (result != 0 || isText(*type) == text) {
       if (result == 0 && text) {
         *dataSize = giveText(textOf(units, *dataSize), data, capacity);

@@ -1,3 +1,5 @@
+// There are no apartments here. The books are kept all the same, so that a thread that mixes the two
+// kinds fails here as it does where there are some.
 #include "ltlib/platform/apartment.h"
 
 #include <atomic>

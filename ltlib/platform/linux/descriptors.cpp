@@ -1,3 +1,5 @@
+// Numbers 0 to 2 belong to whoever prints, also in a process that was started without them: a file
+// of the library there would be written to by the next message.
 #include "ltlib/platform/linux/descriptors.h"
 
 #include <fcntl.h>
@@ -35,6 +37,7 @@ int openAboveStandardStreams(const char* path, int flags, mode_t mode) noexcept 
 }
 
 int waitForKernelLock(int descriptor) noexcept {
+  // The lock is free nearly always. Only a wait for another process has to let forks pass by.
   const int error = lockUninterrupted(descriptor, LOCK_EX | LOCK_NB);
   if (error != EWOULDBLOCK) {
     return error;

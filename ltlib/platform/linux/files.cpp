@@ -46,6 +46,7 @@ FileResult resultOf(int answer) {
   return answer == 0 ? FileResult::kDone : failure();
 }
 
+// A program's signal handlers may cut short whatever waits; the call was not made then.
 template <class Call>
 auto retried(Call call) {
   auto answer = call();
@@ -133,6 +134,7 @@ FileResult open(const char* path, Links links, File** file) {
   if (::fstat(descriptor, &found) != 0) {
     return closedWith(descriptor, FileResult::kFailed);
   }
+  // Looked at through the descriptor: the name may lead elsewhere by now.
   if (!S_ISREG(found.st_mode)) {
     errno = S_ISDIR(found.st_mode) ? EISDIR : EINVAL;
     return closedWith(descriptor, FileResult::kFailed);
@@ -183,6 +185,7 @@ bool takeAfter(int descriptor, const char* like) {
                          ::fchown(descriptor, static_cast<uid_t>(-1), former.st_gid) == 0;
   const bool ownerKept = made.st_uid == former.st_uid ||
                          ::fchown(descriptor, former.st_uid, static_cast<gid_t>(-1)) == 0;
+  // The mode last: a change of owner takes bits of it away.
   mode_t mode = narrowed(former.st_mode & kPermissions, ownerKept, groupKept);
   return carryAccessList(descriptor, like, mode) && ::fchmod(descriptor, mode) == 0;
 }
@@ -245,6 +248,7 @@ FileResult read(File& file, char* buffer, std::size_t capacity, std::size_t* tak
   return count >= 0 ? FileResult::kDone : FileResult::kFailed;
 }
 
+// A call may take less than it was given, on a full disk above all, and tells why at the next.
 FileResult write(File& file, const char* bytes, std::size_t count) {
   while (count > 0) {
     const ssize_t written = retried([&] { return ::write(file.descriptor, bytes, count); });
@@ -336,6 +340,7 @@ FileResult rename(const char* from, const char* to) {
 }
 
 FileResult exchange(const char* one, const char* other) {
+  // EINVAL is what a file system says that does not know this step.
   const int answer = ::renameat2(AT_FDCWD, one, AT_FDCWD, other, RENAME_EXCHANGE);
   return answer != 0 && errno == EINVAL ? FileResult::kUnsupported : resultOf(answer);
 }
@@ -347,6 +352,7 @@ FileResult flushDirectory(const char* path) {
     // A directory that may be written but not listed cannot be flushed by itself.
     return errno == EACCES ? FileResult::kUnsupported : FileResult::kFailed;
   }
+  // Some file systems have nothing to flush in a folder and say EINVAL.
   const int answer = retried([&] { return ::fsync(descriptor); });
   return closedWith(descriptor,
                     answer == 0 || errno == EINVAL ? FileResult::kDone : FileResult::kFailed);

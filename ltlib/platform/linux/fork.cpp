@@ -23,6 +23,7 @@ constexpr std::size_t kLocks = static_cast<std::size_t>(ProcessLock::kSoleWork) 
 // included.
 constexpr std::uint64_t kSecondsForLoader = 1;
 
+// Ready before any constructor runs: other static objects of the library lock already.
 constinit std::array<Slot, kLocks> s_slots;
 
 // Held by a forking thread from its first wait to the end of the fork, and by a thread that closes
@@ -54,6 +55,7 @@ bool isGivenUp(std::size_t place, std::uint64_t endOfPatience) noexcept {
 void prepare() {
   enterForks();
   const std::uint64_t end = endOfPatience();
+  // In the order in which every thread takes them, so that a fork cannot deadlock with one.
   for (std::size_t i = 0; i < kLocks; ++i) {
     ThreadLock& lock = s_slots[i].lock;
     bool entered = tryEnterThreadLock(lock);
@@ -100,6 +102,7 @@ struct ForkedChild {
   }
 
   static void goOn() {
+    // Both look at what the locks guard, and so come ahead of freeing them.
     giveBackWorks();
     callHooks();
     for (Slot& slot : s_slots) {

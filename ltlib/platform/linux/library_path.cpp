@@ -29,6 +29,7 @@ std::string loadedFrom() {
 
 std::string programDirectory() {
   char path[PATH_MAX];
+  // For a library that is linked into the program.
   const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
   if (length <= 0) {
     return {};

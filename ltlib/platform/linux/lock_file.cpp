@@ -39,6 +39,7 @@ constexpr int kAttempts = 100;
 constexpr rlim_t kFullLength = 1 << 20;
 
 // The mark of a file without length.
+// An owner without a right to make files grow, in a file that nobody ever did, leaves this bit.
 constexpr mode_t kOwnedMode = S_IXUSR;
 
 std::string hexOf(std::span<const std::uint8_t> bytes) {
@@ -106,6 +107,7 @@ int accept(LockFile& file, int descriptor) noexcept {
   if (fstat(descriptor, &status) != 0) {
     return closeWith(descriptor, errno);
   }
+  // Removed by a cleaner between its opening and here; whoever comes next would lock another file.
   if (status.st_nlink == 0) {
     return closeWith(descriptor, ENOENT);
   }
@@ -217,6 +219,7 @@ int waitForLockFile(const LockFile& file) noexcept {
 
 LockFileState markLockFile(const LockFile& file) noexcept {
   struct stat status {};
+  // Looked at anew under the lock: while this process waited, the file may have gone or been closed.
   if (!isStillOpen(file, status) || status.st_nlink != 1) {
     return LockFileState::kReplaced;
   }
@@ -234,6 +237,7 @@ void giveUpLockFile(const LockFile& file, LockFileEnd end) noexcept {
   if (end == LockFileEnd::kReleased) {
     takeMarkAway(file, status);
   }
+  // By itself and not by a close, since a forked child may hold a copy of the descriptor.
   flock(file.descriptor, LOCK_UN);
 }
 

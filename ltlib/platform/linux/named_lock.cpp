@@ -30,6 +30,7 @@ namespace {
 
 using Table = std::map<std::string, NamedLock*>;
 
+// As often a file may be replaced while this process waits for it.
 constexpr int kAttempts = 100;
 
 constinit Table* s_table = nullptr;  // never destroyed: late destructors may still use locks
@@ -151,6 +152,7 @@ NamedLockWait takeFile(LockFile& file) noexcept {
     if (error == 0) {
       error = waitForLockFile(file);
     }
+    // Somebody has closed the number between the look at it and the wait.
     if (error == EBADF) {
       continue;
     }
@@ -188,6 +190,7 @@ bool addToHeld(NamedLock& lock) noexcept {
 
 void removeFromHeld(NamedLock& lock) noexcept {
   auto* head = static_cast<NamedLock*>(pthread_getspecific(s_held));
+  // The last one taken is the first one given back, mostly.
   if (head == &lock) {
     pthread_setspecific(s_held, lock.nextHeld);
     return;
@@ -214,6 +217,8 @@ NamedLockWait waitForNamedLock(NamedLock& lock) noexcept {
     ++lock.depth;
     return {NamedLockStatus::kObtained, 0};
   }
+  // The threads of this process first, then the file: one descriptor serves them all, and the system's
+  // lock on it keeps no two threads apart.
   enterThreads(lock.threads);
   const NamedLockWait wait = takeFile(lock.file);
   if (wait.status == NamedLockStatus::kFailed) {
@@ -234,6 +239,7 @@ void releaseNamedLock(NamedLock& lock) noexcept {
   if (!holdsThreadLock(lock.threads) || --lock.depth > 0) {
     return;
   }
+  // Off the list ahead of the release: the next owner puts the lock on a list of its own.
   removeFromHeld(lock);
   giveUp(lock, LockFileEnd::kReleased);
 }

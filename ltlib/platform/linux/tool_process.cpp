@@ -76,6 +76,7 @@ int spawn(const std::string& program, const std::vector<std::string>& arguments,
     return errno;
   }
   const Descriptor errors(ends[0]);
+  // Closed by the system when the child becomes the program, which is how its start shows.
   Descriptor childsErrors(ends[1]);
   const pid_t self = ::getpid();
   child = ::fork();
@@ -128,6 +129,7 @@ void await(pid_t child, int output, Clock::time_point limit, ChildOutcome& outco
   bool open = true;
   for (;;) {
     int status = 0;
+    // Asked ahead of the reading: what the child wrote before its end is then there to be read.
     const bool ended = ::waitpid(child, &status, WNOHANG) == child;
     open = open && drain(output, outcome.output);
     if (ended) {
@@ -204,6 +206,7 @@ ChildOutcome runChild(const std::string& program, const std::vector<std::string>
   }
   Descriptor output(ends[0]);
   Descriptor input(ends[1]);
+  // A process that the child leaves behind may keep the pipe open for ever.
   ::fcntl(output.number(), F_SETFL, O_NONBLOCK);
   // A caller that ignores this signal passes that on, and the system would forget the child's end.
   ::signal(SIGCHLD, SIG_DFL);

@@ -25,6 +25,7 @@ Character takeUtf8(const char* text, std::size_t size) {
   if (lead < 0x80) {
     return {lead, 1};
   }
+  // C0 and C1 could only begin long forms, F5 and above only what lies beyond the last plane.
   const std::size_t length = isIn(lead, 0xC2, 0xDF)   ? 2
                              : isIn(lead, 0xE0, 0xEF) ? 3
                              : isIn(lead, 0xF0, 0xF4) ? 4
@@ -85,6 +86,7 @@ std::size_t convert(Character (*take)(const In*, std::size_t), const In* text, s
   std::size_t count = 0;
   for (std::size_t at = 0; at < size;) {
     const Character character = take(text + at, size - at);
+    // Put aside first: a character that does not fit whole is left out whole.
     Out units[4];
     const std::size_t length = put(character.code, units);
     if (capacity != 0) {

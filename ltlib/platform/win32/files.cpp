@@ -56,6 +56,7 @@ FileResult resolve(const char* path, std::string* target) {
 FileResult open(const char* path, Links, File** file) {
   const HANDLE handle = CreateFileA(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
+  // Names such as CON and NUL open as devices, in any folder.
   if (handle != INVALID_HANDLE_VALUE && GetFileType(handle) != FILE_TYPE_DISK) {
     CloseHandle(handle);
     SetLastError(ERROR_INVALID_NAME);
@@ -100,6 +101,7 @@ bool refill(File& file) {
   file.at = 0;
   file.end = kept + count;
   file.ended = count == 0;
+  // A pipe whose writer has gone has ended.
   return read || GetLastError() == ERROR_BROKEN_PIPE;
 }
 
@@ -180,6 +182,7 @@ FileResult tell(HANDLE handle, FileStatus* found) {
 }
 
 FileResult status(const char* path, FileStatus* found) {
+  // Without the backup flag no folder would open, and without the other one a link's target would.
   const HANDLE handle =
       CreateFileA(path, FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
                   FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);

@@ -1,3 +1,5 @@
+// The narrow calls where callers have the code page, which is for keys and for names that are
+// listed. Values go by the wide ones: the narrow ones would convert their texts too.
 #include "ltlib/platform/os_registry.h"
 
 #include <windows.h>

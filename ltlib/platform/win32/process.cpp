@@ -20,6 +20,7 @@ MonotonicTime monotonicTime() noexcept {
   LARGE_INTEGER ticks;
   LARGE_INTEGER ticksPerSecond;
   QueryPerformanceCounter(&ticks);
+  // The frequency is fixed at the start of the system, so that it needs no keeping.
   QueryPerformanceFrequency(&ticksPerSecond);
   return {static_cast<std::uint64_t>(ticks.QuadPart),
           static_cast<std::uint64_t>(ticksPerSecond.QuadPart)};

@@ -89,6 +89,7 @@ DWORD spawn(const std::string& program, const std::vector<std::string>& argument
   const DWORD error = started != 0 ? 0 : GetLastError();
   SetErrorMode(before);
   if (error == 0) {
+    // Before its first instruction, so that it cannot outlive this process.
     AssignProcessToJobObject(job, made.hProcess);
     ResumeThread(made.hThread);
     CloseHandle(made.hThread);
@@ -132,6 +133,7 @@ void describe(HANDLE child, ChildOutcome& outcome) {
 // end and go on, or leave it to a process of its own.
 void await(HANDLE child, HANDLE output, Clock::time_point limit, ChildOutcome& outcome) {
   for (;;) {
+    // Asked ahead of the reading: what the child wrote before its end is then there to be read.
     const bool ended = WaitForSingleObject(child, kTickMilliseconds) == WAIT_OBJECT_0;
     drain(output, outcome.output);
     if (ended) {
@@ -210,6 +212,7 @@ void limitLifetime(std::chrono::seconds limit) noexcept {
 ChildOutcome runChild(const std::string& program, const std::vector<std::string>& arguments,
                       std::chrono::milliseconds limit) {
   SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+  // An input that is missing, unlike one that is empty, would be filled by the next file that opens.
   const Handle nothing(CreateFileA("NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                    &inherited, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   Handle output;

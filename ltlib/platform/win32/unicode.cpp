@@ -1,3 +1,4 @@
+// No flag that refuses faulty text is set, so that the system itself puts U+FFFD in its place.
 #include "ltlib/platform/unicode.h"
 
 #include <windows.h>
