@@ -1,5 +1,7 @@
 // The operating system's registry: the tool against the system's own, under a key of the test's.
+#include <atomic>
 #include <cstdlib>
+#include <thread>
 
 #include "ltlib/ltlib.h"
 #include "tests/ltreg/ltreg_fixture.h"
@@ -75,6 +77,24 @@ TEST_F(LtregSystem, ShowsWhatOthersWrote) {
   put("large", REG_SZ, std::string(1 << 20, 'x') + "\u00E4");
   shows("get " + m_key + " large", std::string(1 << 20, 'x') + "\u00E4\n", {});
   contains(run("list HKCU").output, {"key\tSoftware\n"});
+}
+
+// A value that others change is shown as it was or as it is.
+TEST_F(LtregSystem, ReadsWhatOthersAreWriting) {
+  put("v", REG_SZ, "s");
+  std::atomic<bool> done = false;
+  std::thread writer([&] {
+    while (!done) {
+      put("v", REG_SZ, std::string(6000, 'l'));
+      put("v", REG_SZ, "s");
+    }
+  });
+  for (int round = 0; round < 10; ++round) {
+    const std::string shown = run("get " + m_key + " v").output;
+    EXPECT_TRUE(shown == "s\n" || shown == std::string(6000, 'l') + '\n') << shown.size();
+  }
+  done = true;
+  writer.join();
 }
 
 TEST_F(LtregSystem, WritesWhatOthersRead) {

@@ -7,7 +7,9 @@
 
 namespace LTLib::Testing {
 
-/// Whether the backend over store files serves this process.
+/// Whether the backend over store files serves this process. Its binary data ends at a NUL, lists
+/// split at backslashes and commas, a value keeps its first type and a type of other systems becomes
+/// a text; reading adds keys, and what it lists comes in the order of arrival.
 inline bool filesServe() {
   return !GetConfigurationPathname(REG_ROOT_CURRENT_USER).empty();
 }
@@ -29,29 +31,20 @@ inline constexpr QSResult kKeyNotThere = resultFromSystemError(kNotThere);
 inline constexpr QSResult kNoHandle = resultFromSystemError(kBadHandle);
 
 // Keys and values that are not there, and handles that are none.
-inline constexpr Fact<bool> kMissingKeyIsCreated{true, false};
 inline constexpr Fact<QSResult> kReadMissingKey{kFailure, kKeyNotThere};
-inline constexpr Fact<bool> kReadingAddsKeys{true, false};
 inline constexpr Fact<int> kMissing{-1, kNotThere};  // the number of a deletion
-inline constexpr Fact<QSResult> kDeleteUnderMissing{-1, kNoHandle};
 inline constexpr Fact<QSResult> kUnknownRoot{-1, kNoHandle};
 inline constexpr Fact<QSResult> kKeyHasSubKeys{-1, resultFromSystemError(5)};
 
 // Walks.
 inline constexpr Fact<QSResult> kEndOfWalk{-1, resultFromSystemError(259)};
 inline constexpr Fact<QSResult> kWalkOfMissingKey{-1, kKeyNotThere};
-inline constexpr Fact<bool> kOrderOfArrival{true, false};
 
 // Values.
 inline constexpr Fact<unsigned int> kTextTerminators{0, 1};  // counted in the size of a text
 inline constexpr Fact<unsigned int> kListTerminators{0, 2};  // and of a list, behind its last item
 inline constexpr Fact<const char*> kExpandable{"text", "expandable"};  // what REG_EXPAND_SZ becomes
-inline constexpr Fact<bool> kKeepsTypeOfExisting{true, false};
-inline constexpr Fact<bool> kBinaryEndsAtNul{true, false};
-inline constexpr Fact<bool> kSplitsListItems{true, false};  // at backslashes and commas
-inline constexpr Fact<bool> kKeepsForeignTypes{false, true};
-inline constexpr Fact<bool> kKeepsBytesThatAreNoText{true, false};
-inline constexpr Fact<const char*> kDefaultName{"Default", ""};  // means what null means
+inline constexpr Fact<const char*> kDefaultName{"Default", ""};        // means what null means
 inline constexpr Fact<QSResult> kWriteEmptyName{-1, 0};
 
 }  // namespace LTLib::Testing

@@ -79,7 +79,7 @@ Names namesOf(Walk&& walk) {
     names.push_back(name);
   }
   EXPECT_EQ(result, kEndOfWalk());
-  if (!kOrderOfArrival()) {
+  if (!filesServe()) {
     std::sort(names.begin(), names.end());
   }
   return names;

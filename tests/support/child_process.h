@@ -65,7 +65,6 @@ class RunningProgram {
  public:
   RunningProgram(const std::string& program, std::vector<std::string> arguments,
                  const std::string& folder);
-  void kill() const { m_process.kill(); }
   ProgramResult wait();
 
  private:
