@@ -32,13 +32,10 @@ class FailingManager : public QSWin32RegistryManager {
     return counted(-1, QSWin32RegistryManager::regCloseKey(key));
   }
 
-  // A backend may pass over backslashes at the end.
   int regOpenKeyEx(void* key, const char* subKey, unsigned int options, int samDesired,
                    void** result) override {
-    std::string path = subKey;
-    path.resize(path.find_last_not_of('\\') + 1);
-    return counted(
-        1, QSWin32RegistryManager::regOpenKeyEx(key, path.c_str(), options, samDesired, result));
+    return counted(1,
+                   QSWin32RegistryManager::regOpenKeyEx(key, subKey, options, samDesired, result));
   }
 
   int regCreateKey(void* key, const char* subKey, void** result) override {
