@@ -64,6 +64,7 @@ class FailingManager : public QSWin32RegistryManager {
     if (m_forms.empty()) {
       return QSWin32RegistryManager::regQueryValueEx(key, valueName, type, data, dataSize);
     }
+    EXPECT_EQ(*type, REG_NONE) << "a number's type would ask for a number";
     const Form& form = m_forms[std::min(m_queries++, m_forms.size() - 1)];
     if (form.type) {
       *type = *form.type;
