@@ -49,7 +49,7 @@ std::vector<Case> cases() {
 TEST_F(RegValue, EveryTypeComesBackThroughEveryFormOfRead) {
   make("K");
   for (const Case& row : cases()) {
-    EXPECT_EQ(RawKey(path("K")).set(row.name, row.type, row.bytes), 0) << row.name;
+    EXPECT_EQ(open("K").set(row.name, row.bytes, row.type), 0) << row.name;
     CQSRegValue value = this->value("K", row.name);
     EXPECT_EQ(contentOf(value), row.content);
   }
@@ -117,9 +117,9 @@ TEST_F(RegValue, ConstructorsDropWhatFailsAndSettersTellIt) {
 
 TEST_F(RegValue, NullAndEmptyNamesMeanDifferentValues) {
   make("K");
-  const RawKey raw(path("K"));
+  const OpenKey raw = open("K");
   for (const char* name : {static_cast<const char*>(nullptr), "own", "other"}) {
-    EXPECT_EQ(raw.set(name, REG_SZ, (name != nullptr ? name : "null") + "\0"s), 0);
+    EXPECT_EQ(raw.set(name, (name != nullptr ? name : "null") + "\0"s), 0);
   }
   CQSRegValue unnamed = value("K", nullptr);
   CQSRegValue named = value("K", "own");
@@ -185,15 +185,15 @@ TEST_F(RegValue, BuffersBelongToObjectsAndRecords) {
 // Another thread writes two forms of a value in turn: each read gives the one or the other, whole.
 TEST_F(RegValue, ReadsThatRaceWithWritesGiveWhatOneWriteLeft) {
   make("K");
-  const RawKey key(path("K"));
+  const OpenKey key = open("K");
   const std::string large(20000, 'x');
   const Form forms[] = {{REG_SZ, "short\0"s}, {REG_SZ, large + '\0'}};
-  key.put("v", forms[0]);
+  put(key, "v", forms[0]);
   std::atomic<bool> done = false;
   std::atomic<unsigned int> writes = 0;
   std::thread writer([&] {
     for (; !done; ++writes) {
-      key.put("v", forms[writes % 2]);
+      put(key, "v", forms[writes % 2]);
     }
   });
   CQSRegValue value = this->value("K", "v");

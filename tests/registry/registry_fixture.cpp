@@ -44,28 +44,12 @@ int RegistryObjects::deleteRaw(const std::string& below) {
   return m_manager.regDeleteKey(m_root, path(below).c_str());
 }
 
-RawKey::RawKey(const std::string& path) {
-  QSRegistryManager& manager = *QSRegistryManager::GetInstance();
-  EXPECT_EQ(
-      manager.regOpenKeyEx(predefinedRootHandle(kUser), path.c_str(), 0, KEY_ALL_ACCESS, &m_handle),
-      0);
+OpenKey RegistryObjects::open(const std::string& below) const {
+  return OpenKey(path(below), kUser, m_manager);
 }
 
-RawKey::~RawKey() {
-  EXPECT_EQ(QSRegistryManager::GetInstance()->regCloseKey(m_handle), 0);
-}
-
-int RawKey::set(const char* name, unsigned int type, const std::string& bytes) const {
-  return QSRegistryManager::GetInstance()->regSetValueEx(
-      m_handle, name, type, reinterpret_cast<const unsigned char*>(bytes.data()),
-      static_cast<unsigned int>(bytes.size()));
-}
-
-void RawKey::put(std::string name, const Form& form) const {
-  const int result = form.type
-                         ? set(name.c_str(), *form.type, form.bytes)
-                         : QSRegistryManager::GetInstance()->regDeleteValue(m_handle, name.data());
-  EXPECT_EQ(result, 0) << name;
+void RegistryObjects::put(const OpenKey& key, const char* name, const Form& form) {
+  EXPECT_EQ(form.type ? key.set(name, form.bytes, *form.type) : key.remove(name), 0) << name;
 }
 
 std::string codeOf(QSResult result) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/registry/backend_facts.h"
+#include "tests/support/open_key.h"
 #include "tests/support/temp_folder.h"
 
 namespace LTLib::Testing {
@@ -20,6 +21,12 @@ using Names = std::vector<std::string>;
 
 /// The folder of this test program's store files, which the first call makes the roots' own.
 [[nodiscard]] const TempFolder& stores();
+
+/// What somebody makes of a value; without a type it is deleted.
+struct Form {
+  std::optional<unsigned int> type;
+  std::string bytes;
+};
 
 /// Tests below a private key of HKEY_CURRENT_USER, which is deleted afterwards.
 class RegistryObjects : public testing::Test {
@@ -35,6 +42,10 @@ class RegistryObjects : public testing::Test {
   /// Writes a number, so that the key is there.
   void make(const std::string& below) const;
 
+  /// A handle of the key, which has to be there.
+  [[nodiscard]] OpenKey open(const std::string& below) const;
+  static void put(const OpenKey& key, const char* name, const Form& form);
+
   /// Makes and deletes a key past the objects, which would expand its name.
   void makeRaw(const std::string& below);
   int deleteRaw(const std::string& below);
@@ -44,28 +55,6 @@ class RegistryObjects : public testing::Test {
 
  private:
   std::string m_base;
-};
-
-/// What somebody makes of a value; without a type it is deleted.
-struct Form {
-  std::optional<unsigned int> type;
-  std::string bytes;
-};
-
-/// An open handle of the manager, for what the objects do not show.
-class RawKey {
- public:
-  explicit RawKey(const std::string& path);
-  ~RawKey();
-  RawKey(const RawKey&) = delete;
-  RawKey& operator=(const RawKey&) = delete;
-
-  [[nodiscard]] void* get() const { return m_handle; }
-  int set(const char* name, unsigned int type, const std::string& bytes) const;
-  void put(std::string name, const Form& form) const;
-
- private:
-  void* m_handle = nullptr;
 };
 
 /// The names of a walk to its end, whose result has to be that of the backend; sorted where the

@@ -124,12 +124,12 @@ class SystemBackend : public RegistryObjects {
   }
 
   int set(const char* name, unsigned int type, const std::string& bytes) const {
-    return RawKey(path("K")).set(name, type, bytes);
+    return open("K").set(name, bytes, type);
   }
 
   // A query for the size, or with a capacity for the data, as "result|type|size|data".
   std::string query(const char* name, unsigned int capacity) {
-    const RawKey key(path("K"));
+    const OpenKey key = open("K");
     std::string own = name;
     std::string data(capacity + 16, '.');
     unsigned int type = 77;
@@ -142,7 +142,7 @@ class SystemBackend : public RegistryObjects {
 
   // What the system stores, past the conversions of the backend, and with bytes puts it there.
   std::u16string stored(const char16_t* name, std::u16string text = {}, unsigned int bytes = 0) {
-    const RawKey key(path("K"));
+    const OpenKey key = open("K");
     if (bytes != 0) {
       EXPECT_EQ(OsRegistry::setValue(key.get(), name, REG_SZ,
                                      reinterpret_cast<const unsigned char*>(text.data()), bytes),
@@ -220,7 +220,7 @@ TEST_F(SystemBackend, AnswersWithTheSystemsNumbers) {
     EXPECT_EQ(disposition, expected) << "made, or found";
     EXPECT_EQ(m_manager.regCloseKey(handle), 0);
   }
-  const RawKey key(path("K"));
+  const OpenKey key = open("K");
   char name[8] = {};
   unsigned int size = 4;
   EXPECT_EQ(m_manager.regEnumKeyEx(key.get(), 0, name, &size), kMoreData);
@@ -338,13 +338,13 @@ TEST_F(SystemBackend, ReadsOfValuesThatChange) {
   if (kOnWindows) {
     GTEST_SKIP() << "it takes the double";
   }
-  static const RawKey* s_key = nullptr;
+  static const OpenKey* s_key = nullptr;
   static std::vector<Form> s_forms;
-  const RawKey key(path("K"));
+  const OpenKey key = open("K");
   s_key = &key;
   beforeQuery = [] {
     if (!s_forms.empty()) {
-      s_key->put("v", s_forms.front());
+      put(*s_key, "v", s_forms.front());
       s_forms.erase(s_forms.begin());
     }
   };

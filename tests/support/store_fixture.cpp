@@ -29,41 +29,6 @@ std::string showRoot(enumRegRoot root) {
   return record.section != nullptr ? showTree(*record.section) : "<no tree>";
 }
 
-OpenKey::OpenKey(const std::string& path, enumRegRoot root) {
-  EXPECT_EQ(
-      m_manager.regOpenKeyEx(predefinedRootHandle(root), path.c_str(), 0, KEY_READ, &m_handle), 0);
-}
-
-OpenKey::~OpenKey() {
-  EXPECT_EQ(m_manager.regCloseKey(m_handle), 0);
-}
-
-int OpenKey::set(const char* name, const std::string& bytes, unsigned int type) {
-  return m_manager.regSetValueEx(m_handle, name, type,
-                                 reinterpret_cast<const unsigned char*>(bytes.data()),
-                                 static_cast<unsigned int>(bytes.size()));
-}
-
-int OpenKey::setNumber(const char* name, std::uint32_t number) {
-  return set(name, {reinterpret_cast<const char*>(&number), sizeof number}, REG_DWORD);
-}
-
-std::string OpenKey::text(const char* name) {
-  std::string ownName = name != nullptr ? name : "";
-  std::string data;
-  unsigned int size = 0;
-  const auto query = [&](unsigned char* bytes) {
-    unsigned int type = 0;
-    return m_manager.regQueryValueEx(m_handle, name != nullptr ? ownName.data() : nullptr, &type,
-                                     bytes, &size);
-  };
-  if (query(nullptr) != 0) {
-    return "<-1>";
-  }
-  data.resize(size + 1);
-  return query(reinterpret_cast<unsigned char*>(data.data())) == 0 ? data.substr(0, size) : "<-1>";
-}
-
 StoreTest::StoreTest() : m_calls(Platform::fileCalls()) {
   forgetStores();
 }

@@ -10,12 +10,12 @@
 #include "ltlib/fileregistry/tree/roots.h"
 #include "ltlib/platform/files.h"
 #include "tests/support/environment.h"
+#include "tests/support/open_key.h"
 #include "tests/support/temp_folder.h"
 
 namespace LTLib::Testing {
 
-/// The root of most tests, and the handle that stands for it.
-inline constexpr enumRegRoot kMachine = REG_ROOT_LOCAL_MACHINE;
+/// The handle of the root of most tests.
 inline void* const kRoot = predefinedRootHandle(kMachine);
 
 /// Forgets every tree, every load and every lock's name, as a new process does.
@@ -23,27 +23,6 @@ void forgetStores();
 
 /// The tree of a root as it stands, in the form of showTree.
 [[nodiscard]] std::string showRoot(enumRegRoot root = kMachine);
-
-/// An open handle of the file backend.
-class OpenKey {
- public:
-  explicit OpenKey(const std::string& path, enumRegRoot root = kMachine);
-  ~OpenKey();
-  OpenKey(const OpenKey&) = delete;
-  OpenKey& operator=(const OpenKey&) = delete;
-
-  [[nodiscard]] void* get() const { return m_handle; }
-
-  int set(const char* name, const std::string& bytes, unsigned int type = REG_SZ);
-  int setNumber(const char* name, std::uint32_t number);
-  int remove(const char* name) { return m_manager.regDeleteValue(m_handle, name); }
-  /// The value as two queries give it, size and data; "<-1>" for a failure.
-  [[nodiscard]] std::string text(const char* name);
-
- private:
-  QSFileRegistryManager m_manager;
-  void* m_handle = nullptr;
-};
 
 class StoreTest : public testing::Test {
  protected:
