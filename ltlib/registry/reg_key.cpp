@@ -132,6 +132,7 @@ QSResult CQSRegKey::DeleteKey(bool recursive) {
 
 // Goes down to the deepest first child again and again, since each deletion moves the others up.
 QSResult CQSRegKey::deleteBranch() {
+  // One walk for all levels: a call for each would need a stack as deep as the keys.
   CQSRegEnumKey walk(*this);
   WalkedPath path(walk.m_key.m_path);
   std::string name;

@@ -213,6 +213,7 @@ QSResult CQSRegValue::readData(const char* name, e_data_struct& out) {
     return opened;
   }
   const CQSRegKey::Closing closing(m_key);
+  // A read takes type and bytes in one step, so that they are of one write.
   // Every instance derives from it.
   auto& manager = static_cast<QSRegistryManagerImpl&>(*QSRegistryManager::GetInstance());
   LTLib::RegistryValue value;
@@ -296,6 +297,7 @@ QSResult CQSRegValue::writeText(const char* name, const char* in) {
 
 QSResult CQSRegValue::writeBuffer(const char* name, e_data_type type, const void* bytes,
                                   std::size_t size) {
+  // Ahead of the opening, which may make the key.
   if (type == DATA_NONE || size > std::numeric_limits<std::uint32_t>::max()) {
     return kFailure;
   }

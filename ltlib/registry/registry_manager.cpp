@@ -69,6 +69,7 @@ int QSRegistryManagerImpl::queryWholeValue(void* key, const char* valueName,
       value.bytes.resize(size);
       return 0;
     }
+    // A value that outgrew the buffer is asked for again like one that was cut.
     if (result != 0 && result != kMoreData) {
       return result;
     }

@@ -106,11 +106,13 @@ int QSWin32RegistryManager::regOpenKeyEx(void* key, const char* subKey, unsigned
 int QSWin32RegistryManager::regQueryValueEx(void* key, char* valueName, unsigned int* type,
                                             unsigned char* data, unsigned int* dataSize) {
   const WideName name(valueName);
+  // Kept, since each query below writes the size that it finds over the caller's.
   const unsigned int capacity = *dataSize;
   for (int query = 0; query < kMostQueries; ++query) {
     int result = OsRegistry::queryValue(key, name.get(), type, nullptr, dataSize);
     const bool text = result == 0 && isText(*type);
     std::u16string units;
+    // A text has to be there whole to be converted, however little of it is asked for.
     if (text) {
       result = fetch(key, name, *type, units, *dataSize);
     } else if (data != nullptr) {

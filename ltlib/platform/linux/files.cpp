@@ -89,6 +89,7 @@ bool trusted(const struct stat& link, const std::string& path) {
 }
 
 FileResult followLink(std::string* path, off_t size) {
+  // One byte more than the link had, so that one that has grown since shows.
   std::string target(static_cast<std::size_t>(size) + 1, '\0');
   const ssize_t length = ::readlink(path->c_str(), target.data(), target.size());
   if (length < 0 || static_cast<std::size_t>(length) >= target.size()) {
@@ -105,6 +106,7 @@ FileResult resolve(const char* path, std::string* target) {
     struct stat seen {};
     if (::lstat(target->c_str(), &seen) != 0) {
       const FileResult result = failure();
+      // A link may lead to a file that is still to be made.
       return result == FileResult::kAbsent ? FileResult::kDone : result;
     }
     if (!S_ISLNK(seen.st_mode)) {
@@ -224,6 +226,7 @@ FileResult make(const char* path, mode_t mode, File** file, Complete complete) {
 }
 
 FileResult create(const char* path, const char* like, File** file) {
+  // Nobody else may open the file until it is as closed as the one that it takes after.
   const mode_t mode = like != nullptr ? S_IRUSR | S_IWUSR : 0666;
   return make(path, mode, file, [&](int descriptor) {
     if (like != nullptr) {
@@ -285,6 +288,7 @@ FileResult lock(File& file) {
   }
   if (error != 0) {
     errno = error;
+    // That there are no locks here, and not that somebody holds one.
     const bool noLocks =
         error == EBADF || error == ENOLCK || error == ENOSYS || error == EOPNOTSUPP;
     return noLocks ? FileResult::kUnsupported : FileResult::kFailed;

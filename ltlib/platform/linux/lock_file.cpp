@@ -136,6 +136,7 @@ bool isMarked(const struct stat& status) noexcept {
 }
 
 // Even; 0 for a process that may not make files grow.
+// The limit holds for each process by itself; a signal would end one that goes beyond.
 off_t longestLength() noexcept {
   rlimit limit{};
   const bool known = getrlimit(RLIMIT_FSIZE, &limit) == 0;
@@ -144,6 +145,7 @@ off_t longestLength() noexcept {
 
 bool setMark(const LockFile& file, const struct stat& status) noexcept {
   off_t length = status.st_size;
+  // An owner uses up two bytes, one as it comes and one as it goes.
   if (length <= 2) {
     length = std::max(length, longestLength());
   }
@@ -184,6 +186,7 @@ int openLockFile(LockFile& file) noexcept {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     int error = openExisting(file);
     if (error == ENOENT) {
+      // Whoever made the file, it is opened in the next round, as one that was there.
       error = create(file.path.c_str());
       if (error == 0) {
         continue;

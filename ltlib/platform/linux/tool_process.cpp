@@ -23,6 +23,7 @@ bool openIfClosed(int descriptor) {
 
 using Clock = std::chrono::steady_clock;
 
+// A child that never stops writing must not take all memory; what comes after is read and dropped.
 constexpr std::size_t kMostOutput = std::size_t{1} << 20;
 constexpr int kTickMilliseconds = 10;
 
@@ -180,6 +181,7 @@ std::string programPath() {
     if (size < 0) {
       return {};
     }
+    // A path that fills the room may have been cut.
     if (static_cast<std::size_t>(size) < path.size()) {
       path.resize(static_cast<std::size_t>(size));
       return path;

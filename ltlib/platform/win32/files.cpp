@@ -19,6 +19,7 @@ struct File {
 
 namespace {
 
+// Whatever is open here, others may read, replace and remove, as they may on other systems.
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 FileResult resultOf(BOOL answer) {
@@ -29,6 +30,7 @@ FileResult resultOf(BOOL answer) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:
       return FileResult::kAbsent;
+    // What file systems without links say, and those where a file has as many as it can have.
     case ERROR_INVALID_FUNCTION:
     case ERROR_NOT_SUPPORTED:
     case ERROR_CALL_NOT_IMPLEMENTED:

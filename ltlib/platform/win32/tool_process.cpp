@@ -35,6 +35,7 @@ bool openIfClosed(int descriptor) {
 
 using Clock = std::chrono::steady_clock;
 
+// A child that never stops writing must not take all memory; what comes after is read and dropped.
 constexpr std::size_t kMostOutput = std::size_t{1} << 20;
 constexpr DWORD kTickMilliseconds = 10;
 // The codes of exceptions that nobody handled begin here.
