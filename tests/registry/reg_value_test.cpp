@@ -1,7 +1,5 @@
 // Values: what reads, writes and deletions give, in every form of each.
-#include <atomic>
 #include <cstring>
-#include <thread>
 #include <tuple>
 
 #include "tests/registry/registry_fixture.h"
@@ -180,33 +178,6 @@ TEST_F(RegValue, BuffersBelongToObjectsAndRecords) {
   data.Clear();
   data.Clear();
   EXPECT_EQ(contentOf(data), "none:0");
-}
-
-// Another thread writes two forms of a value in turn: each read gives the one or the other, whole.
-TEST_F(RegValue, ReadsThatRaceWithWritesGiveWhatOneWriteLeft) {
-  make("K");
-  const OpenKey key = open("K");
-  const std::string large(20000, 'x');
-  const Form forms[] = {{REG_SZ, "short\0"s}, {REG_SZ, large + '\0'}};
-  put(key, "v", forms[0]);
-  std::atomic<bool> done = false;
-  std::atomic<unsigned int> writes = 0;
-  std::thread writer([&] {
-    for (; !done; ++writes) {
-      put(key, "v", forms[writes % 2]);
-    }
-  });
-  CQSRegValue value = this->value("K", "v");
-  for (int read = 0; read < 1000 && !HasFailure(); ++read) {
-    const std::string content = readOnce(value);
-    EXPECT_TRUE(content == "text:short" || content == "text:" + large) << content.substr(0, 20);
-    // Reads in a row meet a write; a reader without a pause would keep the writer out.
-    for (const unsigned int before = writes; read % 50 == 0 && writes == before;) {
-      std::this_thread::yield();
-    }
-  }
-  done = true;
-  writer.join();
 }
 
 }  // namespace
