@@ -1,5 +1,4 @@
 // Values: what reads, writes and deletions give, in every form of each.
-#include <cstring>
 #include <tuple>
 
 #include "tests/registry/registry_fixture.h"

@@ -48,10 +48,6 @@ OpenKey RegistryObjects::open(const std::string& below) const {
   return OpenKey(path(below), kUser, m_manager);
 }
 
-void RegistryObjects::put(const OpenKey& key, const char* name, const Form& form) {
-  EXPECT_EQ(form.type ? key.set(name, form.bytes, *form.type) : key.remove(name), 0) << name;
-}
-
 std::string codeOf(QSResult result) {
   char text[16];
   std::snprintf(text, sizeof text, "%08X", static_cast<unsigned int>(result));

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,12 +20,6 @@ using Names = std::vector<std::string>;
 
 /// The folder of this test program's store files, which the first call makes the roots' own.
 [[nodiscard]] const TempFolder& stores();
-
-/// What somebody makes of a value; without a type it is deleted.
-struct Form {
-  std::optional<unsigned int> type;
-  std::string bytes;
-};
 
 /// Tests below a private key of HKEY_CURRENT_USER, which is deleted afterwards.
 class RegistryObjects : public testing::Test {
@@ -44,7 +37,6 @@ class RegistryObjects : public testing::Test {
 
   /// A handle of the key, which has to be there.
   [[nodiscard]] OpenKey open(const std::string& below) const;
-  static void put(const OpenKey& key, const char* name, const Form& form);
 
   /// Makes and deletes a key past the objects, which would expand its name.
   void makeRaw(const std::string& below);

@@ -2,6 +2,7 @@
 // registry objects over that backend when calls fail. This program also runs the tests of the
 // objects over it.
 #include <atomic>
+#include <optional>
 #include <tuple>
 
 #include "ltlib/platform/os_registry.h"
@@ -18,6 +19,12 @@ using namespace LTLib::Testing;
 namespace OsRegistry = LTLib::Platform::OsRegistry;
 using LTLib::kFailure;
 using LTLib::resultFromSystemError;
+
+// What somebody makes of a value; without a type it is deleted.
+struct Form {
+  std::optional<unsigned int> type;
+  std::string bytes;
+};
 
 class FailingManager : public QSWin32RegistryManager {
  public:
@@ -340,7 +347,8 @@ TEST_F(SystemBackend, ReadsOfValuesThatChange) {
   s_key = &key;
   beforeQuery = [] {
     if (!s_forms.empty()) {
-      put(*s_key, "v", s_forms.front());
+      const Form& form = s_forms.front();
+      EXPECT_EQ(form.type ? s_key->set("v", form.bytes, *form.type) : s_key->remove("v"), 0);
       s_forms.erase(s_forms.begin());
     }
   };
