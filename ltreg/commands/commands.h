@@ -24,6 +24,11 @@ ExitCode checkStores(const Request& request, Output& output);
 ExitCode expandText(const Request& request, Output& output);
 ExitCode showVariables(const Request& request, Output& output);
 
+/// What could come next behind the words of a command line, of which the last one is not ended.
+ExitCode completeWords(const Request& request, Output& output);
+/// What a shell has to read to complete the tool's command lines.
+ExitCode showCompletion(const Request& request, Output& output);
+
 /// The manual page in the form that `man` reads.
 ExitCode showManual(const Request& request, Output& output);
 

@@ -20,6 +20,11 @@ std::string faultOfEncoding(const std::string& word) {
   return word == "utf8" || word == "utf16" ? std::string() : '\'' + word + "' is no encoding";
 }
 
+std::string faultOfShell(const std::string& word) {
+  return word == "bash" || word == "zsh" || word == "fish" ? std::string()
+                                                           : '\'' + word + "' is no shell known";
+}
+
 // Words parted by commas.
 std::string faultOfPlaces(const std::string& words) {
   std::istringstream rest(words);
@@ -131,6 +136,17 @@ std::vector<Verb> allVerbs() {
       {"vars", "The configuration variables", showVariables, {kJson}},
 
       {"manual", "The manual page, for 'man -l'", showManual, {}},
+
+      {"completion",
+       "What a shell has to read to complete command lines of the tool",
+       showCompletion,
+       {{"SHELL", "bash, zsh or fish", &Request::text, kRequired, faultOfShell}}},
+      {"complete",
+       "The words that could come next; what a shell's completion asks for",
+       completeWords,
+       {{"WORDS", "The words so far", &Request::values}},
+       nullptr,
+       true},
 
       verbGroup(kComponent, "The classes of component libraries"),
       {"register",

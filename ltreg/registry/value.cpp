@@ -132,6 +132,14 @@ std::optional<ValueType> typeOfWord(std::string_view word) {
   return std::nullopt;
 }
 
+std::vector<std::string> typeWords() {
+  std::vector<std::string> words;
+  for (const TypeName& row : kTypeNames) {
+    words.emplace_back(row.word);
+  }
+  return words;
+}
+
 bool isTypeOfFiles(unsigned int type) {
   return type == REG_SZ || type == REG_DWORD || type == REG_BINARY || type == REG_MULTI_SZ;
 }

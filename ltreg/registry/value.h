@@ -37,6 +37,9 @@ struct NamedValue {
 /// The type of such a word in the operating system's registry; none if it is no such word.
 [[nodiscard]] std::optional<ValueType> typeOfWord(std::string_view word);
 
+/// All words for types but the numbered ones.
+[[nodiscard]] std::vector<std::string> typeWords();
+
 /// Whether a store file can hold values of the type.
 [[nodiscard]] bool isTypeOfFiles(unsigned int type);
 

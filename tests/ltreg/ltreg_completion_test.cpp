@@ -1,0 +1,61 @@
+// What could come next on a command line, and what a shell makes of it.
+#include "tests/ltreg/ltreg_fixture.h"
+#include "tests/support/system.h"
+
+namespace {
+
+using namespace LTLib::Testing;
+
+constexpr char kKeys[] =
+    "[A\\B]\n\"n\"=ulong:1\n\"two words\"=ulong:1\n\n[A\\B\\In side]\n\"n\"=ulong:1\n\n"
+    "[Software\\Tarn Quillmere\\Suite RZ 7.0\\default\\Shared\\CLASSID\\X.Y]\n"
+    "\"InprocServer\"=string:\"x\"\n\n";
+
+class LtregCompletion : public LtregTest {};
+
+TEST_F(LtregCompletion, TellsWhatComesNext) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"ex", "export\nexpand\n"},
+      {"component un", "unregister\n"},
+      {"component check x", "X.Y\n"},
+      {"nothing x", ""},
+      {"get H", "HKLM\\\nHKCU\\\nHKCC\\\nHKU\\\nHKCR\\\n"},
+      {"get hklm\\a\\", "hklm\\a\\B\n"},
+      {"--null get HKLM\\A\\B\\i", "HKLM\\A\\B\\In side\n"},
+      {"get @ ''", "n\ntwo words\n"},
+      {"get @ n t", "two words\n"},
+      {"set @ n --type b", "binary\n"},
+      {"set --type list @ N", "n\n"},
+      {"find @ x --i", "--in\n--ignore-case\n"},
+      {"get --store absent.cfg HKLM\\A", ""},
+      {"--store absent.cfg get HKLM\\A", ""},
+      {"path HKC", "HKCU\nHKCC\nHKCR\n"},
+      {"get nowhere\\x", ""},
+      {"expand ''", ""},
+  };
+  for (const auto& [words, expected] : rows) {
+    shows(std::string("complete -- ") + words, expected, kKeys);
+  }
+}
+
+TEST_F(LtregCompletion, AShellInsertsWordsAsItQuotesThem) {
+  if (kOnWindows) {
+    GTEST_SKIP() << "it takes a shell";
+  }
+  m_folder.write(kStore, kKeys);
+  m_folder.write("ask.sh", R"sh(tool=$1; compopt() { :; }; ltreg() { "$tool" "$@"; }
+eval "$(ltreg completion bash)"
+ask() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _ltreg; printf '<%s>' "${COMPREPLY[@]}"; }
+ask ltreg get "'HKLM\A\B\\"
+ask ltreg get 'HKLM\\A\\B\\'
+ask ltreg get "'HKLM\A\B'" tw
+)sh");
+  EXPECT_EQ(RunningProgram("/bin/bash", {"ask.sh", m_program}, m_folder.path()).wait().output,
+            "<HKLM\\A\\B\\In side><HKLM\\\\A\\\\B\\\\In\\ side><two\\ words>");
+  for (const char* shell : {"zsh", "fish"}) {
+    contains(run(std::string("completion ") + shell).output, {"ltreg complete --"});
+  }
+  fails(2, "completion ksh", "'ksh' is no shell known", kOne);
+}
+
+}  // namespace
