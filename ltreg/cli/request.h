@@ -34,6 +34,7 @@ struct Request {
   bool json = false;
   bool recursive = false;
   bool trace = false;
+  bool asPatch = false;  // --patch
   bool dryRun = false;
   bool lossy = false;
   bool null = false;  // -0

@@ -10,6 +10,7 @@ ExitCode listKey(const Request& request, Output& output);
 ExitCode showTree(const Request& request, Output& output);
 ExitCode getValues(const Request& request, Output& output);
 ExitCode findEntries(const Request& request, Output& output);
+ExitCode showDifferences(const Request& request, Output& output);
 ExitCode showPath(const Request& request, Output& output);
 
 ExitCode setValue(const Request& request, Output& output);

@@ -125,6 +125,13 @@ std::vector<Verb> allVerbs() {
        {{"FILE", "The file, in UTF-8 or UTF-16", &Request::file, kRequired},
         {"-n,--dry-run", "Show what would change, and change nothing", &Request::dryRun},
         {"--lossy", "Leave out what a store file cannot hold", &Request::lossy}}},
+      {"diff",
+       "What two keys, stores or exported texts do not have in common",
+       showDifferences,
+       {{"A", "A key, a file, or old:ROOT or old:FILE for the version before", &Request::key,
+         kRequired},
+        {"B", "What to compare it with, likewise", &Request::target, kRequired},
+        {"--patch", "Write what makes B out of A, for the import", &Request::asPatch}}},
       {"path", "The file that holds a root", showPath, {root(kRequired)}},
       {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
 

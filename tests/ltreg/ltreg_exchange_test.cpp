@@ -110,4 +110,46 @@ TEST_F(LtregExchange, TellsWhatAStoreFileCannotHold) {
   EXPECT_EQ(store(), holding("\"n\"=ulong:2"));
 }
 
+TEST_F(LtregExchange, ComparesAndMakesTheOneOutOfTheOther) {
+  const std::string one = std::string(kOne) + "[A\\C\\D]\n\"l\"=liststring:\"a\"\n\n";
+  const std::string two =
+      "[A\\B]\n\"N\"=ulong:2\n\"t\"=string:\"x\"\n\n[A\\B\\E]\n\"n\"=ulong:1\n\n";
+  const std::string inB =
+      "-\tHKEY_LOCAL_MACHINE\\A\\B\tn\tulong\t1\n+\tHKEY_LOCAL_MACHINE\\A\\B\tN\tulong\t2\n"
+      "+\tHKEY_LOCAL_MACHINE\\A\\B\tt\tstring\tx\n";
+  const std::string added = "+\tHKEY_LOCAL_MACHINE\\A\\B\\E\tn\tulong\t1\n";
+  const std::string all = inB +
+                          "-\tHKEY_LOCAL_MACHINE\\A\\C\n"
+                          "-\tHKEY_LOCAL_MACHINE\\A\\C\\D\tl\tlist\ta\n" +
+                          added;
+  m_folder.write("two.cfg", two);
+  m_folder.write(std::string(kStore) + "_old", two);
+  m_folder.write("two.reg", std::string(kHead) +
+                                "[HKCU\\A\\b]\n\"N\"=dword:2\n\"t\"=\"x\"\n"
+                                "[HKCU\\A\\B\\E]\n\"n\"=dword:1\n[HKCU\\X\\Y]\n");
+  const std::tuple<const char*, std::string, int> rows[] = {
+      {"diff HKLM two.cfg", all, 1},
+      {"diff @ two.cfg", inB + added, 1},
+      {"diff @ two.reg", inB + added, 1},
+      {"diff one.cfg two.cfg", all, 1},
+      {"diff @ @", "", 0},
+      {"diff @ HKLM\\A\\C\\D --patch", "", 1},
+      {"diff two.cfg two.reg", "+\tHKEY_LOCAL_MACHINE\\X\n+\tHKEY_LOCAL_MACHINE\\X\\Y\n", 1},
+      {"diff two.cfg old:one.cfg", "", 0},
+      {"diff HKLM absent", "", 1},
+  };
+  m_folder.write("one.cfg", one);
+  m_folder.write("one.cfg_old", two);
+  for (const auto& [line, output, exitCode] : rows) {
+    m_folder.write(kStore, one);
+    const ProgramResult result = run(line);
+    EXPECT_EQ(result.exitCode, exitCode) << line << result.errors;
+    EXPECT_EQ(result.output.find(kHead) == 0 ? "" : result.output, output) << line;
+  }
+  m_folder.write("patch.reg", run("diff HKLM two.cfg --patch").output);
+  changes("import patch.reg", one,
+          "[A\\B]\n\"n\"=ulong:2\n\"t\"=string:\"x\"\n\n[A\\B\\E]\n\"n\"=ulong:1\n\n");
+  EXPECT_EQ(run("diff old:HKLM one.cfg").exitCode, 0);
+}
+
 }  // namespace
