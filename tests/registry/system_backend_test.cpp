@@ -1,7 +1,6 @@
 // The backend over the operating system's registry, or over the double that stands for it, and the
 // registry objects over that backend when calls fail. This program also runs the tests of the
 // objects over it.
-#include <atomic>
 #include <optional>
 #include <tuple>
 
@@ -20,80 +19,19 @@ namespace OsRegistry = LTLib::Platform::OsRegistry;
 using LTLib::kFailure;
 using LTLib::resultFromSystemError;
 
-// What somebody makes of a value; without a type it is deleted.
-struct Form {
-  std::optional<unsigned int> type;
-  std::string bytes;
-};
-
 class FailingManager : public QSWin32RegistryManager {
  public:
-  int m_fetch = 0;            // the number that a read gives, if not its own
-  bool m_throws = false;      // from a query
-  std::vector<Form> m_forms;  // of a value of a manager that gives no answer in one step
-  std::size_t m_queries = 0;
-  std::string m_undeletable = "none";
-  std::atomic<int> m_openHandles = 0;
-
-  int regCloseKey(void* key) override {
-    return counted(-1, QSWin32RegistryManager::regCloseKey(key));
-  }
-
-  int regOpenKeyEx(void* key, const char* subKey, unsigned int options, int samDesired,
-                   void** result) override {
-    return counted(1,
-                   QSWin32RegistryManager::regOpenKeyEx(key, subKey, options, samDesired, result));
-  }
-
-  int regCreateKey(void* key, const char* subKey, void** result) override {
-    return counted(1, QSWin32RegistryManager::regCreateKey(key, subKey, result));
-  }
-
-  int regCreateKeyEx(void* key, const char* subKey, char* keyClass, unsigned int options,
-                     unsigned int samDesired, void** result, unsigned int* disposition) override {
-    return counted(1, QSWin32RegistryManager::regCreateKeyEx(key, subKey, keyClass, options,
-                                                             samDesired, result, disposition));
-  }
+  int m_fetch = 0;         // the number that a read gives, if not its own
+  bool m_throws = false;   // from a query
+  bool m_outside = false;  // answers as a manager that has no answer in one step
 
   int queryWholeValue(void* key, const char* valueName, LTLib::RegistryValue& value) override {
     if (m_throws) {
       throw QSException("failing_manager", __LINE__, kFailure, "registry read failed");
     }
-    const int result = m_forms.empty()
-                           ? QSWin32RegistryManager::queryWholeValue(key, valueName, value)
-                           : QSRegistryManagerImpl::queryWholeValue(key, valueName, value);
+    const int result = m_outside ? QSRegistryManagerImpl::queryWholeValue(key, valueName, value)
+                                 : QSWin32RegistryManager::queryWholeValue(key, valueName, value);
     return m_fetch != 0 ? m_fetch : result;
-  }
-
-  // Cuts what does not fit, as the file backend does.
-  int regQueryValueEx(void* key, char* valueName, unsigned int* type, unsigned char* data,
-                      unsigned int* dataSize) override {
-    if (m_forms.empty()) {
-      return QSWin32RegistryManager::regQueryValueEx(key, valueName, type, data, dataSize);
-    }
-    EXPECT_EQ(*type, REG_NONE) << "a number's type would ask for a number";
-    const Form& form = m_forms[std::min(m_queries++, m_forms.size() - 1)];
-    if (form.type) {
-      *type = *form.type;
-      if (data != nullptr) {
-        std::copy_n(form.bytes.c_str(), std::min<std::size_t>(*dataSize, form.bytes.size()) + 1,
-                    data);
-      }
-      *dataSize = static_cast<unsigned int>(form.bytes.size());
-    }
-    return form.type ? 0 : kNotThere;
-  }
-
-  int regDeleteKey(void* key, const char* subKey) override {
-    return std::string(subKey).ends_with(m_undeletable)
-               ? 5
-               : QSWin32RegistryManager::regDeleteKey(key, subKey);
-  }
-
- private:
-  int counted(int handles, int result) {
-    m_openHandles += result == 0 ? handles : 0;
-    return result;
   }
 };
 
@@ -101,7 +39,7 @@ FailingManager* s_manager = nullptr;
 
 // No test leaves a key open, those of the objects included.
 struct HandleCheck : testing::EmptyTestEventListener {
-  void OnTestEnd(const testing::TestInfo&) override { EXPECT_EQ(s_manager->m_openHandles, 0); }
+  void OnTestEnd(const testing::TestInfo&) override { EXPECT_EQ(openHandles, 0); }
 };
 
 // Serves from before the first test to behind the last.
@@ -125,8 +63,7 @@ class SystemBackend : public RegistryObjects {
   ~SystemBackend() override {
     s_manager->m_fetch = 0;
     s_manager->m_throws = false;
-    s_manager->m_forms.clear();
-    s_manager->m_undeletable = "none";
+    s_manager->m_outside = false;
     beforeQuery = nullptr;
   }
 
@@ -166,9 +103,7 @@ class SystemBackend : public RegistryObjects {
 
 TEST_F(SystemBackend, StoresTextsWideAndGivesThemAsUtf8) {
   const std::pair<std::string, std::u16string> cases[] = {
-      {"abc\0"s, u"abc\0"s},
       {"\0"s, u"\0"s},
-      {"\xC3\xA4\xE2\x82\xAC\0"s, u"\u00E4\u20AC\0"s},
       {"\xF0\x9F\x98\x80\0"s, u"\xD83D\xDE00\0"s},
       {"one\0two\0\0"s, u"one\0two\0\0"s},
       {"abc", u"abc"},
@@ -185,10 +120,6 @@ TEST_F(SystemBackend, StoresTextsWideAndGivesThemAsUtf8) {
     EXPECT_EQ(set("none", type, ""), 0) << "a text of no bytes is not written";
     EXPECT_EQ(query("none", 0).substr(0, 2), "2|");
   }
-  EXPECT_EQ(set("n", REG_SZ, "a\x80z\0"s), 0);
-  EXPECT_TRUE(stored(u"n") == u"a\xFFFDz\0"s);
-  EXPECT_TRUE(stored(u"n", u"a\xD83Dz\0"s, 8) == u"a\xD83Dz\0"s);
-  EXPECT_EQ(query("n", 6), "0|1|6|a\xEF\xBF\xBDz\0"s);
   (void)stored(u"n", u"abcd", 7);
   EXPECT_EQ(query("n", 3), "0|1|3|abc") << "half a character more";
   // Names pass through the system's code page.
@@ -210,40 +141,6 @@ TEST_F(SystemBackend, Capacities) {
   EXPECT_EQ(query("n", 4), "0|4|0|");
 }
 
-TEST_F(SystemBackend, AnswersWithTheSystemsNumbers) {
-  void* handle = nullptr;
-  EXPECT_EQ(m_manager.regOpenKeyEx(m_root, path("Never").c_str(), 0, KEY_READ, &handle), kNotThere);
-  EXPECT_EQ(handle, nullptr);
-  EXPECT_EQ(m_manager.regCloseKey(nullptr), kBadHandle);
-  EXPECT_EQ(m_manager.regDeleteValue(nullptr, "made"), kBadHandle);
-  for (const unsigned int expected : {1u, 2u}) {
-    unsigned int disposition = 99;
-    EXPECT_EQ(m_manager.regCreateKeyEx(m_root, path("K\\Subkey").c_str(), nullptr, 0,
-                                       KEY_ALL_ACCESS, &handle, &disposition),
-              0);
-    EXPECT_EQ(disposition, expected) << "made, or found";
-    EXPECT_EQ(m_manager.regCloseKey(handle), 0);
-  }
-  const OpenKey key = open("K");
-  char name[8] = {};
-  unsigned int size = 4;
-  EXPECT_EQ(m_manager.regEnumKeyEx(key.get(), 0, name, &size), kMoreData);
-  EXPECT_EQ(m_manager.regEnumKey(key.get(), 0, name, sizeof name), 0);
-  EXPECT_STREQ(name, "Subkey");
-  char data[4] = {};
-  unsigned int nameSize = sizeof name;
-  unsigned int type = 0;
-  const auto enumerate = [&] {
-    return m_manager.regEnumValue(key.get(), 0, name, &nameSize, nullptr, &type,
-                                  reinterpret_cast<unsigned char*>(data), &size);
-  };
-  size = 3;
-  EXPECT_EQ(enumerate(), kMoreData);
-  size = nameSize = 5;
-  EXPECT_EQ(enumerate(), 0);
-  EXPECT_EQ(name + std::to_string(type) + std::string(data, size), "made4\1\0\0\0"s);
-}
-
 TEST_F(SystemBackend, FailuresOfReadsAndWrites) {
   CQSRegValue value = this->value("K", "v");
   EXPECT_EQ(set("v", REG_SZ, "text"), 0);
@@ -261,7 +158,7 @@ TEST_F(SystemBackend, FailuresOfReadsAndWrites) {
   char* text = nullptr;
   EXPECT_THROW(value.Read(text), QSException);
   EXPECT_TRUE(CQSRegKey(key("K")).IsCreated()) << "and its end closes the key";
-  EXPECT_EQ(s_manager->m_openHandles, 0);
+  EXPECT_EQ(openHandles, 0);
   EXPECT_EQ(CQSRegValue(REG_ROOT_NONE, "", "v").Write("text"), kFailure) << "no key to make";
   EXPECT_EQ(CQSRegValue(kUser, "%Nowhere%\\K", "v").Write("text"), kFailure);
   for (const int type : {-1, 0, 6}) {
@@ -296,94 +193,82 @@ TEST_F(SystemBackend, StoredBytesThatAreNotOfTheirType) {
   }
 }
 
-struct Change {
-  const char* label;
-  std::vector<Form> forms;  // what each query finds, the last one for good
-  std::string content;      // what a read gives
+// What somebody makes of a value; without a type it is deleted.
+struct Form {
+  std::optional<unsigned int> type;
+  std::string bytes;
 };
 
-// All begin with what is too large for a first guess at the room, but for the last, of which one
-// manager asks once and another twice.
-std::vector<Change> changes(const std::string& numberOrBytes) {
-  const std::string first(600, 'f');
+// The registry changes at each query, until the last form stays.
+class ChangingValue : public SystemBackend {
+ protected:
+  ChangingValue() {
+    s_key = &m_key;
+    s_forms.clear();
+    beforeQuery = [] {
+      if (!s_forms.empty()) {
+        const Form& form = s_forms.front();
+        EXPECT_EQ(form.type ? s_key->set("v", form.bytes, *form.type) : s_key->remove("v"), 0);
+        s_forms.erase(s_forms.begin());
+      }
+    };
+  }
+  void SetUp() override {
+    if (kOnWindows) {
+      GTEST_SKIP() << "it takes the double";
+    }
+  }
+
+  static inline const OpenKey* s_key;
+  static inline std::vector<Form> s_forms;
+  const OpenKey m_key = open("K");
+};
+
+// All begin with what is too large for a first guess at the room. A manager that answers in two
+// steps looks more often, and is asked until both answers are of one value.
+TEST_F(ChangingValue, IsReadAsOneOfItsForms) {
   const std::string large(60000, 'x');
+  const Form bytes{REG_BINARY, std::string(600, 'f')};
+  const Form text{REG_SZ, bytes.bytes};
+  const Form gone;
   std::vector<Form> growing;
   for (std::size_t i = 0; i < 300; ++i) {
     growing.push_back({REG_BINARY, std::string(600 + 2 * i, 'g')});
   }
-  return {
-      {"bytes", {{REG_BINARY, first}, {REG_BINARY, large}}, "bytes:" + large},
-      {"text", {{REG_SZ, first}, {REG_SZ, large + '\0'}}, "text:" + large},
-      {"shorter text", {{REG_SZ, first}, {REG_SZ, "ab\0"s}}, "text:ab"},
-      {"list", {{REG_MULTI_SZ, first}, {REG_MULTI_SZ, large + "\0b\0\0"s}}, "list:" + large + "|b"},
-      {"text for bytes", {{REG_BINARY, first}, {REG_SZ, large + '\0'}}, "text:" + large},
-      {"bytes for a text", {{REG_SZ, first}, {REG_BINARY, large}}, "bytes:" + large},
-      {"number", {{REG_BINARY, first}, {REG_DWORD, "\5\0\0\0"s}}, "number:5"},
-      {"gone", {{REG_SZ, first}, {std::nullopt, ""}}, codeOf(kFailure)},
-      {"growing", growing, codeOf(resultFromSystemError(kMoreData))},
-      {"bytes for a number", {{REG_DWORD, "\5\0\0\0"s}, {REG_BINARY, large}}, numberOrBytes},
+  const std::tuple<bool, std::vector<Form>, std::string> cases[] = {
+      {false, {bytes, {REG_BINARY, large}}, "bytes:" + large},
+      {false, {text, {REG_SZ, "ab\0"s}}, "text:ab"},
+      {false, {bytes, {REG_DWORD, "\5\0\0\0"s}}, "number:5"},
+      {false, {text, gone}, codeOf(kFailure)},
+      {false, growing, codeOf(resultFromSystemError(kMoreData))},
+      {true, {bytes, bytes, {REG_BINARY, large}}, "bytes:" + large},
+      {true, {text, text, {REG_SZ, large + '\0'}}, "text:" + large},
+      {true, {text, text, gone}, codeOf(kFailure)},
+      {true, growing, codeOf(resultFromSystemError(kMoreData))},
   };
-}
-
-// Of a manager that answers in two steps a read asks until both are of one value.
-TEST_F(SystemBackend, ReadsOfAnOutsideManagersValuesThatChange) {
   CQSRegValue value = this->value("K", "v");
-  for (const Change& change : changes("bytes:" + std::string(60000, 'x'))) {
-    s_manager->m_forms = change.forms;
-    s_manager->m_queries = 0;
-    EXPECT_TRUE(readOnce(value) == change.content) << change.label;
+  for (const auto& [outside, forms, content] : cases) {
+    s_manager->m_outside = outside;
+    s_forms = forms;
+    EXPECT_TRUE(readOnce(value) == content) << outside << content.substr(0, 20);
   }
 }
 
-// The registry itself changes at each query. A raw one repeats what concerns texts; the room for
-// all else is the caller's to have.
-TEST_F(SystemBackend, ReadsOfValuesThatChange) {
-  if (kOnWindows) {
-    GTEST_SKIP() << "it takes the double";
-  }
-  static const OpenKey* s_key = nullptr;
-  static std::vector<Form> s_forms;
-  const OpenKey key = open("K");
-  s_key = &key;
-  beforeQuery = [] {
-    if (!s_forms.empty()) {
-      const Form& form = s_forms.front();
-      EXPECT_EQ(form.type ? s_key->set("v", form.bytes, *form.type) : s_key->remove("v"), 0);
-      s_forms.erase(s_forms.begin());
-    }
-  };
-  CQSRegValue value = this->value("K", "v");
-  for (const Change& change : changes("number:5")) {
-    s_forms = change.forms;
-    EXPECT_TRUE(readOnce(value) == change.content) << change.label;
-  }
+// A raw query repeats what concerns texts; the room for all else is the caller's to have.
+TEST_F(ChangingValue, IsQueriedAsOneOfItsForms) {
   const Form first{REG_SZ, std::string(600, 'f')};
   const Form second{REG_SZ, "\xE2\x82\xAC" + std::string(900, 'x')};
   const Form bytes{REG_BINARY, std::string(2000, 'b')};
-  const std::tuple<const char*, std::vector<Form>, unsigned int, std::string> cases[] = {
-      {"data", {first, second}, 2000, "0|1|903|" + second.bytes},
-      {"size", {first, second}, 0, "0|1|903|"},
-      {"gone", {first, {std::nullopt, ""}}, 2000, "2|"},
-      {"bytes", {first, bytes}, 2000, "0|3|2000|" + bytes.bytes},
-      {"size of bytes", {first, bytes}, 0, "0|3|2000|"},
-      {"bytes before", {bytes, second}, 2000, "0|1|903|" + second.bytes},
+  const std::tuple<std::vector<Form>, unsigned int, std::string> cases[] = {
+      {{first, second}, 2000, "0|1|903|" + second.bytes},
+      {{first, second}, 0, "0|1|903|"},
+      {{first, bytes}, 2000, "0|3|2000|" + bytes.bytes},
+      {{bytes, second}, 2000, "0|1|903|" + second.bytes},
   };
-  for (const auto& [label, forms, capacity, answer] : cases) {
+  for (const auto& [forms, capacity, answer] : cases) {
     s_forms = forms;
-    EXPECT_EQ(query("v", capacity).substr(0, answer.size()), answer) << label;
+    EXPECT_TRUE(query("v", capacity).starts_with(answer)) << answer.substr(0, 10);
   }
-}
-
-TEST_F(SystemBackend, RecursiveDeletionGoesDeepestFirstAndStopsAtAFailure) {
-  for (const char* below : {"T\\A\\B\\C", "T\\A\\Kept", "T\\D"}) {
-    make(below);
-  }
-  s_manager->m_undeletable = "Kept";
-  EXPECT_EQ(key("T").DeleteKey(true), resultFromSystemError(5));
-  s_manager->m_undeletable = "none";
-  EXPECT_EQ(namesOf(CQSRegEnumKey(key("T\\A"))), Names{"Kept"});
-  EXPECT_EQ(namesOf(CQSRegEnumKey(key("T"))), (Names{"A", "D"}));
-  EXPECT_EQ(key("T").DeleteKey(true), 0);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <iterator>
 #include <map>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -21,7 +20,6 @@ enum Error : int {
   kInvalidHandle = 6,
   kMoreData = 234,
   kNoMoreItems = 259,
-  kKeyDeleted = 1018,
 };
 
 // What a handle may be used for, as bits of the access mask that it was opened with.
@@ -44,7 +42,6 @@ struct Handle {
 // HKEY_CURRENT_USER, the one root that is there.
 void* const kUser = reinterpret_cast<void*>(static_cast<std::intptr_t>(INT32_MIN + 1));
 
-std::mutex s_guard;
 std::map<std::string, Values> s_keys{{"", {}}};  // by their whole paths
 std::map<void*, Handle> s_handles{{kUser, {"", kAllAccess}}};
 std::uintptr_t s_last = 0;  // no number is given out twice, so that a closed handle stays a bad one
@@ -66,25 +63,9 @@ int copyName(const std::string& name, char* out, unsigned int* size) {
   return kDone;
 }
 
-int copyValue(const Value& value, unsigned int* type, unsigned char* data, unsigned int* size) {
-  if (type != nullptr) {
-    *type = value.type;
-  }
-  if (size == nullptr) {
-    return kDone;
-  }
-  const bool fits = value.bytes.size() <= *size;
-  *size = static_cast<unsigned int>(value.bytes.size());
-  if (data != nullptr && fits) {
-    std::copy(value.bytes.begin(), value.bytes.end(), data);
-  }
-  return data == nullptr || fits ? kDone : kMoreData;
-}
-
 // Calls `use` with path and values of the key behind a handle that has the right.
 template <class Use>
 int withKey(void* handle, unsigned int right, Use use) {
-  const std::lock_guard<std::mutex> hold(s_guard);
   const auto found = s_handles.find(handle);
   if (found == s_handles.end()) {
     return kInvalidHandle;
@@ -93,7 +74,7 @@ int withKey(void* handle, unsigned int right, Use use) {
     return kAccessDenied;
   }
   const auto key = s_keys.find(found->second.path);
-  return key != s_keys.end() ? use(key->first, key->second) : kKeyDeleted;
+  return key != s_keys.end() ? use(key->first, key->second) : kFileNotFound;
 }
 
 // Leads a path down to a sub-key, past components that are empty. Makes what is missing if `made`
@@ -119,6 +100,7 @@ int open(void* key, const char* subKey, unsigned int access, bool* made, void** 
     if (error == kDone) {
       *result = reinterpret_cast<void*>(s_last += 4);
       s_handles[*result] = {path, access};
+      ++Testing::openHandles;
     }
     return error;
   });
@@ -147,8 +129,9 @@ bool hasSystemRegistry() noexcept {
 namespace OsRegistry {
 
 int closeKey(void* key) noexcept {
-  const std::lock_guard<std::mutex> hold(s_guard);
-  return key == kUser || s_handles.erase(key) == 1 ? kDone : kInvalidHandle;
+  const bool known = s_handles.erase(key) == 1;
+  Testing::openHandles -= known ? 1 : 0;
+  return known ? kDone : kInvalidHandle;
 }
 
 int openKey(void* key, const char* subKey, unsigned int, unsigned int access,
@@ -186,8 +169,20 @@ int queryValue(void* key, const char16_t* name, unsigned int* type, unsigned cha
     Testing::beforeQuery();
   }
   return withKey(key, kQueryValue, [&](const std::string&, const Values& values) -> int {
-    const auto value = values.find(narrowOf(name));
-    return value != values.end() ? copyValue(value->second, type, data, dataSize) : kFileNotFound;
+    const auto found = values.find(narrowOf(name));
+    if (found == values.end()) {
+      return kFileNotFound;
+    }
+    const auto& [itsType, bytes] = found->second;
+    const bool fits = data != nullptr && bytes.size() <= *dataSize;
+    if (type != nullptr) {
+      *type = itsType;
+    }
+    *dataSize = static_cast<unsigned int>(bytes.size());
+    if (fits) {
+      std::copy(bytes.begin(), bytes.end(), data);
+    }
+    return fits || data == nullptr ? kDone : kMoreData;
   });
 }
 
@@ -216,15 +211,12 @@ int enumKey(void* key, unsigned int index, char* name, unsigned int nameSize) no
   return enumKeyEx(key, index, name, &nameSize);
 }
 
+// Names alone, which is all that walks ask for.
 int enumValue(void* key, unsigned int index, char* name, unsigned int* nameSize, unsigned int*,
-              unsigned int* type, unsigned char* data, unsigned int* dataSize) noexcept {
+              unsigned int*, unsigned char*, unsigned int*) noexcept {
   return withKey(key, kQueryValue, [&](const std::string&, const Values& values) -> int {
-    if (index >= values.size()) {
-      return kNoMoreItems;
-    }
-    const auto entry = std::next(values.begin(), static_cast<std::ptrdiff_t>(index));
-    const int error = copyName(entry->first, name, nameSize);
-    return error != kDone ? error : copyValue(entry->second, type, data, dataSize);
+    return index < values.size() ? copyName(std::next(values.begin(), index)->first, name, nameSize)
+                                 : kNoMoreItems;
   });
 }
 

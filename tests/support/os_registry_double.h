@@ -6,8 +6,11 @@
 
 namespace LTLib::Testing {
 
-/// Called ahead of each query of a value, with no lock held: where a test lets others change it.
+/// Called ahead of each query of a value: where a test lets others change it.
 inline void (*beforeQuery)() = nullptr;
+
+/// How many keys are open.
+inline int openHandles = 0;
 
 }  // namespace LTLib::Testing
 
