@@ -30,26 +30,21 @@ void useEverythingLate(CQSRegKey& key, CQSRegValue& value) {
   std::string text = "%CompanyName%";
   std::string name;
   std::vector<LTLib::ExpansionStep> steps;
-  unsigned long number = 0;
   CQSRegValue::e_data_struct data;
   const QSVariableRegistrar late(s_late);
-  demand(QSConfigVariableManager::GetInstance() == nullptr, "no manager of variables");
-  demand(QSExpandString(text) == kFailure && text == "%CompanyName%", "expansion");
-  demand(LTLib::traceExpansion(text, steps) == kFailure && LTLib::reportVariables().empty(),
-         "reports");
-  demand(QSRegistryManager::GetInstance() == nullptr, "no manager of the registry");
-  demand(key.SetKey(REG_ROOT_USERS, "A\\B") == kFailure, "setting a key");
-  demand(std::string(CQSRegKey(key).GetPath()) == "A\\B", "copying a key");
-  demand(!key.IsCreated(), "opening a key");
-  demand(key.DeleteKey(false) == kFailure && key.DeleteKey(true) == kFailure, "deleting a key");
-  demand(value.Read(data) == kFailure && value.Read(number) == kFailure, "reading");
-  demand(value.Write("text") == kFailure && value.Write(1ul) == kFailure, "writing");
-  demand(value.Delete(nullptr) == kFailure, "deleting a value");
-  demand(CQSRegEnumKey(key).GetFirst(name) == kFailure, "walking over keys");
-  demand(CQSRegEnumValue(key).GetFirst(name) == kFailure, "walking over values");
-  demand(GetConfigurationPathname(REG_ROOT_USERS).empty(), "the store's name");
-  demand(SaveConfiguration(REG_ROOT_USERS) == kFailure, "saving");
-  demand(SaveConfiguration(REG_ROOT_USERS, text) == kFailure, "saving to a file");
+  for (const QSResult result :
+       {QSExpandString(text), LTLib::traceExpansion(text, steps),
+        key.SetKey(REG_ROOT_USERS, "A\\B"), key.DeleteKey(false), key.DeleteKey(true),
+        value.Read(data), value.Write("text"), value.Delete(nullptr),
+        CQSRegEnumKey(key).GetFirst(name), CQSRegEnumValue(key).GetFirst(name)}) {
+    demand(result == kFailure, "an operation succeeds");
+  }
+  demand(text == "%CompanyName%" && LTLib::reportVariables().empty(), "variables");
+  demand(std::string(CQSRegKey(key).GetPath()) == "A\\B" && !key.IsCreated(), "a key");
+  demand(SaveConfiguration(REG_ROOT_USERS) == kFailure &&
+             SaveConfiguration(REG_ROOT_USERS, text) == kFailure &&
+             GetConfigurationPathname(REG_ROOT_USERS).empty(),
+         "a store");
 }
 
 // The first static object of the program: made before those of the library, destroyed after them.

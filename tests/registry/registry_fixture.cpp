@@ -40,10 +40,6 @@ void RegistryObjects::makeRaw(const std::string& below) {
   EXPECT_EQ(m_manager.regCloseKey(made), 0);
 }
 
-int RegistryObjects::deleteRaw(const std::string& below) {
-  return m_manager.regDeleteKey(m_root, path(below).c_str());
-}
-
 OpenKey RegistryObjects::open(const std::string& below) const {
   return OpenKey(path(below), kUser, m_manager);
 }
@@ -79,12 +75,6 @@ std::string contentOf(const CQSRegValue::e_data_struct& data) {
       EXPECT_EQ(data.size, content.size() + kTextTerminators());
   }
   return label[data.type] + content;
-}
-
-std::string readOnce(CQSRegValue& value) {
-  CQSRegValue::e_data_struct data;
-  const QSResult result = value.Read(data);
-  return result < 0 ? codeOf(result) : contentOf(data);
 }
 
 }  // namespace LTLib::Testing

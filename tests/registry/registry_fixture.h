@@ -38,9 +38,8 @@ class RegistryObjects : public testing::Test {
   /// A handle of the key, which has to be there.
   [[nodiscard]] OpenKey open(const std::string& below) const;
 
-  /// Makes and deletes a key past the objects, which would expand its name.
+  /// Makes a key past the objects, which would expand its name.
   void makeRaw(const std::string& below);
-  int deleteRaw(const std::string& below);
 
   QSRegistryManager& m_manager = *QSRegistryManager::GetInstance();
   void* const m_root = predefinedRootHandle(kUser);
@@ -72,9 +71,6 @@ Names namesOf(Walk&& walk) {
 
 /// A negative result as eight digits.
 [[nodiscard]] std::string codeOf(QSResult result);
-
-/// What one read into a record makes of a value: as contentOf, or the code.
-[[nodiscard]] std::string readOnce(CQSRegValue& value);
 
 /// What every form of Read makes of a value, with a name or without: as contentOf, or the code.
 template <class... Name>
