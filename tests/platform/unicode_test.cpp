@@ -4,7 +4,6 @@
 
 namespace {
 
-using LTLib::Platform::codePageToUtf16;
 using LTLib::Platform::utf16ToUtf8;
 using LTLib::Platform::utf8ToUtf16;
 using std::string_literals::operator""s;
@@ -23,7 +22,6 @@ std::string narrow(const std::u16string& text) {
 
 TEST(Unicode, ConvertsBothWaysAndReplacesWhatIsNoText) {
   const std::pair<std::string, std::u16string> texts[] = {
-      {"", u""},
       {"a\0z"s, u"a\0z"s},
       {"\x7F\xC2\x80\xDF\xBF", u"\u007F\u0080\u07FF"},
       {"\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF", u"\u0800\uD7FF\uE000\uFFFF"},
@@ -52,9 +50,6 @@ TEST(Unicode, FillsWhatThereIsRoomFor) {
   std::u16string units = u"...";
   EXPECT_EQ(utf8ToUtf16("abc", 3, units.data(), 2), 0u);
   EXPECT_TRUE(units == u"ab.");
-  EXPECT_EQ(codePageToUtf16("a\\b", 3, nullptr, 0), 3u);
-  EXPECT_EQ(codePageToUtf16("a\\b", 3, units.data(), 3), 3u);
-  EXPECT_TRUE(units == u"a\\b");
 }
 
 }  // namespace

@@ -22,28 +22,17 @@ enum Error : int {
   kNoMoreItems = 259,
 };
 
-// What a handle may be used for, as bits of the access mask that it was opened with.
-constexpr unsigned int kQueryValue = 0x0001;
-constexpr unsigned int kSetValue = 0x0002;
-constexpr unsigned int kEnumerateSubKeys = 0x0008;
-constexpr unsigned int kAllAccess = 0xF003F;
-
 struct Value {
   unsigned int type = 0;
   std::string bytes;
 };
 using Values = std::map<std::string, Value>;
 
-struct Handle {
-  std::string path;
-  unsigned int rights = 0;
-};
-
 // HKEY_CURRENT_USER, the one root that is there.
 void* const kUser = reinterpret_cast<void*>(static_cast<std::intptr_t>(INT32_MIN + 1));
 
 std::map<std::string, Values> s_keys{{"", {}}};  // by their whole paths
-std::map<void*, Handle> s_handles{{kUser, {"", kAllAccess}}};
+std::map<void*, std::string> s_handles{{kUser, ""}};
 std::uintptr_t s_last = 0;  // no number is given out twice, so that a closed handle stays a bad one
 
 std::string narrowOf(const char16_t* name) {
@@ -63,17 +52,14 @@ int copyName(const std::string& name, char* out, unsigned int* size) {
   return kDone;
 }
 
-// Calls `use` with path and values of the key behind a handle that has the right.
+// Calls `use` with path and values of the key behind a handle.
 template <class Use>
-int withKey(void* handle, unsigned int right, Use use) {
+int withKey(void* handle, Use use) {
   const auto found = s_handles.find(handle);
   if (found == s_handles.end()) {
     return kInvalidHandle;
   }
-  if ((found->second.rights & right) != right) {
-    return kAccessDenied;
-  }
-  const auto key = s_keys.find(found->second.path);
+  const auto key = s_keys.find(found->second);
   return key != s_keys.end() ? use(key->first, key->second) : kFileNotFound;
 }
 
@@ -94,12 +80,12 @@ int walk(std::string& path, std::string_view subKey, bool* made) {
   return s_keys.contains(path) ? kDone : kFileNotFound;
 }
 
-int open(void* key, const char* subKey, unsigned int access, bool* made, void** result) {
-  return withKey(key, 0, [&](std::string path, Values&) {
+int open(void* key, const char* subKey, bool* made, void** result) {
+  return withKey(key, [&](std::string path, Values&) {
     const int error = walk(path, subKey, made);
     if (error == kDone) {
       *result = reinterpret_cast<void*>(s_last += 4);
-      s_handles[*result] = {path, access};
+      s_handles[*result] = path;
       ++Testing::openHandles;
     }
     return error;
@@ -134,26 +120,25 @@ int closeKey(void* key) noexcept {
   return known ? kDone : kInvalidHandle;
 }
 
-int openKey(void* key, const char* subKey, unsigned int, unsigned int access,
-            void** result) noexcept {
-  return open(key, subKey, access, nullptr, result);
+int openKey(void* key, const char* subKey, unsigned int, unsigned int, void** result) noexcept {
+  return open(key, subKey, nullptr, result);
 }
 
 int createKey(void* key, const char* subKey, void** result) noexcept {
   bool made = false;
-  return open(key, subKey, kAllAccess, &made, result);
+  return open(key, subKey, &made, result);
 }
 
-int createKeyEx(void* key, const char* subKey, char*, unsigned int, unsigned int access,
-                void** result, unsigned int* disposition) noexcept {
+int createKeyEx(void* key, const char* subKey, char*, unsigned int, unsigned int, void** result,
+                unsigned int* disposition) noexcept {
   bool made = false;
-  const int error = open(key, subKey, access, &made, result);
+  const int error = open(key, subKey, &made, result);
   *disposition = made ? 1 : 2;
   return error;
 }
 
 int deleteKey(void* key, const char* subKey) noexcept {
-  return withKey(key, 0, [&](std::string path, Values&) -> int {
+  return withKey(key, [&](std::string path, Values&) -> int {
     const int error = walk(path, subKey, nullptr);
     if (error != kDone || subKeyAt(path, 0) != nullptr) {
       return error != kDone ? error : kAccessDenied;
@@ -168,7 +153,7 @@ int queryValue(void* key, const char16_t* name, unsigned int* type, unsigned cha
   if (Testing::beforeQuery != nullptr) {
     Testing::beforeQuery();
   }
-  return withKey(key, kQueryValue, [&](const std::string&, const Values& values) -> int {
+  return withKey(key, [&](const std::string&, const Values& values) -> int {
     const auto found = values.find(narrowOf(name));
     if (found == values.end()) {
       return kFileNotFound;
@@ -188,20 +173,20 @@ int queryValue(void* key, const char16_t* name, unsigned int* type, unsigned cha
 
 int setValue(void* key, const char16_t* name, unsigned int type, const unsigned char* data,
              unsigned int dataSize) noexcept {
-  return withKey(key, kSetValue, [&](const std::string&, Values& values) {
+  return withKey(key, [&](const std::string&, Values& values) {
     values[narrowOf(name)] = {type, {data, data + dataSize}};
     return kDone;
   });
 }
 
 int deleteValue(void* key, const char* name) noexcept {
-  return withKey(key, kSetValue, [&](const std::string&, Values& values) {
+  return withKey(key, [&](const std::string&, Values& values) {
     return values.erase(name != nullptr ? name : "") == 1 ? kDone : kFileNotFound;
   });
 }
 
 int enumKeyEx(void* key, unsigned int index, char* name, unsigned int* nameSize) noexcept {
-  return withKey(key, kEnumerateSubKeys, [&](const std::string& path, Values&) -> int {
+  return withKey(key, [&](const std::string& path, Values&) -> int {
     const char* const found = subKeyAt(path, index);
     return found != nullptr ? copyName(found, name, nameSize) : kNoMoreItems;
   });
@@ -214,7 +199,7 @@ int enumKey(void* key, unsigned int index, char* name, unsigned int nameSize) no
 // Names alone, which is all that walks ask for.
 int enumValue(void* key, unsigned int index, char* name, unsigned int* nameSize, unsigned int*,
               unsigned int*, unsigned char*, unsigned int*) noexcept {
-  return withKey(key, kQueryValue, [&](const std::string&, const Values& values) -> int {
+  return withKey(key, [&](const std::string&, const Values& values) -> int {
     return index < values.size() ? copyName(std::next(values.begin(), index)->first, name, nameSize)
                                  : kNoMoreItems;
   });
