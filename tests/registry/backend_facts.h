@@ -25,10 +25,9 @@ struct Fact {
 
 // The system's own numbers, and as results.
 inline constexpr int kNotThere = 2;
-inline constexpr int kBadHandle = 6;
 inline constexpr int kMoreData = 234;
 inline constexpr QSResult kKeyNotThere = resultFromSystemError(kNotThere);
-inline constexpr QSResult kNoHandle = resultFromSystemError(kBadHandle);
+inline constexpr QSResult kNoHandle = resultFromSystemError(6);
 
 // Keys and values that are not there, and handles that are none.
 inline constexpr Fact<QSResult> kReadMissingKey{kFailure, kKeyNotThere};

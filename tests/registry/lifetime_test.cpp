@@ -58,21 +58,13 @@ struct Outermost {
 
 __attribute__((init_priority(101))) Outermost s_outermost;
 
-class Lifetime : public testing::Test {
-  const LTLib::Testing::TempFolder m_folder;
-  const LTLib::Testing::ScopedEnvironment m_users{"HKEY_USERS", m_folder.path("users.cfg")};
-  const LTLib::Testing::ScopedEnvironment m_machine{"HKEY_LOCAL_MACHINE",
-                                                    m_folder.path("machine.cfg")};
-};
-
-TEST_F(Lifetime, ObjectsOutliveTheLibrary) {
+TEST(Lifetime, EarlyObjectsWorkAndOutliveTheLibrary) {
+  const LTLib::Testing::TempFolder folder;
+  const LTLib::Testing::ScopedStores stores(&folder);
   EXPECT_EQ(s_outermost.key.SetKey(REG_ROOT_USERS, "A\\B"), 0);
   EXPECT_EQ(s_outermost.value.SetKey(s_outermost.key), 0);
   EXPECT_EQ(s_outermost.value.SetName("v"), 0);
   EXPECT_EQ(s_outermost.value.Write("text"), 0);
-}
-
-TEST_F(Lifetime, AnEarlyRegistrarsTableStays) {
   std::string text = "%Early%";
   EXPECT_EQ(QSExpandString(text), 0);
   EXPECT_EQ(text, "Tarn Quillmere");

@@ -12,10 +12,7 @@ namespace {
 // Ahead of a line that is meant for the parent.
 constexpr char kMark = '\1';
 
-std::string& programPath() {
-  static std::string path;
-  return path;
-}
+std::string s_program;
 
 std::map<std::string, ScenarioFunction>& scenarios() {
   static std::map<std::string, ScenarioFunction> known;
@@ -39,7 +36,7 @@ std::string hearParent() {
 }
 
 std::string thisProgram() {
-  return programPath();
+  return s_program;
 }
 
 ChildProcess::ChildProcess(const std::string& scenario, std::vector<std::string> arguments,
@@ -78,23 +75,14 @@ void ChildProcess::tell(const std::string& line) {
   std::fflush(m_toChild);
 }
 
-namespace {
-
 // Files take what the program writes, so that no pipe fills up while nobody reads.
-Process startInto(const TempFolder& written, const std::string& program,
-                  std::vector<std::string> arguments, const std::string& folder) {
-  return Process({program, std::move(arguments), folder,
-                  std::fopen(written.write("input", "").c_str(), "r"),
-                  std::fopen(written.path("output").c_str(), "w"),
-                  std::fopen(written.path("errors").c_str(), "w")});
-}
-
-}  // namespace
-
 RunningProgram::RunningProgram(const std::string& program, std::vector<std::string> arguments,
                                const std::string& folder)
     : m_written(std::make_unique<TempFolder>()),
-      m_process(startInto(*m_written, program, std::move(arguments), folder)) {}
+      m_process({program, std::move(arguments), folder,
+                 std::fopen(m_written->write("input", "").c_str(), "r"),
+                 std::fopen(m_written->path("output").c_str(), "w"),
+                 std::fopen(m_written->path("errors").c_str(), "w")}) {}
 
 ProgramResult RunningProgram::wait() {
   const int exitCode = m_process.wait();
@@ -106,7 +94,7 @@ ProgramResult RunningProgram::wait() {
 // Plays the scenario that the first argument names, or runs the tests.
 int main(int count, char** words) {
   using namespace LTLib::Testing;
-  programPath() = std::filesystem::absolute(words[0]).string();
+  s_program = std::filesystem::absolute(words[0]).string();
   const std::string option = "--scenario=";
   const std::string first = count > 1 ? words[1] : "";
   if (first.starts_with(option)) {

@@ -160,9 +160,7 @@ int queryValue(void* key, const char16_t* name, unsigned int* type, unsigned cha
     }
     const auto& [itsType, bytes] = found->second;
     const bool fits = data != nullptr && bytes.size() <= *dataSize;
-    if (type != nullptr) {
-      *type = itsType;
-    }
+    *type = itsType;
     *dataSize = static_cast<unsigned int>(bytes.size());
     if (fits) {
       std::copy(bytes.begin(), bytes.end(), data);

@@ -37,7 +37,12 @@ class Process {
   explicit Process(const Start& start);
 
   /// Kills a program that was not waited for.
-  ~Process();
+  ~Process() {
+    if (m_handle != 0) {
+      kill();
+      wait();
+    }
+  }
   Process(Process&& other) noexcept : m_handle(std::exchange(other.m_handle, 0)) {}
 
   /// Ends it as kill -9 does, unless it was waited for.

@@ -51,13 +51,6 @@ Process::Process(const Start& start) {
   m_handle = process;
 }
 
-Process::~Process() {
-  if (m_handle != 0) {
-    kill();
-    wait();
-  }
-}
-
 void Process::kill() const {
   if (m_handle != 0) {
     ::kill(static_cast<pid_t>(m_handle), SIGKILL);

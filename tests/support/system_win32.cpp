@@ -18,24 +18,6 @@ HANDLE handleOf(std::FILE* stream) {
   return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
 }
 
-HANDLE asHandle(std::intptr_t number) {
-  return reinterpret_cast<HANDLE>(number);
-}
-
-// Once in some thousand times Wine cannot, with an error of its own inside that does not last.
-bool started(std::string line, const char* folder, STARTUPINFOA& start, PROCESS_INFORMATION& made) {
-  for (int left = 5; left > 0; --left) {
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, folder, &start,
-                       &made) != 0) {
-      return true;
-    }
-    if (GetLastError() != ERROR_INTERNAL_ERROR) {
-      break;
-    }
-  }
-  return false;
-}
-
 }  // namespace
 
 // The C runtime takes an empty value for a removal, so that one is cut short where it lies;
@@ -70,33 +52,29 @@ Process::Process(const Start& start) {
   }
   PROCESS_INFORMATION made{};
   const std::string file = std::filesystem::absolute(start.program).make_preferred().string();
-  const bool runs =
-      started(Platform::commandLine(file, start.arguments), start.folder.c_str(), info, made);
-  const DWORD error = GetLastError();
+  std::string line = Platform::commandLine(file, start.arguments);
+  bool runs = false;
+  // Once in some thousand times Wine cannot, for reasons of its own that do not last.
+  for (int tries = 0; !runs && tries < 5; ++tries) {
+    runs = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                          start.folder.c_str(), &info, &made) != 0;
+  }
   for (std::FILE* stream : {start.input, start.output, start.errors}) {
     stream != nullptr ? std::fclose(stream) : 0;
   }
   if (!runs) {
-    throw std::runtime_error("the program cannot be run: " + start.program + ": error " +
-                             std::to_string(error));
+    throw std::runtime_error("the program cannot be run: " + start.program);
   }
   CloseHandle(made.hThread);
   m_handle = reinterpret_cast<std::intptr_t>(made.hProcess);
 }
 
-Process::~Process() {
-  if (m_handle != 0) {
-    kill();
-    wait();
-  }
-}
-
 void Process::kill() const {
-  TerminateProcess(asHandle(m_handle), kKilled);
+  TerminateProcess(reinterpret_cast<HANDLE>(m_handle), kKilled);
 }
 
 int Process::wait() {
-  const HANDLE process = asHandle(std::exchange(m_handle, 0));
+  const HANDLE process = reinterpret_cast<HANDLE>(std::exchange(m_handle, 0));
   DWORD code = 0;
   WaitForSingleObject(process, INFINITE);
   GetExitCodeProcess(process, &code);

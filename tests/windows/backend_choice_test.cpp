@@ -38,7 +38,6 @@ TEST(BackendChoice, GoesByTheMarkerBesideTheLibrary) {
       {"plain", "ltlib.dll", nullptr, kSystem},
       {"plain", "ltlib.dll", "plain/registry.dat", kFile},
       {"Mixed Case", "LTLib.DLL", "Mixed Case/Registry.DAT", kFile},
-      {"plain", "ltlib.dll", "registry.dat", kSystem},
       // The library's name is replaced where it comes first.
       {"old ltlib.dll x", "ltlib.dll", "old ltlib.dll x/registry.dat", kSystem},
       {"old ltlib.dll x", "ltlib.dll", "old registry.dat", kFile},
