@@ -36,7 +36,7 @@ const std::string kDone = codeOf(0);
 const std::string kFailed = codeOf(LTLib::kFailure);
 
 // This test program in a folder of its own, with the libraries and the marker of the file backend
-// beside it.
+// beside it, and with the tests' stores.
 class FirstUseLoad : public testing::Test {
  protected:
   FirstUseLoad() {
@@ -52,6 +52,7 @@ class FirstUseLoad : public testing::Test {
       }
     }
     m_folder.write("registry.dat", "");
+    (void)stores();
   }
 
   // The answers to a script, and a last one if it did not end well.
