@@ -9,7 +9,7 @@ namespace LTLib::Testing {
 /// Called ahead of each query of a value: where a test lets others change it.
 inline void (*beforeQuery)() = nullptr;
 
-/// How many keys are open.
+/// How many keys are open in it.
 inline int openHandles = 0;
 
 }  // namespace LTLib::Testing
