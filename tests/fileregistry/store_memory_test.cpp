@@ -57,20 +57,25 @@ using namespace LTLib::Testing;
 
 // More keys and values than are searched without an index.
 std::string longStore() {
-  std::string text = "[A\\B]\n";
+  std::string values = "[A\\B]\n";
+  std::string keys;
   for (int i = 0; i < 12; ++i) {
-    text += "\"value" + std::to_string(i) + "\"=string:\"a text\"\n";
+    values += "\"value" + std::to_string(i) + "\"=string:\"a text\"\n";
+    keys += "[A\\B\\Key" + std::to_string(i) + "]\n\"Default\"=ulong:1\n";
   }
-  for (int i = 0; i < 12; ++i) {
-    text += "[A\\B\\Key" + std::to_string(i) + "]\n\"Default\"=ulong:1\n";
-  }
-  return text;
+  return values + keys;
 }
+
+using Step = std::function<void()>;
+
+struct Case {
+  Step prepare;
+  Step operate;
+  bool loads = false;  // and may leave a part, which the next load must complete
+};
 
 class StoreMemory : public StoreTest {
  protected:
-  using Step = std::function<void()>;
-
   // What can be seen of the root and its files.
   [[nodiscard]] std::string state() const {
     return showRoot() + readFile(store()) + readFile(store() + "_old") +
@@ -107,25 +112,20 @@ class StoreMemory : public StoreTest {
     return std::exchange(t_left, kNever) > 0 && ended;
   }
 
-  void failEach(const char* label, bool loads, const Step& prepare, const Step& operate) {
-    SCOPED_TRACE(label);
-    prepare();
+  void failEach(const Case& row) {
+    row.prepare();
     const std::string before = state();
-    operate();
+    row.operate();
     const std::string after = state();
     for (const bool lasting : {false, true}) {
       t_lasting = lasting;
-      for (long allocations = 0; !HasFailure(); ++allocations) {
-        prepare();
-        if (endsWith(allocations, operate)) {
-          EXPECT_EQ(state(), after);
-          EXPECT_GT(allocations, 0);
-          break;
-        }
-        // A load that failed may have left a part, which the next one must complete.
-        if (const std::string left = state(); left != after) {
-          EXPECT_TRUE(loads || left == before) << allocations << '\n' << left;
-          operate();
+      bool ended = false;
+      for (long allocations = 0; !ended && !HasFailure(); ++allocations) {
+        row.prepare();
+        ended = endsWith(allocations, row.operate);
+        if (const std::string left = state(); !ended && left != after) {
+          EXPECT_TRUE(row.loads || left == before) << allocations << '\n' << left;
+          row.operate();
         }
         EXPECT_EQ(state(), after) << allocations;
       }
@@ -135,33 +135,7 @@ class StoreMemory : public StoreTest {
 };
 
 TEST_F(StoreMemory, MayRunOutInEachOperation) {
-  const std::pair<const char*, Step> cases[] = {
-      {"a new value", [] { OpenKey("A\\B").set("a new value", std::string(50, 'x')); }},
-      {"a list",
-       [] {
-         OpenKey("A\\B").set("list", {"a\0b\0\0", 5}, REG_MULTI_SZ);
-       }},
-      {"a number", [] { OpenKey("A\\B").setNumber("value3", 3); }},
-      {"new keys", [] { OpenKey("A\\New\\Deep\\Way").setNumber("n", 3); }},
-      {"a bracketed key", [] { OpenKey("[more]").set("n", "x"); }},
-      {"a query", [] { (void)OpenKey("A\\B").text("value3"); }},
-      {"a value deleted", [] { OpenKey("A\\B").remove("value3"); }},
-      {"a key deleted", [this] { m_manager.regDeleteKey(kRoot, "A\\B\\Key3"); }},
-      {"an enumeration",
-       [this] {
-         char name[20];
-         unsigned int size = sizeof name;
-         m_manager.regEnumKeyEx(OpenKey("A\\B").get(), 7, name, &size);
-       }},
-      {"a save", [this] { (void)save(); }},
-  };
-  for (const auto& [label, operate] : cases) {
-    failEach(
-        label, false, [this] { loadLong(); }, operate);
-  }
-}
-
-TEST_F(StoreMemory, MayRunOutInALoad) {
+  const Step whole = [this] { loadLong(); };
   const Step query = [] {
     try {
       (void)OpenKey("A\\B").text("n");
@@ -169,12 +143,22 @@ TEST_F(StoreMemory, MayRunOutInALoad) {
       // as a load that fails gives it
     }
   };
-  failEach(
-      "the first", true, [this] { restartWith(longStore()); }, query);
-  failEach(
-      "one that completes another", true, [this] { loadInPart(); }, query);
-  const Step lay = [this] { restartWith("[A\\B]\n\"n\"=ulong:1\n\"m\"=string:\"open\n"); };
-  failEach("one that fails", true, lay, query);
+  const Case cases[] = {
+      {whole, [] { OpenKey("A\\B").set("a new value", std::string(50, 'x')); }},
+      {whole, [] { OpenKey("A\\B").set("list", std::string("a\0b\0\0", 5), REG_MULTI_SZ); }},
+      {whole, [] { OpenKey("A\\New\\Deep\\Way").setNumber("n", 3); }},
+      {whole, [] { OpenKey("[more]").set("n", "x"); }},
+      {whole, [] { OpenKey("A\\B").remove("value3"); }},
+      {whole, [this] { m_manager.regDeleteKey(kRoot, "A\\B\\Key3"); }},
+      {whole, [this] { (void)save(); }},
+      {[this] { restartWith(longStore()); }, query, true},
+      {[this] { loadInPart(); }, query, true},
+      {[this] { restartWith("[A\\B]\n\"n\"=ulong:1\n\"m\"=string:\"open\n"); }, query, true},
+  };
+  for (const Case& row : cases) {
+    SCOPED_TRACE(&row - cases);
+    failEach(row);
+  }
 }
 
 }  // namespace
