@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -36,7 +35,7 @@ std::string spliced(const std::vector<std::string>& inputs, std::mt19937& random
 
 }  // namespace
 
-int main(int count, char** words) try {
+int main(int count, char** words) {
   std::vector<std::string> inputs;
   for (const auto& entry : std::filesystem::directory_iterator(words[1])) {
     std::ifstream file(entry.path(), std::ios::binary);
@@ -55,7 +54,4 @@ int main(int count, char** words) try {
     run(spliced(inputs, random));
   }
   return 0;
-} catch (const std::exception& error) {
-  std::fprintf(stderr, "%s\n", error.what());
-  return 1;
 }

@@ -46,11 +46,6 @@ TEST_F(StoreFiles, FirstTouchMakesTheIdentityFileAndNoStore) {
   ASSERT_EQ(identity.size(), 46u);
   EXPECT_EQ(identity.substr(0, 10), "qs_config_");
   EXPECT_TRUE(UID("").fromString(identity.substr(10)));
-  forgetStores();
-  setNumber(1);
-  EXPECT_EQ(save(), 0);
-  EXPECT_EQ(m_folder.names(), m_saved);
-  EXPECT_EQ(readFile("qsconfig.dat"), identity);
 }
 
 TEST_F(StoreFiles, LockNamesComeFromTheFolderAsItsFileSays) {

@@ -132,12 +132,9 @@ TEST(TextWriter, WritesWhatWasReadInItsOwnForm) {
        "[A]\n\"s\"=string:\"say \"hi\" \\\"\n\"d\"=dir:\"C:\\x\\\"\n\"e\"=string:\"\"\n\n"},
       {"[A]\n\"w\"=dword:1\n\"w\"=ulong:\n\"b=c\"=binary: 00 1F \n",
        "[A]\n\"w\"=ulong:1\n\"w\"=ulong:\n\"b=c\"=binary: 00 1F \n\n"},
-      {"[A]\n\"l\"=liststring:\"one\",\\\n\"two\"\n", "[A]\n\"l\"=liststring:\"one\",\"two\"\n\n"},
       // Blocks come in tree order, and each section once.
-      {"[A\\B]\n\"n\"=ulong:1\n[C]\n\"n\"=ulong:2\n[a\\D\\E]\n\"n\"=ulong:3\n[A\\b]\n\"n\"=ulong:"
-       "4\n",
-       "[A\\B]\n\"n\"=ulong:1\n\"n\"=ulong:4\n\n[A\\D\\E]\n\"n\"=ulong:3\n\n[C]\n\"n\"=ulong:"
-       "2\n\n"},
+      {"[A\\B]\n\"n\"=x:\n[C]\n\"n\"=ulong:2\n[a\\D\\E]\n\"n\"=ulong:3\n[A\\b]\n\"n\"=ulong:4\n",
+       "[A\\B]\n\"n\"=ulong:4\n\n[A\\D\\E]\n\"n\"=ulong:3\n\n[C]\n\"n\"=ulong:2\n\n"},
       // Names that no header can hold do no harm without fields.
       {"[A\\\\\\B]\n[C]\n\"n\"=ulong:1\n", "[C]\n\"n\"=ulong:1\n\n"},
   };
