@@ -1,5 +1,5 @@
-// Any path, name and text: the walk along a path finds what it made, and exactly what the check of
-// the file form accepts comes back from a store file, with its neighbours unharmed.
+// Any path, name and text: exactly what the check of the file form accepts comes back from a store
+// file, with its neighbours unharmed.
 //
 // The input is a type code as one byte, then path, name and text, parted by NULs.
 #include <cstddef>
@@ -25,22 +25,19 @@ namespace {
 
 using Names = std::vector<std::string_view>;
 
-// The names from the root's child down to a section, along a chain of only children.
-Names namesOfChain(const QSCfgDataSection& root) {
+// Makes the sections of a path, and gives their names from the root's child down.
+Names namesOfPath(std::string_view path, QSCfgDataSection& root) {
+  Branch branch(root);
+  if (!cfgResolveSection(path, branch, true)) {
+    return {};
+  }
+  branch.join();
   Names names;
   for (const QSCfgDataSection* at = &root; at->sectionCount() == 1;) {
     at = &at->sectionAt(0);
     names.emplace_back(at->name());
   }
   return names;
-}
-
-// Makes the sections of a path, and gives their names.
-Names namesOfPath(std::string_view path, QSCfgDataSection& root) {
-  Branch branch(root);
-  const bool whole = cfgResolveSection(path, branch, true);
-  branch.join();
-  return whole ? namesOfChain(root) : Names();
 }
 
 struct Field {

@@ -26,19 +26,6 @@ class FileManager : public StoreTest {
     const int result = m_manager.regEnumKeyEx(key.get(), index, name.data(), &size);
     return result == 0 ? name + ':' + std::to_string(size) : std::to_string(result);
   }
-
-  // "name:type:size", or "-1".
-  std::string valueAt(const char* path, unsigned int index) {
-    const OpenKey key(path);
-    char name[20] = {};
-    unsigned int size = sizeof name;
-    unsigned int type = 0;
-    unsigned int dataSize = 0;
-    const int result =
-        m_manager.regEnumValue(key.get(), index, name, &size, nullptr, &type, nullptr, &dataSize);
-    return result != 0 ? std::to_string(result)
-                       : name + ":"s + std::to_string(type) + ":" + std::to_string(dataSize);
-  }
 };
 
 TEST_F(FileManager, RefusesNullsAndWhatIsNoHandle) {
@@ -196,10 +183,6 @@ TEST_F(FileManager, ListsInTheOrderOfArrival) {
   EXPECT_EQ(keyAt("R\\K", 0, 5), "hello...:5");
   EXPECT_EQ(keyAt("R\\K", 0, 0), "........:5");
   EXPECT_EQ(keyAt("R", 0, 8), "-1") << "a key right below a root lists nothing";
-  EXPECT_EQ(valueAt("R\\K", 2), "s:1:4") << "a look-up by name finds the first";
-  EXPECT_EQ(valueAt("R\\K", 3), "l:7:7") << "the size of the quoted text";
-  EXPECT_EQ(valueAt("No\\Such", 0), "-1");
-  EXPECT_EQ(showRoot().find("No"), std::string::npos) << "listing adds nothing";
   QSFileKeyHandle key{kRoot, "R\\K"};
   std::vector<std::string> names;
   EXPECT_TRUE(LTLib::detail::cfgListSections(key, names));

@@ -12,7 +12,6 @@
 
 namespace {
 
-namespace Platform = LTLib::Platform;
 using namespace LTLib::Testing;
 using LTLib::checkStoreFile;
 using LTLib::StoreReport;
@@ -78,16 +77,6 @@ TEST_F(StoreCheck, KeepsSoManyWarningsAndTellsKeysInOrder) {
   EXPECT_EQ(report.topKeys[0].subKeys, (std::vector<std::string>{"X", "Y"}));
   EXPECT_EQ(report.warnings.size() + 1, report.warningCount);
   EXPECT_EQ(report.warnings.front().line, 70005u);
-}
-
-TEST_F(StoreCheck, ReportsWhatTheSystemRefuses) {
-  EXPECT_EQ(shown(checkStoreFile(m_folder.path("absent/store.cfg"))), "lock0 ");
-  EXPECT_EQ(shown(check("")), "");
-  Platform::fileCalls().read = [](Platform::File&, char*, std::size_t, std::size_t*) {
-    return Platform::FileResult::kFailed;
-  };
-  EXPECT_EQ(shown(checkStoreFile(store())), "readerror0 ");
-  EXPECT_TRUE(locksAreFree());
 }
 
 TEST_F(StoreCheck, GuardKeepsOthersOutAndItsOwnThreadIn) {
