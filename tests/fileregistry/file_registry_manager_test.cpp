@@ -113,7 +113,6 @@ TEST_F(FileManager, HoldsValuesAsTheirTypesTell) {
       {"", REG_MULTI_SZ, "a\0b\0\0"s, "4|\"a\",\\|n\"b\"", "a\0b"s},
       {"", REG_MULTI_SZ, "", "4|\"\"", ""},
       {"", REG_MULTI_SZ, "a\0\0b\0\0"s, "4|\"a\",\\|n\"\",\\|n\"b\"", "a\0\0b"s},
-      {"", REG_MULTI_SZ, "a\"b\0\0"s, "4|\"a\"b\"", "ab"},
       {"", REG_MULTI_SZ, "a\0b"s, "4|\"a\",\\|n\"\"", "a\0"s},
       // A value keeps its type.
       {"[A\\B]\n\"N\"=ulong:1\n", REG_SZ, "12 apples\0"s, "0|12 apples", "\x0C\0\0\0"s},

@@ -147,7 +147,6 @@ TEST_F(StoreMemory, MayRunOutInEachOperation) {
       {whole, [] { OpenKey("A\\B").set("a new value", std::string(50, 'x')); }},
       {whole, [] { OpenKey("A\\B").set("list", std::string("a\0b\0\0", 5), REG_MULTI_SZ); }},
       {whole, [] { OpenKey("A\\New\\Deep\\Way").setNumber("n", 3); }},
-      {whole, [] { OpenKey("[more]").set("n", "x"); }},
       {whole, [] { OpenKey("A\\B").remove("value3"); }},
       {whole, [this] { m_manager.regDeleteKey(kRoot, "A\\B\\Key3"); }},
       {whole, [this] { (void)save(); }},

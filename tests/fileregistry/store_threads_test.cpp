@@ -34,7 +34,6 @@ TEST_F(StoreThreads, EightThreadsDoEverythingOnOneRoot) {
       OpenKey shared("Shared\\Key");
       shared.setNumber(std::to_string(round % 7).c_str(), 1);
       (void)shared.remove(std::to_string((round + 3) % 7).c_str());
-      (void)shared.text("3");
       (void)m_manager.regCreateKey(kRoot, "Shared\\Key\\Sub", nullptr);
       (void)m_manager.regDeleteKey(kRoot, "Shared\\Key\\Sub");
       EXPECT_EQ(round % 50 == number ? save() : 0, 0);
@@ -56,12 +55,12 @@ TEST_F(StoreThreads, TheIdentityIsMadeUnderTheLockOfTheMachine) {
   EXPECT_TRUE(m_folder.names().empty() && locksAreFree());
 }
 
-// The one value in the store, of one character that is told.
+// The one value in the store, which repeats one character.
 std::string textOf(char character) {
   return std::string(8000, character);
 }
 
-bool setAll(char character) {
+bool setText(char character) {
   return OpenKey("A\\B").set("n", textOf(character)) == 0;
 }
 
@@ -94,7 +93,7 @@ const Scenario s_saver("saver", [](const std::vector<std::string>& arguments) {
   for (int left = 500; left > 0 && spared >= 0;) {
     forgetStores();
     try {
-      const bool saved = setAll(static_cast<char>('a' + random() % 26)) &&
+      const bool saved = setText(static_cast<char>('a' + random() % 26)) &&
                          manager.saveConfiguration(kMachine) == 0;
       --(saved ? left : spared);
     } catch (const QSException&) {
@@ -110,7 +109,7 @@ const Scenario s_saver("saver", [](const std::vector<std::string>& arguments) {
 
 TEST_F(StoreThreads, EightProcessesOfWhichSomeAreKilled) {
   m_folder.write("qsconfig.dat", m_folder.name() + "_torture");
-  ASSERT_TRUE(setAll('0') && save() == 0);
+  ASSERT_TRUE(setText('0') && save() == 0);
   const auto start = [this](int count) {
     std::vector<std::unique_ptr<ChildProcess>> children;
     for (int i = 0; i < count; ++i) {
