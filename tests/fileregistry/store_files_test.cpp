@@ -7,7 +7,6 @@
 #include <string>
 
 #include "ltlib/fileregistry/store/store_lock.h"
-#include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/uid.h"
 #include "tests/support/store_fixture.h"
 #include "tests/support/system.h"
