@@ -1,10 +1,8 @@
 // The named mutex among forked processes and signals, and the files behind it.
 #include <fcntl.h>
 #include <pthread.h>
-#include <sched.h>
 #include <signal.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -13,7 +11,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 
 #include "ltlib/platform/linux/lock_file.h"
 #include "tests/foundation/named_mutex_fixture.h"
@@ -50,12 +47,10 @@ std::string obstacle(const MutexName& name) {
 // Every name is a mutex of its own, which processes share and which is told in full.
 TEST(NamedMutexNames, AnyTextIsAName) {
   const MutexName base;
-  const std::string big(300, 'x');
-  std::vector<std::string> texts = {"", "/" + base.text(), "../" + base.text(),
-                                    std::string(10000, '/') + base.text()};
-  for (const char* end : {"", "/", "\n", "\\", "\xff", "A", "a", " "}) {
+  const std::string big = base.text() + std::string(10000, '/');
+  std::vector<std::string> texts = {"", "../" + base.text(), big, big + 'A', big + 'a'};
+  for (const char* end : {"", "/", "\n", "\xff", "A", "a"}) {
     texts.push_back(base.text() + end);
-    texts.push_back(base.text() + end + big);
   }
   for (const std::string& held : texts) {
     NamedMutex mutex(held.c_str());
@@ -145,21 +140,16 @@ TEST_F(NamedMutexTest, SignalsInterruptNoWait) {
 // What a hostile user can put in the way of a name, under an object in use and on opening.
 TEST(NamedMutexFiles, NothingPlantedIsFollowedOrWaitedFor) {
   struct Case {
-    const char* label;
     void (*plant)(Text path, Text victim);
     int error;
   };
   const Case cases[] = {
-      {"link to a file", [](Text path, Text victim) { fs::create_symlink(victim, path); }, ELOOP},
-      {"link to nothing", [](Text path, Text victim) { fs::create_symlink(victim + "-", path); },
-       ELOOP},
-      {"second name", [](Text path, Text victim) { fs::create_hard_link(victim, path); }, EPERM},
-      {"folder", [](Text path, Text) { fs::create_directory(path); }, EISDIR},
-      {"pipe", [](Text path, Text) { ::mkfifo(path.c_str(), 0666); }, EPERM},
-      {"socket", [](Text path, Text) { ::mknod(path.c_str(), S_IFSOCK, 0); }, ENXIO},
+      {[](Text path, Text victim) { fs::create_symlink(victim + "-", path); }, ELOOP},
+      {[](Text path, Text victim) { fs::create_hard_link(victim, path); }, EPERM},
+      {[](Text path, Text) { ::mkfifo(path.c_str(), 0666); }, EPERM},
+      {[](Text path, Text) { fs::create_directory(path); }, EISDIR},
   };
   for (const Case& row : cases) {
-    SCOPED_TRACE(row.label);
     const MutexName used;
     const MutexName fresh;
     const MutexName beside;  // in the same file system, for a second name
@@ -183,15 +173,13 @@ TEST(NamedMutexFiles, NothingPlantedIsFollowedOrWaitedFor) {
 
 // An odd length is the mark of an owner, and what is told once is over, whatever the length was.
 TEST(NamedMutexFiles, AFileLeftOverNeverBlocks) {
-  for (const std::size_t length : {0u, 1u, 2u, 3u, 26u, 99u}) {
+  for (const std::size_t length : {0u, 1u, 2u, 99u}) {
     SCOPED_TRACE(length);
     const MutexName name;
     std::ofstream(lockFilePath(name.text())) << std::string(length, 'x');
     NamedMutex mutex(name.c_str());
     EXPECT_EQ(passFailure(mutex), length % 2 == 0 ? "" : abandoned(name.text()));
-    for (int rounds = 0; rounds < 3; ++rounds) {
-      EXPECT_EQ(passFailure(mutex), "");
-    }
+    EXPECT_EQ(passFailure(mutex), "");
     EXPECT_TRUE(holdsInForked([&] { return lockFailure(mutex).empty(); }));
     EXPECT_EQ(passFailure(mutex), abandoned(name.text()));
   }
@@ -210,18 +198,16 @@ int descriptorOf(const std::string& name) {
 
 // A program closes what it does not know, and a file of its own, locked for others to read along,
 // gets the number.
-TEST(NamedMutexFiles, ADescriptorThatBecameSomebodyElsesIsLeftAlone) {
-  for (const bool held : {false, true}) {
-    SCOPED_TRACE(held);
-    const TempFolder folder;
-    const std::string path = folder.write("file", "valuable");
-    const MutexName name;
-    auto mutex = std::make_unique<NamedMutex>(name.c_str());
-    EXPECT_EQ(held ? lockFailure(*mutex) : "", "");
-    const int number = descriptorOf(name.text());
+TEST_F(NamedMutexTest, ADescriptorThatBecameSomebodyElsesIsLeftAlone) {
+  const TempFolder folder;
+  const std::string path = folder.write("file", "valuable");
+  for (const bool held : {true, false}) {
+    EXPECT_EQ(held ? lockFailure(m_mutex) : "", "");
+    const int number = descriptorOf(m_name.text());
     ASSERT_GE(number, 3);
-    ::close(number);
-    ASSERT_EQ(::open(path.c_str(), O_RDWR), number);
+    const int other = ::open(path.c_str(), O_RDWR);
+    ASSERT_EQ(::dup2(other, number), number);
+    ::close(other);
     ASSERT_EQ(::flock(number, LOCK_SH), 0);
     const auto isUntouched = [&] {
       const int second = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
@@ -230,53 +216,32 @@ TEST(NamedMutexFiles, ADescriptorThatBecameSomebodyElsesIsLeftAlone) {
              readFile(path) == "valuable";
     };
     EXPECT_TRUE(holdsInForked(isUntouched));
-    EXPECT_EQ(held ? "" : passFailure(*mutex), "");
-    mutex->unlock();
+    m_mutex.unlock();
     EXPECT_TRUE(isUntouched());
     // Who lost its file under a lock never gave that lock up.
-    EXPECT_EQ(passFailure(*mutex), held ? abandoned(name.text()) : "");
-    mutex.reset();
+    EXPECT_EQ(passFailure(m_mutex), held ? abandoned(m_name.text()) : "");
     EXPECT_TRUE(isUntouched());
     ::close(number);
   }
 }
 
-TEST(NamedMutexFiles, NeverTakeTheNumbersOfTheStandardStreams) {
-  const MutexName name;
+// With a limit of 0 no file may grow: a try ends the process. A daemon may have closed its standard
+// streams, too, and writes to them all the same.
+TEST_F(NamedMutexTest, ServesWhereNoFileMayGrowAndNoStreamIsOpen) {
+  EXPECT_EQ(passFailure(m_mutex), "");
   EXPECT_TRUE(holdsInForked([&] {
+    const rlimit none{0, 0};
+    const MutexName fresh;
+    const bool limited = ::setrlimit(RLIMIT_FSIZE, &none) == 0;
     for (const int standard : {0, 1, 2}) {
       ::close(standard);
     }
-    NamedMutex mutex(name.c_str());
-    mutex.lock();
-    const bool nothingThere = ::write(1, "told", 4) < 0 && ::write(2, "told", 4) < 0;
-    mutex.unlock();
-    return nothingThere && passFailure(mutex).empty();
+    NamedMutex made(fresh.c_str());
+    const bool passed = (passFailure(made) + passFailure(m_mutex) + lockFailure(m_mutex)).empty();
+    return limited && passed && ::write(1, "told", 4) < 0 && errno == EBADF;
   }));
-}
-
-// With a limit of 0 no file may grow: a try ends the process.
-TEST(NamedMutexFiles, NeedNotGrow) {
-  for (const bool orderly : {true, false}) {
-    SCOPED_TRACE(orderly);
-    const MutexName name;
-    NamedMutex mutex(name.c_str());
-    EXPECT_EQ(passFailure(mutex), "");
-    EXPECT_TRUE(holdsInForked([&] {
-      const rlimit none{0, 0};
-      const MutexName fresh;
-      const bool limited = ::setrlimit(RLIMIT_FSIZE, &none) == 0;
-      NamedMutex made(fresh.c_str());
-      const bool other = ::geteuid() != 0 || ::setuid(65534) == 0;
-      const bool passed = (passFailure(made) + passFailure(mutex) + lockFailure(mutex)).empty();
-      if (orderly) {
-        mutex.unlock();
-      }
-      return limited && other && passed;
-    }));
-    EXPECT_EQ(passFailure(mutex), orderly ? "" : abandoned(name.text()));
-    EXPECT_EQ(passFailure(mutex), "");
-  }
+  EXPECT_EQ(passFailure(m_mutex), abandoned(m_name.text()));
+  EXPECT_EQ(passFailure(m_mutex), "");
 }
 
 TEST(NamedMutexFiles, UsersShareAMutexWhoeverMadeIt) {
@@ -317,33 +282,6 @@ TEST_F(NamedMutexTest, ARemovedFileIsMadeAnewAndWaitersMoveOnToIt) {
   EXPECT_EQ(passFailure(m_mutex), abandoned(m_name.text()));
   forgetMutex(m_name.text());
   EXPECT_EQ(passFailure(m_mutex), "");
-}
-
-// Gives this process a view of the file system of its own, with an empty folder at `path`.
-bool hideFolder(const char* path) {
-  return ::unshare(CLONE_NEWNS) == 0 &&
-         ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-         ::mount("none", path, "tmpfs", 0, nullptr) == 0;
-}
-
-// Without /dev/shm the locks lie in /tmp; without /proc a file is made under its name at once.
-TEST(NamedMutexFiles, NeedNeitherMemoryFolderNorProc) {
-  const std::pair<const char*, const char*> cases[] = {{"/dev", "/tmp/ltlib-"},
-                                                       {"/proc", "/dev/shm/ltlib-"}};
-  for (const auto& [hidden, folder] : cases) {
-    if (!holdsInForked([hidden = hidden] { return hideFolder(hidden); })) {
-      GTEST_SKIP() << "needs the right to mount";
-    }
-    EXPECT_TRUE(holdsInForked([hidden = hidden, folder = folder] {
-      hideFolder(hidden);
-      ::umask(077);
-      const MutexName name;
-      NamedMutex mutex(name.c_str());
-      const std::string path = lockFilePath(name.text());
-      return path.rfind(folder, 0) == 0 && lockFailure(mutex).empty() && isHeld(name.text()) &&
-             fs::status(path).permissions() == fs::perms(0666);
-    })) << hidden;
-  }
 }
 
 }  // namespace
