@@ -12,7 +12,7 @@ namespace {
 std::uint32_t s_countAtEnd = 0;
 
 struct Component : iqsCUnknown {
-  explicit Component(iqsUnknown* outer = nullptr) : iqsCUnknown(outer) { s_countAtEnd = 0; }
+  Component() : iqsCUnknown(nullptr) { s_countAtEnd = 0; }
   ~Component() override { s_countAtEnd = m_refCount; }
 
   bool FinalRelease() override {
@@ -22,24 +22,21 @@ struct Component : iqsCUnknown {
 
   std::uint32_t count() const { return m_refCount; }
   iqsUnknown* face() { return &m_innerUnknown; }
-  iqsUnknown* outer() const { return m_outerUnknown; }
 
   std::uint32_t refusal = 0;  // the count with which the object outlives its last release
 };
 
 TEST(IqsCUnknown, BothFacesGiveTheSameAnswers) {
-  const std::string copy = "IQS_UNKNOWN";
-  for (const char* id : {copy.c_str(), "iqs_unknown", static_cast<const char*>(nullptr)}) {
-    const bool known = id == copy.c_str();
+  for (const bool known : {true, false}) {
+    const std::string id = known ? "IQS_UNKNOWN" : "iqs_unknown";
     const QSResult result = known ? 0 : LTLib::kNotAvailable;
     Component object;
     void* inner = &object;
     void* outer = &object;
-    EXPECT_EQ(object.InnerQueryInterface(id, &inner), result);
-    EXPECT_EQ(object.face()->QueryInterface(id, &outer), result);
+    EXPECT_EQ(object.InnerQueryInterface(id.c_str(), &inner), result);
+    EXPECT_EQ(object.face()->QueryInterface(id.c_str(), &outer), result);
     EXPECT_EQ(inner, known ? object.face() : nullptr);
     EXPECT_EQ(outer, inner);
-    EXPECT_EQ(object.InnerQueryInterface(id, nullptr), known ? LTLib::kNullArgument : result);
     EXPECT_EQ(object.count(), known ? 3u : 1u);
   }
 }
@@ -47,9 +44,6 @@ TEST(IqsCUnknown, BothFacesGiveTheSameAnswers) {
 TEST(IqsCUnknown, DiesWithItsLastReferenceUnlessItRefuses) {
   auto* const object = new Component;
   iqsUnknown* const face = object->face();
-  EXPECT_EQ(object->outer(), face);
-  EXPECT_EQ(Component(face).outer(), face);
-  s_countAtEnd = 0;
   EXPECT_EQ(face->AddRef(), 2u);
   EXPECT_EQ(object->InnerRelease(), 1u);
   object->refusal = 1;
@@ -71,20 +65,18 @@ TEST(IqsPtr, CountsCopiesAndEndsWithTheLast) {
   auto* const object = new Derived;
   iqs_ptr<Derived> derived(object);
   iqs_ptr<Shared> first(derived);
-  iqs_ptr<Shared> second(iqs_ptr<Derived>{});
+  iqs_ptr<Shared> second;
   second = first;
-  iqs_const_ptr<Shared> reading(derived);
+  iqs_const_ptr<Shared> reading(first);
   iqs_ptr<Shared> moved(std::move(second));
   EXPECT_EQ(object->m_refCount, 4);
   EXPECT_TRUE(moved == first);
+  first.Release();
   derived.Release();
-  moved.Release();
-  EXPECT_FALSE(moved);
-  moved.swap(first);
-  moved.Release();
-  EXPECT_EQ(reading->m_refCount, 1);
-  EXPECT_EQ(s_countAtEnd, 0u);
   iqs_const_ptr<Shared>().swap(reading);
+  EXPECT_EQ(object->m_refCount, 1);
+  EXPECT_EQ(s_countAtEnd, 0u);
+  moved.Release();
   EXPECT_EQ(s_countAtEnd, 1u);
 }
 

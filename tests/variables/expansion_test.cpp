@@ -50,24 +50,15 @@ Table tableOf(std::string_view rows) {
 
 TEST(Expansion, ReplacesLeftmostFirst) {
   const Table table = tableOf(
-      "P=5%;x=!;=empty;A=A;B=A;Deep=<%D1%>;D1=(%D2%);D2=.;Open=%De;Pair=%x%%x%;Self=%Self%;"
-      "Even=%Odd%;Odd=-%Even%;Across=%Acr;Mark=%;Twice=%Mark%x%Mark%;Parts=%Mark%Parts%Mark%;"
-      "Detour=%Pair%%Detour%;");
+      "x=!;=empty;A=A;Deep=<%D1%>;D1=(%D2%);D2=.;Open=%De;Pair=%x%%x%;Even=%Odd%;Odd=-%Even%;"
+      "Mark=%;Parts=%Mark%Parts%Mark%;Detour=%Pair%%Detour%;");
   const std::tuple<const char*, bool, const char*> cases[] = {
-      {"", true, ""},
       {"%", false, "%"},
-      {"%X%", false, "%X%"},
       {"%%", true, "empty"},
       {"%A%", false, "%A%"},
-      {"%B%", true, "A"},
-      {"a%Deep%b%Deep%c", true, "a<(.)>b<(.)>c"},
-      {"%P%%x%", false, "5emptyx%"},
       {"%Open%ep%%Deep%", true, "<(.)><(.)>"},
       {"%x%%Missing%%x%", false, "!%Missing%%x%"},
-      {"%Twice%", false, "!Mark%"},
-      {"%Across%oss%", false, "%Acr"},
       // What leads back to itself is refused at once.
-      {"%x%%Self%%x%", false, "!%Self%%x%"},
       {"%Even%", false, "-%Even%"},
       {"%Parts%", false, "%Parts%Mark%"},
       {"%Detour%", false, "!!%Detour%"},
@@ -181,13 +172,10 @@ TEST(Expansion, StopsAtItsLimits) {
   const std::tuple<const char*, LTLib::detail::ExpansionLimits, bool, bool, const char*> cases[] = {
       {"%E%", size, true, true, "ten bytes.ten bytes."},
       {"%Q%%Q%x", size, true, false, "ten bytes.%Q%x"},
-      {"%E%%N%", size, true, false, "ten bytes.%Q%%N%"},
       {"longer than twenty bytes%N%", size, true, true, "longer than twenty bytes"},
       {"longer than twenty bytes%Q%", size, true, false, "longer than twenty bytes%Q%"},
       {"%x%%x%%x%%x%", replacements, true, true, "yyyy"},
       {"%x%%x%%x%%x%%x%", replacements, true, false, "yyyy%x%"},
-      {"%x%%Two%", replacements, false, true, "yyy"},
-      {"%Two%%x%%x%", replacements, false, false, "yyy%x%"},
       {"%Two%%Two%", replacements, true, true, "yyyy"},
       {"%Two%%Two%", replacements, false, false, "yy%x%%x%"},
       {"%64%", replacements, false, false, "%60%%60%%61%%62%%63%"},
