@@ -32,6 +32,15 @@ inline std::string stateOf(const char* id) {
                        (report->hasFactory ? " factory" : " -");
 }
 
+/// Loads, creates, releases and unloads an object of the plain form; null when there was none.
+inline void* usePlain(const char* id) {
+  iqsDllLoader::FactoryDll* const record = iqsDllLoader::Load(id, nullptr);
+  void* const instance = iqsDllLoader::CreateInstance(record);
+  iqsDllLoader::ReleaseInstance(record, instance);
+  iqsDllLoader::Unload(record);
+  return instance;
+}
+
 class ComponentTest : public testing::Test {
  protected:
   ComponentTest() {

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <functional>
 #include <thread>
 
 #include "tests/component/component_fixture.h"
@@ -15,18 +14,14 @@
 namespace LTLib::Testing {
 namespace {
 
-using FactoryDll = iqsDllLoader::FactoryDll;
-
 bool s_isChild = false;
 
-// A child that hangs is ended by a signal, and so is a parent that does.
-constexpr unsigned int kSeconds = 60;
-
+// A child that hangs is ended by a signal.
 template <class Predicate>
 bool holdsInChild(Predicate predicate) {
   return holdsInForked([&] {
     s_isChild = true;
-    ::alarm(kSeconds);
+    ::alarm(60);
     return predicate();
   });
 }
@@ -52,11 +47,7 @@ bool definesAndExpands() {
 }
 
 bool loadsAndCreates() {
-  FactoryDll* const record = iqsDllLoader::Load("Pair.Plain", nullptr);
-  void* const instance = iqsDllLoader::CreateInstance(record);
-  iqsDllLoader::ReleaseInstance(record, instance);
-  iqsDllLoader::Unload(record);
-  return instance != nullptr;
+  return usePlain("Pair.Plain") != nullptr;
 }
 
 ltDoOnce_t s_records[5000];
@@ -83,7 +74,8 @@ bool doesEverything() {
 }
 
 // Runs `main` while other threads do `work` over and over.
-void whileOthers(bool (*work)(), const std::function<void()>& main) {
+template <class Main>
+void whileOthers(bool (*work)(), const Main& main) {
   std::atomic<bool> stop{false};
   runTogether(3, [&](int thread) {
     if (thread == 0) {
@@ -96,30 +88,18 @@ void whileOthers(bool (*work)(), const std::function<void()>& main) {
   });
 }
 
-class ForkTest : public ComponentTest {
- protected:
-  ForkTest() { ::alarm(5 * kSeconds); }
-  ~ForkTest() override { ::alarm(0); }
-};
+using ForkTest = ComponentTest;
 
 TEST_F(ForkTest, TheChildFindsEverythingWholeAndFree) {
-  struct Row {
-    const char* label;
-    int forks;
-    bool (*others)();
-    bool (*child)();
+  const std::pair<bool (*)(), bool (*)()> othersAndChild[] = {
+      {readsAndWrites, doesEverything},    {saves, saves},
+      {definesAndExpands, doesEverything}, {loadsAndCreates, doesEverything},
+      {initialises, initialisesAll},
   };
-  const Row rows[] = {
-      {"reads", 60, readsAndWrites, doesEverything},
-      {"saves", 15, saves, saves},
-      {"expansion", 60, definesAndExpands, doesEverything},
-      {"loader", 60, loadsAndCreates, doesEverything},
-      {"initialisation", 60, initialises, initialisesAll},
-  };
-  for (const Row& row : rows) {
-    whileOthers(row.others, [&row] {
-      for (int forks = 0; forks < row.forks; ++forks) {
-        ASSERT_TRUE(holdsInChild(row.child)) << row.label << " in fork " << forks;
+  for (const auto& [others, child] : othersAndChild) {
+    whileOthers(others, [child = child] {
+      for (int forks = 0; forks < 40; ++forks) {
+        ASSERT_TRUE(holdsInChild(child)) << "in fork " << forks;
       }
     });
   }
@@ -130,28 +110,24 @@ TEST_F(ForkTest, TheChildFindsEverythingWholeAndFree) {
 TEST_F(ForkTest, AThreadMayForkUnderTheLibrarysLocks) {
   static int s_good = 0;
   static const auto fork = [] { s_good += holdsInChild(doesEverything) ? 1 : 0; };
-  static const auto forkInFactory = []() -> void* {
+  const auto forkInFactory = []() -> void* {
     fork();
-    return &s_good;
+    return nullptr;
   };
   struct ForkingResolver : QSVariableResolver {
     QSResult Resolve(const std::string& name, const std::string&, std::string&) override {
-      if (name == "CLASSID" && !std::exchange(m_done, true)) {
+      if (name == "CLASSID") {
         fork();
       }
       return kFailure;
     }
-    bool m_done = false;
   };
-  s_good = 0;
   enterClass("Forking", libraryPath("quiet"));
   const iqsDllLoader::Registrar forking("Forking", forkInFactory, nullptr);
   const auto once = std::make_unique<ltDoOnce_t[]>(10);
   whileOthers(doesEverything, [&once] {
     for (int round = 0; round < 10; ++round) {
-      FactoryDll* const record = iqsDllLoader::Load("Forking", nullptr);
-      EXPECT_NE(iqsDllLoader::CreateInstance(record), nullptr);
-      iqsDllLoader::Unload(record);
+      iqsDllLoader::CreateInstance(iqsDllLoader::Load("Forking", nullptr));
 
       ForkingResolver resolver;
       QSConfigVariableManager::GetInstance()->AddResolver(&resolver);
@@ -166,23 +142,6 @@ TEST_F(ForkTest, AThreadMayForkUnderTheLibrarysLocks) {
   });
   EXPECT_EQ(s_good, 40);
 }
-
-// Where a thread of the parent stands still while its process forks.
-class Halt {
- public:
-  void pass() {
-    if (!s_isChild) {
-      m_reached.count_down();
-      m_over.wait();
-    }
-  }
-  void waitUntilReached() { m_reached.wait(); }
-  void end() { m_over.count_down(); }
-
- private:
-  Latch m_reached{1};
-  Latch m_over{1};
-};
 
 // Holds a named mutex until it is told to give it up.
 const Scenario s_owner("owner", [](const std::vector<std::string>& arguments) {
@@ -205,24 +164,27 @@ TEST_F(ForkTest, WaitsForNoOtherProcess) {
     CQSRegValue value(REG_ROOT_USERS, "Key", "name");
     EXPECT_EQ(value.Write("text"), 0);
   });
-  bool good = true;
-  for (int forks = 0; good && forks < 100; ++forks) {
-    good = holdsInChild(doesEverything);
+  for (int forks = 0; forks < 100; ++forks) {
+    EXPECT_TRUE(holdsInChild(doesEverything));
   }
-  EXPECT_TRUE(good);
   owner.tell("unlock");
   reader.join();
 }
 
 TEST_F(ForkTest, WaitsForNoForeignCode) {
-  static Halt s_inFactory;
+  static Latch s_reached(1);
+  static Latch s_over(1);
   enterClass("Waiting", libraryPath("quiet"));
-  const iqsDllLoader::Registrar waiting(
-      "Waiting", []() -> void* { return s_inFactory.pass(), nullptr; }, nullptr);
+  const auto wait = []() -> void* {
+    s_reached.count_down();
+    s_over.wait();
+    return nullptr;
+  };
+  const iqsDllLoader::Registrar waiting("Waiting", wait, nullptr);
   std::thread creator([] { iqsDllLoader::CreateInstance(iqsDllLoader::Load("Waiting", nullptr)); });
-  s_inFactory.waitUntilReached();
+  s_reached.wait();
   EXPECT_TRUE(holdsInChild(doesEverything));
-  s_inFactory.end();
+  s_over.count_down();
   creator.join();
 }
 
@@ -237,39 +199,6 @@ TEST_F(ForkTest, TheChildsIdentifiersAreRandomAnew) {
   static_cast<void>(generate());
   EXPECT_TRUE(holdsInChild([&] { return !heard.write("child", generate()).empty(); }));
   EXPECT_NE(readFile(heard.path("child")), generate());
-}
-
-// The first expansion of the process is on its way when it forks.
-const Scenario s_firstUse("first use", [](const std::vector<std::string>&) {
-  static Halt s_inLoad;
-  struct HaltingResolver : QSVariableResolver {
-    QSResult Resolve(const std::string&, const std::string&, std::string&) override {
-      s_inLoad.pass();
-      return kFailure;
-    }
-  };
-  HaltingResolver resolver;
-  QSConfigVariableManager::GetInstance()->AddResolver(&resolver);
-  std::string text;
-  std::thread loader([&text] { QSExpandString(text); });
-  s_inLoad.waitUntilReached();
-  const bool loaded = holdsInChild([&text] {
-    text = "%Public%";
-    return QSExpandString(text) == 0 && text == "value";
-  });
-  s_inLoad.end();
-  loader.join();
-  return loaded ? 0 : 1;
-});
-
-TEST_F(ForkTest, TheChildLoadsPublicVariablesThatItsParentWasLoading) {
-  const TempFolder own;
-  const ScopedEnvironment store(
-      "HKEY_LOCAL_MACHINE",
-      own.write("HKLM.cfg",
-                "[Software\\Tarn Quillmere\\Suite RZ 7.0\\default\\Shared\\PublicVars]\n"
-                "\"Public\"=string:\"value\"\n"));
-  EXPECT_EQ(ChildProcess("first use", {}).wait(), 0);
 }
 
 }  // namespace

@@ -9,16 +9,7 @@ using FactoryDll = iqsDllLoader::FactoryDll;
 
 constexpr int kRounds = 400;
 
-// Loads, creates, releases and unloads an object of the plain form; null when there was none.
-void* usePlain(const char* id) {
-  FactoryDll* const record = iqsDllLoader::Load(id, nullptr);
-  void* const instance = iqsDllLoader::CreateInstance(record);
-  iqsDllLoader::ReleaseInstance(record, instance);
-  iqsDllLoader::Unload(record);
-  return instance;
-}
-
-// Of the other form, and leaves the load behind.
+// Creates an object of the other form, and leaves the load behind.
 bool createUnknown() {
   void* out = nullptr;
   return iqs_CoCreateInstance(nullptr, "Pair.Unknown", &out) == 0 &&

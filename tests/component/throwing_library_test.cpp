@@ -26,9 +26,8 @@ const Scenario s_loader("throwing library", [](const std::vector<std::string>& l
   enterClass("Throws.Late", libraries[0]);
   enterClass("Throws.Early", libraries[0]);
   enterClass("Quiet", libraries[1]);
-  for (const char* id : {"Throws.Late", "Throws.Late", "Throws.Early"}) {
-    tellParent(endOfLoad(id));
-  }
+  tellParent(endOfLoad("Throws.Late"));
+  tellParent(endOfLoad("Throws.Early"));
   std::thread([] { tellParent(endOfLoad("Quiet")); }).join();
   tellParent(endOfLoad("Quiet"));
   std::thread([quiet = iqsDllLoader::Load("Quiet", nullptr)] {
@@ -53,7 +52,6 @@ TEST_F(ThrowingLibraryTest, StaysFailedAndKeepsNobodyWaiting) {
     const bool locked = kLeave && library == "throws_unguarded";
     ChildProcess child("throwing library", {libraryPath(library), libraryPath("quiet")});
     EXPECT_EQ(child.hear(), kLeave ? "throws: from a static object" : failed);
-    EXPECT_EQ(child.hear(), failed);
     EXPECT_EQ(child.hear(), failed);
     EXPECT_EQ(child.hear(), locked ? "fails: the system's loader is locked for all threads but one "
                                      "since an exception left it"

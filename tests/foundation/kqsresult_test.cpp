@@ -41,10 +41,7 @@ TEST(QSResultCodec, PacksFieldsAsTheyComeAndTakesMarkedCodesApart) {
               resultFromBits(row.bits));
     EXPECT_EQ(decoded(resultFromBits(row.bits), 0), row.read) << row.bits;
   }
-  const QSResultCodec unmarked(kFailure);
   EXPECT_EQ(decoded(kFailure, kFailure), (Fields{77, 77, 77, 77}));
-  EXPECT_EQ((Fields{unmarked.Error(), unmarked.Project(), unmarked.Module(), unmarked.Code()}),
-            (Fields{1, 8, 0, 5}));
 }
 
 // What each form of construction leaves as message and writes to the tracer.
