@@ -59,12 +59,11 @@ TEST_F(DllLoaderTest, ALibraryStaysWhileAnotherClassHoldsIt) {
 }
 
 TEST_F(DllLoaderTest, NullArgumentsDoNothingAndATextIsReplacedWithoutAnEntry) {
-  enterClass("No.Library", "");
+  enterClass("Broken.Kept", "");
   char first[] = "first";
   char* text = first;
   EXPECT_EQ(iqsDllLoader::Load(nullptr, &text), nullptr);
-  EXPECT_EQ(iqsDllLoader::Load("No.Library", &text), nullptr);
-  EXPECT_EQ(iqsDllLoader::Load("No.Entry", nullptr), nullptr);
+  EXPECT_EQ(iqsDllLoader::Load("Broken.Kept", &text), nullptr);
   EXPECT_EQ(text, first);
   EXPECT_EQ(iqsDllLoader::Load("No.Entry", &text), nullptr);
   ASSERT_NE(text, first);
