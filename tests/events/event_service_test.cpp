@@ -28,7 +28,7 @@ struct Topic final : iqsEventTopic {
 
 // Ends the subscriptions of its topic when it goes.
 struct Handler final : iqsEventHandler {
-  Handler(ltDispatcher& from, iqs_ptr<iqsEventTopic> of) : dispatcher(from), topic(of) {}
+  Handler(ltDispatcher& from, iqs_ptr<iqsEventTopic> of) : dispatcher(from), topic(std::move(of)) {}
   ~Handler() override {
     s_ends += 'h';
     dispatcher.Remove(topic, {}, {});

@@ -68,7 +68,7 @@ inline std::string abandoned(const std::string& name) {
 
 class NamedMutexTest : public testing::Test {
  protected:
-  const MutexName m_name;
+  const MutexName m_name{};
   NamedMutex m_mutex{m_name.c_str()};
 };
 

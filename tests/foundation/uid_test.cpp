@@ -81,11 +81,11 @@ TEST(Uid, ComparesBytesWithTheLowByteOfEachWordFirst) {
 // More than the counter's range in all, from threads that draw their engines at once.
 TEST(Uid, GeneratedValuesDiffer) {
   constexpr int kThreads = 4;
-  constexpr int kEach = 20000;
-  std::vector<std::string> drawn(std::size_t{kThreads} * kEach);
+  constexpr std::size_t kEach = 20000;
+  std::vector<std::string> drawn(kThreads * kEach);
   runTogether(kThreads, [&drawn](int thread) {
-    for (int i = 0; i < kEach; ++i) {
-      drawn[static_cast<std::size_t>(thread * kEach + i)] = textOf(UID::Generate());
+    for (std::size_t i = 0; i < kEach; ++i) {
+      drawn[static_cast<std::size_t>(thread) * kEach + i] = textOf(UID::Generate());
     }
   });
   EXPECT_EQ(std::set(drawn.begin(), drawn.end()).size(), drawn.size());
