@@ -1,4 +1,6 @@
 // Each way in which a creation can end: result, text, trace and references.
+#include <stdexcept>
+
 #include "tests/component/component_fixture.h"
 
 namespace LTLib::Testing {
@@ -34,7 +36,7 @@ class CreateInstanceTest : public ComponentTest {
     for (const char* id :
          {"Outcome.Positive", "Outcome.Refuses", "Outcome.None", "Outcome.StoresNothing",
           "Outcome.Plain", "Outcome.ThrowsOwn", "Outcome.ThrowsStandard", "Outcome.ThrowsNumber",
-          "Outcome.InitFails", "IQS_UNKNOWN"}) {
+          "Outcome.InitFails", "Outcome.InitThrows", "IQS_UNKNOWN"}) {
       enterClass(id, libraryPath("outcomes"));
     }
     enterClass("No.Library", "/nowhere");
@@ -103,9 +105,10 @@ TEST_F(CreateInstanceTest, AnOuterIsForTheRootClassAlone) {
   EXPECT_EQ(static_cast<iqsUnknown*>(made.out)->Release(), 0u);
 }
 
-TEST_F(CreateInstanceTest, WhatIsNoExceptionOfTheStandardPassesThrough) {
+TEST_F(CreateInstanceTest, WhatNobodyCatchesPassesThrough) {
   void* out = nullptr;
   EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.ThrowsNumber", &out), int);
+  EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.InitThrows", &out), std::runtime_error);
 }
 
 }  // namespace

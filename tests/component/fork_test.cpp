@@ -202,4 +202,41 @@ TEST_F(ForkTest, TheChildsIdentifiersAreRandomAnew) {
 }
 
 }  // namespace
+// The first expansion of the process is on its way when it forks.
+const Scenario s_firstUse("first use", [](const std::vector<std::string>&) {
+  static Latch s_reached(1);
+  static Latch s_over(1);
+  struct HaltingResolver : QSVariableResolver {
+    QSResult Resolve(const std::string&, const std::string&, std::string&) override {
+      if (!s_isChild) {
+        s_reached.count_down();
+        s_over.wait();
+      }
+      return kFailure;
+    }
+  };
+  HaltingResolver resolver;
+  QSConfigVariableManager::GetInstance()->AddResolver(&resolver);
+  std::string text;
+  std::thread loader([&text] { QSExpandString(text); });
+  s_reached.wait();
+  const bool loaded = holdsInChild([&text] {
+    text = "%Public%";
+    return QSExpandString(text) == 0 && text == "value";
+  });
+  s_over.count_down();
+  loader.join();
+  return loaded ? 0 : 1;
+});
+
+TEST_F(ForkTest, TheChildLoadsPublicVariablesThatItsParentWasLoading) {
+  const TempFolder own;
+  const ScopedEnvironment store(
+      "HKEY_LOCAL_MACHINE",
+      own.write("HKLM.cfg",
+                "[Software\\Tarn Quillmere\\Suite RZ 7.0\\default\\Shared\\PublicVars]\n"
+                "\"Public\"=string:\"value\"\n"));
+  EXPECT_EQ(ChildProcess("first use", {}).wait(), 0);
+}
+
 }  // namespace LTLib::Testing

@@ -1,8 +1,10 @@
 // The named mutex among forked processes and signals, and the files behind it.
 #include <fcntl.h>
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -285,4 +287,31 @@ TEST_F(NamedMutexTest, ARemovedFileIsMadeAnewAndWaitersMoveOnToIt) {
 }
 
 }  // namespace
+// Gives this process a view of the file system of its own, with an empty folder at `path`.
+bool hideFolder(const char* path) {
+  return ::unshare(CLONE_NEWNS) == 0 &&
+         ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         ::mount("none", path, "tmpfs", 0, nullptr) == 0;
+}
+
+// Without /dev/shm the locks lie in /tmp; without /proc a file is made under its name at once.
+TEST(NamedMutexFiles, NeedNeitherMemoryFolderNorProc) {
+  const std::pair<const char*, const char*> cases[] = {{"/dev", "/tmp/ltlib-"},
+                                                       {"/proc", "/dev/shm/ltlib-"}};
+  for (const auto& [hidden, folder] : cases) {
+    if (!holdsInForked([hidden = hidden] { return hideFolder(hidden); })) {
+      GTEST_SKIP() << "needs the right to mount";
+    }
+    EXPECT_TRUE(holdsInForked([hidden = hidden, folder = folder] {
+      hideFolder(hidden);
+      ::umask(077);
+      const MutexName name;
+      NamedMutex mutex(name.c_str());
+      const std::string path = lockFilePath(name.text());
+      return path.rfind(folder, 0) == 0 && lockFailure(mutex).empty() && isHeld(name.text()) &&
+             fs::status(path).permissions() == fs::perms(0666);
+    })) << hidden;
+  }
+}
+
 }  // namespace LTLib::Testing

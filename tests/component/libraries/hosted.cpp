@@ -12,8 +12,15 @@ bool keepsAValue() {
          std::strcmp(text, "text") == 0;
 }
 
+bool takesLocks() {
+  LTLib::Mutex mutex;
+  const LTLib::ScopedLock outer(mutex);
+  const LTLib::ScopedLock inner(mutex);
+  return true;
+}
+
 }  // namespace
 
 extern "C" [[gnu::visibility("default")]] bool useLibrary() {
-  return UID::Generate().Compare(UID::Generate()) != 0 && keepsAValue();
+  return UID::Generate().Compare(UID::Generate()) != 0 && takesLocks() && keepsAValue();
 }

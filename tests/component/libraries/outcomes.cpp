@@ -26,11 +26,23 @@ class Component : public iqsCUnknown {
   QSResult m_ready;
 };
 
+class ThrowingComponent : public Component {
+ public:
+  using Component::Component;
+
+  // The creation's reference is lost with the exception, so the object ends itself.
+  QSResult Init() override {
+    InnerRelease();
+    throw std::runtime_error("from Init");
+  }
+};
+
 QSResult create(iqsUnknown* outer, iqsCUnknown** out) {
   *out = new Component(outer);
   return LTLib::kSuccess;
 }
 
+const Registrar s_good("Outcome.Good", create);
 const Registrar s_root("IQS_UNKNOWN", create);
 const Registrar s_positive("Outcome.Positive", [](iqsUnknown* outer, iqsCUnknown** out) {
   *out = new Component(outer, 5);
@@ -52,6 +64,10 @@ const Registrar s_number("Outcome.ThrowsNumber",
                          [](iqsUnknown*, iqsCUnknown**) -> QSResult { throw 7; });
 const Registrar s_unready("Outcome.InitFails", [](iqsUnknown* outer, iqsCUnknown** out) {
   *out = new Component(outer, LTLib::kAlreadyPresent);
+  return LTLib::kSuccess;
+});
+const Registrar s_throwing("Outcome.InitThrows", [](iqsUnknown* outer, iqsCUnknown** out) {
+  *out = new ThrowingComponent(outer);
   return LTLib::kSuccess;
 });
 
