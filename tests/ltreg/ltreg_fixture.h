@@ -5,10 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <iomanip>
 #include <optional>
-#include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -27,14 +24,7 @@ class LtregTest : public testing::Test {
 
   /// Starts a program in the folder, whose file kStore the machine root then is. A word of the line
   /// with blanks stands in single quotes, and @ stands for the key of kOne.
-  [[nodiscard]] RunningProgram start(const std::string& line, const std::string& program) const {
-    std::istringstream rest(std::regex_replace(line, std::regex("@"), R"(HKLM\A\B)"));
-    std::vector<std::string> words;
-    for (std::string word; rest >> std::quoted(word, '\'', '\0');) {
-      words.push_back(word);
-    }
-    return {program, words, m_folder.path()};
-  }
+  [[nodiscard]] RunningProgram start(const std::string& line, const std::string& program) const;
   [[nodiscard]] ProgramResult run(const std::string& line) const {
     return start(line, m_program).wait();
   }
@@ -52,17 +42,10 @@ class LtregTest : public testing::Test {
     check(line, {exitCode, output, errors}, store, store);
   }
 
-  static void contains(const std::string& text, const std::vector<std::string>& parts) {
-    for (const std::string& part : parts) {
-      EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text.substr(0, 4000);
-    }
-  }
+  static void contains(const std::string& text, const std::vector<std::string>& parts);
 
   /// The store; none if it does not exist. And one that has this line in the place of kOne's.
-  [[nodiscard]] Store store() const {
-    const std::string path = m_folder.path(kStore);
-    return std::filesystem::exists(path) ? Store(readFile(path)) : std::nullopt;
-  }
+  [[nodiscard]] Store store() const;
   static std::string holding(const std::string& line) { return "[A\\B]\n" + line + "\n\n"; }
 
   TempFolder m_folder;
@@ -70,23 +53,7 @@ class LtregTest : public testing::Test {
 
  private:
   void check(const std::string& line, const ProgramResult& expected, const Store& before,
-             const Store& after) const {
-    SCOPED_TRACE(line.substr(0, 200) + " over " + before.value_or("no store"));
-    std::filesystem::remove(m_folder.path(kStore));
-    std::filesystem::remove(m_folder.path(kStore) + "_old");
-    if (before) {
-      m_folder.write(kStore, *before);
-    }
-    ProgramResult result = run(line);
-    if (line.find("--json") != std::string::npos) {
-      result.output = std::regex_replace(result.output, std::regex("\n *"), "");
-    }
-    EXPECT_EQ(result.exitCode, expected.exitCode);
-    EXPECT_EQ(result.output, expected.output);
-    EXPECT_EQ(result.errors.empty(), expected.errors.empty()) << result.errors;
-    EXPECT_NE(result.errors.find(expected.errors), std::string::npos) << result.errors;
-    EXPECT_EQ(store(), after);
-  }
+             const Store& after) const;
 
   const ScopedStores m_noStores{nullptr};
   const ScopedEnvironment m_noTrace{"LTTRACER", std::nullopt};
