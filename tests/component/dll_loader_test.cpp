@@ -104,6 +104,7 @@ TEST_F(DllLoaderTest, AFailedLoadHasATextOf1023CharactersAtMost) {
   EXPECT_EQ(failureOf("A.%Reference%"), "");
   std::filesystem::copy(libraryPath("quiet"), absent);
   EXPECT_EQ(failureOf("No.File"), "");
+  EXPECT_EQ(reportClass("No.File")->loadFailure, "");
 }
 
 // No code page of Windows has these characters beside those of another alphabet.

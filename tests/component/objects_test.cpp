@@ -12,7 +12,7 @@ namespace {
 std::uint32_t s_countAtEnd = 0;
 
 struct Component : iqsCUnknown {
-  Component() : iqsCUnknown(nullptr) { s_countAtEnd = 0; }
+  explicit Component(iqsUnknown* outer = nullptr) : iqsCUnknown(outer) { s_countAtEnd = 0; }
   ~Component() override { s_countAtEnd = m_refCount; }
 
   bool FinalRelease() override {
@@ -22,6 +22,7 @@ struct Component : iqsCUnknown {
 
   std::uint32_t count() const { return m_refCount; }
   iqsUnknown* face() { return &m_innerUnknown; }
+  iqsUnknown* outer() const { return m_outerUnknown; }
 
   std::uint32_t refusal = 0;  // the count with which the object outlives its last release
 };
@@ -44,6 +45,9 @@ TEST(IqsCUnknown, BothFacesGiveTheSameAnswers) {
 TEST(IqsCUnknown, DiesWithItsLastReferenceUnlessItRefuses) {
   auto* const object = new Component;
   iqsUnknown* const face = object->face();
+  EXPECT_EQ(object->outer(), face);
+  EXPECT_EQ(Component(face).outer(), face);
+  s_countAtEnd = 0;
   EXPECT_EQ(face->AddRef(), 2u);
   EXPECT_EQ(object->InnerRelease(), 1u);
   object->refusal = 1;

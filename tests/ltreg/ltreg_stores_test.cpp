@@ -84,11 +84,11 @@ TEST_F(LtregStores, AReaderThatIsNotHeardKeepsNobodyOut) {
   m_folder.write(kStore, holding("\"n\"=string:\"" + std::string(1 << 20, 'x') + '"'));
   const auto [shown, output] = makePipe();
   const Process reader({m_program,
-                        {"get", "HKLM\\A\\B", "n"},
+                        {"list", "HKLM\\A\\B"},
                         m_folder.path(),
                         std::fopen(m_folder.write("input", "").c_str(), "r"),
                         output});
-  EXPECT_EQ(std::fgetc(shown), 'x');
+  EXPECT_EQ(std::fgetc(shown), 's');
   EXPECT_EQ(run("set @ n 2").exitCode, 0);
   std::fclose(shown);
 }
