@@ -101,12 +101,14 @@ TEST_F(LtregSystem, WritesWhatOthersRead) {
   for (const std::string& words : std::vector<std::string>{
            "'' text", "\u4E2D \u0107\U0001F600", "b --type binary 00fF", "e --type expand %TEMP%",
            "n --type ulong -1", "l --type list a b", "q --type qword 0x1", "o --type none ''",
-           "m --type type-5 0102", "q 18446744073709551615", std::string(16383, 'n') + " 1"}) {
+           "m --type type-5 0102", "q 18446744073709551615"}) {
     changes("set " + m_sub + ' ' + words, {}, {});
   }
+  const std::string name(16383, 'n');
+  fails(0, "set " + m_sub + ' ' + name + " 1", "has 16383 bytes", {});
   fails(3, "set " + m_sub + " q 18446744073709551616", "is no qword", {});
   fails(3, "set " + m_sub + " b 0", "is no data in hexadecimal", {});
-  contains(run("list " + m_sub).output, {"\t" + std::string(16383, 'n') + "\t1\n"});
+  contains(run("list " + m_sub).output, {"\t" + name + "\t1\n"});
   EXPECT_EQ(reg("export " + m_key + " all.reg /y"), 0);
   contains(
       readFile(m_folder.path("all.reg")),
@@ -119,8 +121,16 @@ TEST_F(LtregSystem, WritesWhatOthersRead) {
   EXPECT_EQ(reg("query " + m_sub + " /v \u4E2D"), 1);
   fails(1, "get " + m_sub + " \u4E2D", "does not exist", {});
   fails(3, "delete " + m_key, "has sub-keys", {});
+  EXPECT_EQ(run("export " + m_key + " -o own.reg").exitCode, 0);
+  const std::string listed = run("list " + m_sub).output;
   changes("delete " + m_key + " -r", {}, {});
   EXPECT_EQ(reg("query " + m_key), 1);
+  EXPECT_EQ(reg("import own.reg"), 0);
+  EXPECT_EQ(run("list " + m_sub).output, listed);
+  changes("delete " + m_key + " -r", {}, {});
+  EXPECT_EQ(run("import own.reg").exitCode, 0);
+  EXPECT_EQ(run("list " + m_sub).output, listed);
+  changes("delete " + m_key + " -r", {}, {});
   fails(1, "list " + m_key, "does not exist", {});
   fails(4, "list HKCU\\" + std::string(300, 'x'), "refused by the registry with error ", {});
 }

@@ -118,6 +118,12 @@ TEST_F(RegKey, RecursiveDeletionGoesBackUpFromWhereverANameLed) {
   EXPECT_EQ(key("5%").DeleteKey(true), 0);
 }
 
+TEST_F(RegKey, ConfigurationFunctionsReachTheBackend) {
+  std::string pathname = stores().path("copy.cfg");
+  EXPECT_EQ(SaveConfiguration(kUser, pathname), 0);
+  EXPECT_EQ(SaveConfiguration(static_cast<enumRegRoot>(6), pathname), filesServe() ? kFailure : 0);
+}
+
 class RegEnum : public RegistryObjects {};
 
 TEST_F(RegEnum, WalksAllAndStartsOver) {

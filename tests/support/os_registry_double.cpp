@@ -32,7 +32,13 @@ using Values = std::map<std::string, Value>;
 void* const kUser = reinterpret_cast<void*>(static_cast<std::intptr_t>(INT32_MIN + 1));
 
 std::map<std::string, Values> s_keys{{"", {}}};  // by their whole paths
-std::map<void*, std::string> s_handles{{kUser, ""}};
+constexpr unsigned int kSetValue = 0x0002;       // the right that changes of values need
+
+struct Handle {
+  std::string path;
+  unsigned int rights = 0;
+};
+std::map<void*, Handle> s_handles{{kUser, {}}};
 std::uintptr_t s_last = 0;  // no number is given out twice, so that a closed handle stays a bad one
 
 std::string narrowOf(const char16_t* name) {
@@ -52,14 +58,17 @@ int copyName(const std::string& name, char* out, unsigned int* size) {
   return kDone;
 }
 
-// Calls `use` with path and values of the key behind a handle.
+// Calls `use` with path and values of the key behind a handle, which may need a right.
 template <class Use>
-int withKey(void* handle, Use use) {
+int withKey(void* handle, Use use, unsigned int right = 0) {
   const auto found = s_handles.find(handle);
   if (found == s_handles.end()) {
     return kInvalidHandle;
   }
-  const auto key = s_keys.find(found->second);
+  if ((found->second.rights & right) != right) {
+    return kAccessDenied;
+  }
+  const auto key = s_keys.find(found->second.path);
   return key != s_keys.end() ? use(key->first, key->second) : kFileNotFound;
 }
 
@@ -80,12 +89,12 @@ int walk(std::string& path, std::string_view subKey, bool* made) {
   return s_keys.contains(path) ? kDone : kFileNotFound;
 }
 
-int open(void* key, const char* subKey, bool* made, void** result) {
+int open(void* key, const char* subKey, unsigned int access, bool* made, void** result) {
   return withKey(key, [&](std::string path, Values&) {
     const int error = walk(path, subKey, made);
     if (error == kDone) {
       *result = reinterpret_cast<void*>(s_last += 4);
-      s_handles[*result] = path;
+      s_handles[*result] = {path, access};
       ++Testing::openHandles;
     }
     return error;
@@ -120,19 +129,20 @@ int closeKey(void* key) noexcept {
   return known ? kDone : kInvalidHandle;
 }
 
-int openKey(void* key, const char* subKey, unsigned int, unsigned int, void** result) noexcept {
-  return open(key, subKey, nullptr, result);
+int openKey(void* key, const char* subKey, unsigned int, unsigned int access,
+            void** result) noexcept {
+  return open(key, subKey, access, nullptr, result);
 }
 
 int createKey(void* key, const char* subKey, void** result) noexcept {
   bool made = false;
-  return open(key, subKey, &made, result);
+  return open(key, subKey, kSetValue, &made, result);
 }
 
-int createKeyEx(void* key, const char* subKey, char*, unsigned int, unsigned int, void** result,
-                unsigned int* disposition) noexcept {
+int createKeyEx(void* key, const char* subKey, char*, unsigned int, unsigned int access,
+                void** result, unsigned int* disposition) noexcept {
   bool made = false;
-  const int error = open(key, subKey, &made, result);
+  const int error = open(key, subKey, access, &made, result);
   *disposition = made ? 1 : 2;
   return error;
 }
@@ -171,16 +181,22 @@ int queryValue(void* key, const char16_t* name, unsigned int* type, unsigned cha
 
 int setValue(void* key, const char16_t* name, unsigned int type, const unsigned char* data,
              unsigned int dataSize) noexcept {
-  return withKey(key, [&](const std::string&, Values& values) {
-    values[narrowOf(name)] = {type, {data, data + dataSize}};
-    return kDone;
-  });
+  return withKey(
+      key,
+      [&](const std::string&, Values& values) {
+        values[narrowOf(name)] = {type, {data, data + dataSize}};
+        return kDone;
+      },
+      kSetValue);
 }
 
 int deleteValue(void* key, const char* name) noexcept {
-  return withKey(key, [&](const std::string&, Values& values) {
-    return values.erase(name != nullptr ? name : "") == 1 ? kDone : kFileNotFound;
-  });
+  return withKey(
+      key,
+      [&](const std::string&, Values& values) {
+        return values.erase(name != nullptr ? name : "") == 1 ? kDone : kFileNotFound;
+      },
+      kSetValue);
 }
 
 int enumKeyEx(void* key, unsigned int index, char* name, unsigned int* nameSize) noexcept {
