@@ -12,6 +12,7 @@
 #include "ltlib/fileregistry/file_registry_manager.h"
 #include "ltlib/fileregistry/store/store.h"
 #include "ltlib/fileregistry/tree/roots.h"
+#include "ltlib/fileregistry/tree/tree_lock.h"
 #include "ltlib/platform/files.h"
 
 #ifdef LTLIB_BENCH_GLIB_2_0
@@ -186,8 +187,8 @@ void Store::writeFile(const std::vector<Place>& places) {
 }
 
 void Store::load() {
-  const ScopedLock hold(detail::treeLock());
-  detail::makeRootSections();
+  const detail::TreeWriting writing;
+  detail::makeTrees();
   QSCfgRoot& root = detail::cfgRootOf(predefinedRootHandle(kRoot));
   root.touched = true;
   root.loaded = detail::cfgLoadFile(root, storeFile()) == detail::ReadResult::kWhole;
@@ -195,7 +196,7 @@ void Store::load() {
 }
 
 void Store::forget() {
-  const ScopedLock hold(detail::treeLock());
+  const detail::TreeWriting writing;
   QSCfgRoot fresh;
   fresh.root = kRoot;
   detail::cfgRootOf(predefinedRootHandle(kRoot)) = std::move(fresh);

@@ -25,17 +25,17 @@ namespace {
 
 using Names = std::vector<std::string_view>;
 
-// Makes the sections of a path, and gives their names from the root's child down.
-Names namesOfPath(std::string_view path, QSCfgDataSection& root) {
-  Branch branch(root);
-  if (!cfgResolveSection(path, branch, true)) {
-    return {};
-  }
-  branch.join();
+// Makes the sections of a path, and gives their names from the top's child down.
+Names namesOfPath(std::string_view path, QSCfgTree& tree) {
+  MadeWay way(tree, path);
+  way.keep();
+  demand(way.section() == nullptr || lacksFirstComponent(path) ||
+             tree.findPath(path) == way.section(),
+         "a path does not lead where it did");
   Names names;
-  for (const QSCfgDataSection* at = &root; at->sectionCount() == 1;) {
-    at = &at->sectionAt(0);
-    names.emplace_back(at->name());
+  for (const QSCfgDataSection* at = way.section(); at != nullptr && at->parent() != nullptr;
+       at = at->parent()) {
+    names.insert(names.begin(), at->name());
   }
   return names;
 }
@@ -75,11 +75,11 @@ void checkFileForm(const Names& names, const Field& field) {
       headerComesBack(names) && fieldComesBack(field.name, field.code, field.text);
   const Reading back = readText(unchecked);
   const bool same = back.end == "whole" &&
-                    showFields(*back.root) == shownFields(names, field, text) &&
+                    showFields(*back.tree) == shownFields(names, field, text) &&
                     (!isList || holdSameItems(text, field.text));
   demand(accepted || !same, "what comes back was refused");
   demand(same || !accepted, "what was accepted does not come back");
-  demand(!accepted || text != field.text || writeText(*back.root) == unchecked,
+  demand(!accepted || text != field.text || writeText(*back.tree) == unchecked,
          "the writer writes something else");
 }
 
@@ -100,8 +100,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   path.remove_suffix(path.ends_with('\\') ? 1 : 0);
   const std::string_view name = takePart(rest);
   const Field field{static_cast<QSCfgTypeCode>(data[0] % 5), name, takePart(rest)};
-  QSCfgDataSection root("root");
-  const Names names = namesOfPath(path, root);
+  QSCfgTree tree("root");
+  const Names names = namesOfPath(path, tree);
   if (!names.empty()) {
     checkFileForm(names, field);
   }

@@ -28,9 +28,7 @@ int answer(bool done) {
 }
 
 std::unique_ptr<QSFileKeyHandle> makeHandle(void* key, const char* subKey) {
-  return isRootHandle(key) && subKey != nullptr
-             ? std::make_unique<QSFileKeyHandle>(QSFileKeyHandle{key, subKey})
-             : nullptr;
+  return isRootHandle(key) && subKey != nullptr ? QSFileKeyHandle::make(key, subKey) : nullptr;
 }
 
 // The six system constants lie where no object ever does.
@@ -56,6 +54,15 @@ unsigned int typeOf(QSCfgTypeCode code) {
   }
 }
 
+// So many bytes of a text with the terminator that does not stand behind it.
+template <class Byte>
+void copyBytes(Byte* to, std::string_view text, std::size_t count) {
+  std::memcpy(to, text.data(), std::min(count, text.size()));
+  if (count > text.size()) {
+    to[text.size()] = 0;
+  }
+}
+
 // Sizes count as signed 32-bit numbers; a negative one copies nothing.
 std::size_t copyCount(std::size_t length, unsigned int capacity, bool withTerminator) {
   const auto room = static_cast<std::int64_t>(static_cast<std::int32_t>(capacity));
@@ -64,11 +71,33 @@ std::size_t copyCount(std::size_t length, unsigned int capacity, bool withTermin
   return count > 0 ? static_cast<std::size_t>(count) : 0;
 }
 
+// In a copy alone: the file has the commas.
+std::string listItems(std::string_view text) {
+  std::string parted(text);
+  std::replace(parted.begin(), parted.end(), ',', '\\');
+  return unquoteListItems(parted);
+}
+
+// A number comes as its bytes, a list unpacked, and all else as it stands.
+template <class Use>
+void withBytes(const QSCfgDataField& field, Use use) {
+  if (field.type() == kCfgULong) {
+    const std::uint32_t number = numberOfText(field.getValue());
+    use(std::string_view(reinterpret_cast<const char*>(&number), sizeof number));
+  } else if (field.type() == kCfgListString) {
+    use(listItems(field.getValue()));
+  } else {
+    use(field.getValue());
+  }
+}
+
+// The query comes first in each of these: it loads the root and adds the sections of the path.
 int queryNumber(QSFileKeyHandle& key, const char* name, unsigned char* data,
                 const unsigned int* dataSize) {
   std::uint32_t number = 0;
-  // The query comes first: it loads the root and adds the sections of the path.
-  if (!cfgQueryNumber(key, name, number) || data == nullptr || dataSize == nullptr) {
+  const bool found = cfgQueryField(
+      key, name, [&](const QSCfgDataField& field) { number = numberOfText(field.getValue()); });
+  if (!found || data == nullptr || dataSize == nullptr) {
     return kRefused;
   }
   std::memcpy(data, &number, std::min<std::size_t>(*dataSize, sizeof number));
@@ -76,55 +105,34 @@ int queryNumber(QSFileKeyHandle& key, const char* name, unsigned char* data,
 }
 
 int querySize(QSFileKeyHandle& key, const char* name, unsigned int& type, unsigned int* dataSize) {
-  QSCfgFieldInfo info;
-  if (!cfgQueryValue(key, name, info, nullptr)) {
-    return kRefused;
-  }
-  type = typeOf(info.type);
-  if (dataSize != nullptr) {
-    *dataSize = info.type == kCfgULong ? 4 : static_cast<unsigned int>(info.size);
-  }
-  return kDone;
-}
-
-int queryWhole(QSFileKeyHandle& key, const char* name, LTLib::RegistryValue& value) {
-  QSCfgFieldInfo info;
-  if (!cfgQueryValue(key, name, info, &value.bytes)) {
-    return kRefused;
-  }
-  value.type = typeOf(info.type);
-  if (info.type == kCfgULong) {
-    const std::uint32_t number = numberOfText(value.bytes);
-    value.bytes.assign(reinterpret_cast<const char*>(&number), sizeof number);
-  } else if (info.type == kCfgListString) {
-    value.bytes = unquoteListItems(value.bytes);
-  }
-  return kDone;
+  return answer(cfgQueryField(key, name, [&](const QSCfgDataField& field) {
+    type = typeOf(field.type());
+    if (dataSize != nullptr) {
+      *dataSize =
+          field.type() == kCfgULong ? 4 : static_cast<unsigned int>(field.getValue().size());
+    }
+  }));
 }
 
 int queryData(QSFileKeyHandle& key, const char* name, unsigned int& type, unsigned char* data,
               unsigned int& dataSize) {
-  LTLib::RegistryValue value;
-  if (queryWhole(key, name, value) != kDone) {
-    return kRefused;
-  }
-  type = value.type;
-  const std::size_t size = value.bytes.size();
-  if (type == REG_DWORD) {
-    std::memcpy(data, value.bytes.data(), std::min<std::size_t>(dataSize, size));
-    return kDone;
-  }
-  std::memcpy(data, value.bytes.c_str(), copyCount(size, dataSize, type != REG_BINARY));
-  dataSize = static_cast<unsigned int>(size);
-  return kDone;
+  return answer(cfgQueryField(key, name, [&](const QSCfgDataField& field) {
+    type = typeOf(field.type());
+    withBytes(field, [&](std::string_view bytes) {
+      if (type == REG_DWORD) {
+        std::memcpy(data, bytes.data(), std::min<std::size_t>(dataSize, bytes.size()));
+        return;
+      }
+      copyBytes(data, bytes, copyCount(bytes.size(), dataSize, type != REG_BINARY));
+      dataSize = static_cast<unsigned int>(bytes.size());
+    });
+  }));
 }
 
 // The length is told in full also where the name is cut.
-int copyName(const std::string& found, char* name, unsigned int* nameSize) {
-  const unsigned int capacity = *nameSize;
+void copyName(std::string_view found, char* name, unsigned int* nameSize) {
+  copyBytes(name, found, std::min<std::size_t>(*nameSize, found.size() + 1));
   *nameSize = static_cast<unsigned int>(found.size());
-  std::memcpy(name, found.c_str(), std::min<std::size_t>(capacity, found.size() + 1));
-  return kDone;
 }
 
 }  // namespace
@@ -168,7 +176,11 @@ int QSFileRegistryManager::regQueryValueEx(void* key, char* valueName, unsigned 
 int QSFileRegistryManager::queryWholeValue(void* key, const char* valueName,
                                            LTLib::RegistryValue& value) {
   QSFileKeyHandle* handle = openHandle(key);
-  return handle != nullptr ? queryWhole(*handle, valueName, value) : kRefused;
+  return answer(handle != nullptr &&
+                cfgQueryField(*handle, valueName, [&](const QSCfgDataField& field) {
+                  value.type = typeOf(field.type());
+                  withBytes(field, [&](std::string_view bytes) { value.bytes = bytes; });
+                }));
 }
 
 int QSFileRegistryManager::regCreateKey(void* key, const char* subKey, void** result) {
@@ -211,12 +223,9 @@ int QSFileRegistryManager::regSetValueEx(void* key, const char* valueName, unsig
 int QSFileRegistryManager::regEnumKeyEx(void* key, unsigned int index, char* name,
                                         unsigned int* nameSize) {
   QSFileKeyHandle* handle = openHandle(key);
-  std::string found;
-  if (handle == nullptr || name == nullptr || nameSize == nullptr ||
-      !cfgSectionName(*handle, index, found)) {
-    return kRefused;
-  }
-  return copyName(found, name, nameSize);
+  return answer(handle != nullptr && name != nullptr && nameSize != nullptr &&
+                cfgSectionName(*handle, index,
+                               [&](std::string_view found) { copyName(found, name, nameSize); }));
 }
 
 int QSFileRegistryManager::regEnumKey(void* /*key*/, unsigned int /*index*/, char* /*name*/,
@@ -229,14 +238,14 @@ int QSFileRegistryManager::regEnumValue(void* key, unsigned int index, char* nam
                                         unsigned int* type, unsigned char* data,
                                         unsigned int* dataSize) {
   QSFileKeyHandle* handle = openHandle(key);
-  std::string found;
+  std::string whole;
   if (handle == nullptr || name == nullptr || nameSize == nullptr ||
-      !cfgFieldName(*handle, index, found)) {
+      !cfgFieldName(*handle, index, [&](std::string_view found) { whole = found; })) {
     return kRefused;
   }
-  copyName(found, name, nameSize);
+  copyName(whole, name, nameSize);
   // Virtual, so that a derived backend's own reading counts here too.
-  return regQueryValueEx(key, found.data(), type, data, dataSize);
+  return regQueryValueEx(key, whole.data(), type, data, dataSize);
 }
 
 int QSFileRegistryManager::regDeleteKey(void* key, const char* subKey) {

@@ -1,172 +1,143 @@
 // Loading takes the tree's lock by itself and gives it up again, so that another thread may come in
-// between; no operation keeps anything from before. Everything is found anew, from the path.
+// between; no operation keeps anything from before but what the handle remembers and looks through
+// again.
 #include "ltlib/fileregistry/tree_operations.h"
 
-#include <algorithm>
 #include <charconv>
 #include <limits>
-#include <memory>
+#include <string>
+#include <utility>
 
 #include "ltlib/fileregistry/store/store.h"
 #include "ltlib/fileregistry/text/file_form.h"
 #include "ltlib/fileregistry/text/list_text.h"
-#include "ltlib/fileregistry/tree/key_path.h"
 #include "ltlib/fileregistry/tree/tree_walk.h"
 
 namespace LTLib::detail {
 namespace {
 
-const char* orDefault(const char* name) {
+std::string_view orDefault(const char* name) {
   return name != nullptr ? name : "Default";
 }
 
-// The names that a path to a section leads along.
-std::vector<std::string_view> namesOfPath(std::string_view path) {
-  if (lacksFirstComponent(path)) {
-    return {bracketedName(path)};
-  }
-  std::vector<std::string_view> names;
-  splitKeyPath(path, [&](std::string_view name) {
-    names.push_back(name);
-    return true;
-  });
-  return names;
+// Ends before the caller goes on to change what was found: readers never wait for one another.
+void addSections(const QSFileKeyHandle& key) {
+  const TreeWriting writing;
+  MadeWay(*cfgRootOf(key.root()).tree, key.path()).keep();
 }
 
 // Only some codes make a new field; a text for any other goes to a field that is there. What has no
-// form in a file is refused before the tree changes, and what is added goes in as one.
-bool setText(QSFileKeyHandle& key, std::string_view name, std::string text, QSCfgTypeCode code,
-             bool mayAdd) {
-  const ScopedLock hold(treeLock());
-  dropTrailingBackslash(key.path);
-  KeyWalk walk(key, true);
-  if (QSCfgDataSection* section = walk.section(); section != nullptr) {
-    QSCfgDataField* field = section->findField(name);
-    if (!headerComesBack(namesOfPath(key.path)) ||
-        !fieldComesBack(name, field != nullptr ? field->type() : code, text)) {
-      return false;
-    }
-    if (field != nullptr) {
-      field->setValue(text);
-    } else if (mayAdd) {
-      section->addField(std::make_unique<QSCfgDataFieldString>(name, code, std::move(text)));
-    }
+// form in a file is refused before a field changes, and what was added for it goes again.
+bool setField(QSCfgDataSection& section, std::string_view name, std::string_view text,
+              QSCfgTypeCode code, bool mayAdd) {
+  FieldList& fields = section.fields();
+  const std::size_t place = fields.find(name);
+  const bool isThere = place != FieldList::kNowhere;
+  if (!sectionComesBack(section) ||
+      !fieldComesBack(name, isThere ? fields.field(place).type() : code, text)) {
+    return false;
   }
-  walk.join();
+  if (isThere) {
+    fields.field(place).setValue(text);
+  } else if (mayAdd) {
+    fields.append(QSCfgDataField::copyOf(name, code, text));
+  }
   return true;
 }
 
-// The walk is joined ahead of the use: a section that a query adds stays, whether or not the field is
-// there.
-template <class Use>
-bool withSection(QSFileKeyHandle& key, bool create, Use use) {
+bool setText(QSFileKeyHandle& key, std::string_view name, std::string_view text, QSCfgTypeCode code,
+             bool mayAdd) {
   cfgEnsureLoaded(key);
-  const ScopedLock hold(treeLock());
-  dropTrailingBackslash(key.path);
-  KeyWalk walk(key, create);
-  walk.join();
-  return walk.section() != nullptr && use(*walk.section());
+  const TreeWriting writing;
+  key.dropTrailingBackslash();
+  if (QSCfgDataSection* const section = findSection(key); section != nullptr) {
+    return setField(*section, name, text, code, mayAdd);
+  }
+  MadeWay way(*cfgRootOf(key.root()).tree, key.path());
+  if (way.section() != nullptr && !setField(*way.section(), name, text, code, mayAdd)) {
+    return false;
+  }
+  way.keep();
+  return true;
 }
 
 }  // namespace
 
-bool cfgQueryValue(QSFileKeyHandle& key, const char* name, QSCfgFieldInfo& info,
-                   std::string* text) {
-  return withSection(key, true, [&](const QSCfgDataSection& section) {
-    const QSCfgDataField* field = section.findField(orDefault(name));
-    if (field == nullptr) {
-      return false;
-    }
-    info = {field->type(), field->getValue().size()};
-    if (text != nullptr) {
-      *text = field->getValue();
-      // In the copy alone: the file has the commas.
-      if (field->type() == kCfgListString) {
-        std::replace(text->begin(), text->end(), ',', '\\');
-      }
-    }
-    return true;
-  });
+// A key that is missing is added apart from reading, and then sought once more: nobody else can have
+// made it in between but with what is wanted of it.
+KeyLook::KeyLook(QSFileKeyHandle& key, Missing sections) : m_key(key) {
+  if (!cfgRootOf(key.root()).loaded) {
+    m_reading.end();
+    cfgEnsureLoaded(key);
+    m_reading.begin();
+  }
+  key.dropTrailingBackslash();
+  m_section = findSection(key);
+  if (m_section == nullptr && sections == Missing::kIsAdded) {
+    m_reading.end();
+    addSections(key);
+    m_reading.begin();
+    m_section = findSection(key);
+  }
 }
 
-bool cfgQueryNumber(QSFileKeyHandle& key, const char* name, std::uint32_t& number) {
-  QSCfgFieldInfo info;
-  std::string text;
-  if (!cfgQueryValue(key, name, info, &text)) {
-    return false;
+const QSCfgDataField* KeyLook::field(const char* name) {
+  if (m_section == nullptr) {
+    return nullptr;
   }
-  number = numberOfText(text);
-  return true;
+  const FieldList& fields = m_section->fields();
+  m_key.fieldHint = fields.find(orDefault(name), m_key.fieldHint);
+  return m_key.fieldHint != FieldList::kNowhere ? &fields.field(m_key.fieldHint) : nullptr;
+}
+
+const QSCfgDataField* KeyLook::fieldAt(std::size_t position) {
+  if (m_section == nullptr || position >= m_section->fields().size()) {
+    return nullptr;
+  }
+  m_key.fieldHint = m_section->fields().placeOf(position);
+  return &m_section->fields().field(m_key.fieldHint);
 }
 
 bool cfgSetValue(QSFileKeyHandle& key, const char* name, std::string_view text,
                  QSCfgTypeCode code) {
-  cfgEnsureLoaded(key);
-  return setText(key, orDefault(name),
-                 code == kCfgListString ? quoteListItems(text) : std::string(text), code,
-                 code == kCfgString || code == kCfgBinary || code == kCfgListString);
+  if (code == kCfgListString) {
+    return setText(key, orDefault(name), quoteListItems(text), code, true);
+  }
+  return setText(key, orDefault(name), text, code, code == kCfgString || code == kCfgBinary);
 }
 
 bool cfgSetNumber(QSFileKeyHandle& key, const char* name, std::uint32_t number) {
-  cfgEnsureLoaded(key);
-  return setText(key, orDefault(name), std::to_string(static_cast<std::int32_t>(number)), kCfgULong,
-                 true);
+  char text[12];
+  const auto end = std::to_chars(text, text + sizeof text, static_cast<std::int32_t>(number)).ptr;
+  return setText(key, orDefault(name), {text, end}, kCfgULong, true);
 }
 
 bool cfgCreateKey(QSFileKeyHandle& key, QSCfgTypeCode code) {
   return cfgSetValue(key, nullptr, "0", code);
 }
 
-bool cfgListSections(QSFileKeyHandle& key, std::vector<std::string>& names) {
-  return withSection(key, false, [&](const QSCfgDataSection& section) {
-    names.clear();
-    for (std::size_t i = 0; i < section.sectionCount(); ++i) {
-      names.push_back(section.sectionAt(i).name());
-    }
-    return true;
-  });
-}
-
-bool cfgListFields(QSFileKeyHandle& key, std::vector<std::string>& names) {
-  return withSection(key, false, [&](const QSCfgDataSection& section) {
-    names.clear();
-    for (std::size_t i = 0; i < section.fieldCount(); ++i) {
-      names.push_back(section.fieldAt(i).name());
-    }
-    return true;
-  });
-}
-
-bool cfgSectionName(QSFileKeyHandle& key, std::size_t position, std::string& name) {
-  return withSection(key, false, [&](const QSCfgDataSection& section) {
-    if (position >= section.sectionCount()) {
-      return false;
-    }
-    name = section.sectionAt(position).name();
-    return true;
-  });
-}
-
-bool cfgFieldName(QSFileKeyHandle& key, std::size_t position, std::string& name) {
-  return withSection(key, false, [&](const QSCfgDataSection& section) {
-    if (position >= section.fieldCount()) {
-      return false;
-    }
-    name = section.fieldAt(position).name();
-    return true;
-  });
-}
-
 bool cfgDeleteKey(QSFileKeyHandle& key) {
   cfgEnsureLoaded(key);
-  const ScopedLock hold(treeLock());
-  dropTrailingBackslash(key.path);
+  const TreeWriting writing;
+  key.dropTrailingBackslash();
   return removeSectionOf(key);
 }
 
 bool cfgDeleteField(QSFileKeyHandle& key, const char* name) {
-  return withSection(
-      key, true, [&](QSCfgDataSection& section) { return section.removeField(orDefault(name)); });
+  cfgEnsureLoaded(key);
+  const TreeWriting writing;
+  key.dropTrailingBackslash();
+  QSCfgDataSection* const section = findSection(key);
+  if (section == nullptr) {
+    MadeWay(*cfgRootOf(key.root()).tree, key.path()).keep();
+    return false;
+  }
+  const std::size_t place = section->fields().find(orDefault(name));
+  if (place == FieldList::kNowhere) {
+    return false;
+  }
+  section->fields().remove(place);
+  return true;
 }
 
 std::uint32_t numberOfText(std::string_view text) {

@@ -8,27 +8,45 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "ltlib/fileregistry/tree/config_tree.h"
 #include "ltlib/fileregistry/tree/roots.h"
+#include "ltlib/fileregistry/tree/tree_lock.h"
 
 namespace LTLib::detail {
 
-/// What a query tells of a field; `size` counts the stored text without a terminator.
-struct QSCfgFieldInfo {
-  QSCfgTypeCode type = kCfgULong;
-  std::size_t size = 0;
+/// A look at a key, which nobody changes while it lives. No other operation may be called then.
+class KeyLook {
+ public:
+  enum class Missing { kStays, kIsAdded };
+
+  KeyLook(QSFileKeyHandle& key, Missing sections);
+
+  /// Null if the key does not exist, or did not.
+  [[nodiscard]] const QSCfgDataSection* section() const { return m_section; }
+  /// The first field of that name, or null.
+  [[nodiscard]] const QSCfgDataField* field(const char* name);
+  /// The field at a position, or null.
+  [[nodiscard]] const QSCfgDataField* fieldAt(std::size_t position);
+
+ private:
+  QSFileKeyHandle& m_key;
+  TreeReading m_reading;
+  const QSCfgDataSection* m_section = nullptr;
 };
 
-/// Finds a value, adding the sections of the path. With `text`, a copy goes there, in a list with
-/// backslashes in place of commas. False if there is no such field.
-bool cfgQueryValue(QSFileKeyHandle& key, const char* name, QSCfgFieldInfo& info, std::string* text);
-
-/// As cfgQueryValue, and reads the text as a number, whatever its type.
-bool cfgQueryNumber(QSFileKeyHandle& key, const char* name, std::uint32_t& number);
+/// Finds a value, adding the sections of the path, and hands it to `use` in a look at its key. False
+/// if there is no such field.
+template <class Use>
+bool cfgQueryField(QSFileKeyHandle& key, const char* name, Use use) {
+  KeyLook look(key, KeyLook::Missing::kIsAdded);
+  const QSCfgDataField* const field = look.field(name);
+  if (field != nullptr) {
+    use(*field);
+  }
+  return field != nullptr;
+}
 
 /// Sets a value's text, adding sections and field as needed; an existing field keeps its type, and
 /// new fields are made for strings, binaries and lists alone. The text of a list holds its items,
@@ -42,13 +60,27 @@ bool cfgSetNumber(QSFileKeyHandle& key, const char* name, std::uint32_t number);
 /// Sets the default value to "0", which gives the key its place in the file.
 bool cfgCreateKey(QSFileKeyHandle& key, QSCfgTypeCode code);
 
-/// The names of a key's children or fields, in tree order. False if the key does not exist.
-bool cfgListSections(QSFileKeyHandle& key, std::vector<std::string>& names);
-bool cfgListFields(QSFileKeyHandle& key, std::vector<std::string>& names);
+/// Hands the name of the child or field at a position to `use`, in tree order. False if the key does
+/// not exist or ends before it.
+template <class Use>
+bool cfgSectionName(QSFileKeyHandle& key, std::size_t position, Use use) {
+  const KeyLook look(key, KeyLook::Missing::kStays);
+  const bool found = look.section() != nullptr && position < look.section()->sectionCount();
+  if (found) {
+    use(look.section()->sectionAt(position).name());
+  }
+  return found;
+}
 
-/// The one name at a position of these lists. False if the key does not exist or ends before it.
-bool cfgSectionName(QSFileKeyHandle& key, std::size_t position, std::string& name);
-bool cfgFieldName(QSFileKeyHandle& key, std::size_t position, std::string& name);
+template <class Use>
+bool cfgFieldName(QSFileKeyHandle& key, std::size_t position, Use use) {
+  KeyLook look(key, KeyLook::Missing::kStays);
+  const QSCfgDataField* const field = look.fieldAt(position);
+  if (field != nullptr) {
+    use(field->name());
+  }
+  return field != nullptr;
+}
 
 /// Destroys a key without children, and its fields. Adds nothing on the way.
 bool cfgDeleteKey(QSFileKeyHandle& key);

@@ -23,6 +23,9 @@ void leaveThreadLock(ThreadLock& lock) noexcept;
 /// Frees the lock. Requires: nobody holds it or waits for it. A null lock is fine.
 void destroyThreadLock(ThreadLock* lock) noexcept;
 
+/// What tells the calling thread from all others that live; the same in the child of its fork.
+[[nodiscard]] const void* currentThread() noexcept;
+
 /// Holds a thread lock for a scope.
 class ThreadLockScope {
  public:

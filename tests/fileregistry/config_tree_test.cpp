@@ -1,4 +1,4 @@
-// Names, the list of named nodes, and the end of a tree.
+// Names, the lists of named nodes, the ways to them, and the end of a tree.
 #include "ltlib/fileregistry/tree/config_tree.h"
 
 #include <gtest/gtest.h>
@@ -6,12 +6,15 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ltlib/fileregistry/tree/folded_name.h"
 
 namespace {
 
 using LTLib::detail::equalNames;
+using LTLib::detail::FieldList;
 using LTLib::detail::foldedName;
 using LTLib::detail::hashOfName;
 
@@ -34,47 +37,76 @@ TEST(FoldedName, FoldsAsciiLettersAlone) {
   }
 }
 
-// The list against the simplest thing that can be right, with names that repeat and fold.
-TEST(NodeList, BehavesAsAPlainVector) {
+// Lists of values and of keys against the simplest thing that can be right, with names that repeat and
+// fold.
+TEST(ConfigTree, BehavesAsAPlainVector) {
   const unsigned seed = std::random_device()();
   SCOPED_TRACE(testing::Message() << "seed " << seed);
   std::mt19937 random(seed);
-  for (int round = 0; round < 50; ++round) {
-    QSCfgDataSection section("s");
+  for (int round = 0; round < 60; ++round) {
+    QSCfgTree tree("t");
+    QSCfgDataSection& top = tree.top();
+    FieldList& fields = top.fields();
     std::vector<std::pair<std::string, std::string>> model;
-    const std::size_t names = 1 + random() % 40;
+    std::vector<const QSCfgDataSection*> keys;
+    const std::size_t names = 1 + random() % 80;
     const std::size_t removals = 2 + random() % 5;
-    for (int step = 0; step < 300; ++step) {
+    for (int step = 0; step < 400; ++step) {
       std::string name = "Name" + std::to_string(random() % 4 == 0 ? 0 : random() % names);
       name = random() % 2 == 0 ? foldedName(name) : name;
       const auto first = std::find_if(model.begin(), model.end(), [&](const auto& entry) {
         return equalNames(entry.first, name);
       });
-      if (random() % 6 == 0) {
-        const QSCfgDataField* field = section.findField(name);
-        ASSERT_EQ(field != nullptr ? field->getValue() : "none",
-                  first != model.end() ? first->second : "none");
-      } else if (random() % removals != 0) {
+      const auto place = static_cast<std::size_t>(first - model.begin());
+      const std::size_t found = fields.find(name, random() % 90);
+      QSCfgDataSection* const key = tree.findSection(top, name);
+      ASSERT_EQ(found != FieldList::kNowhere, first != model.end());
+      ASSERT_EQ(key, first != model.end() ? keys[place] : nullptr);
+      if (first == model.end() || random() % removals == 0) {
         const std::string& text = model.emplace_back(name, std::to_string(step)).second;
-        section.addField(std::make_unique<QSCfgDataFieldString>(name, kCfgString, text));
+        fields.append(QSCfgDataField::copyOf(name, kCfgString, text));
+        keys.push_back(&tree.addSection(top, name));
+      } else if (random() % 3 == 0) {
+        first->second.append(random() % 20, 'x').resize(random() % 25, 'y');
+        fields.field(found).setValue(first->second);
       } else {
-        ASSERT_EQ(section.removeField(name), first != model.end());
-        model.erase(first, first + (first != model.end() ? 1 : 0));
+        ASSERT_EQ(fields.field(found).getValue(), first->second);
+        fields.remove(found);
+        tree.removeSection(*key);
+        model.erase(first);
+        keys.erase(keys.begin() + static_cast<std::ptrdiff_t>(place));
       }
-      ASSERT_EQ(section.fieldCount(), model.size());
-      if (const std::size_t place = random(); step % 8 != 0 && !model.empty()) {
-        ASSERT_EQ(section.fieldAt(place % model.size()).getValue(),
-                  model[place % model.size()].second);
+      ASSERT_EQ(fields.size() + top.sectionCount(), 2 * model.size());
+      if (!model.empty()) {
+        const std::size_t position = random() % model.size();
+        ASSERT_EQ(fields.at(position).getValue(), model[position].second);
+        ASSERT_EQ(fields.field(fields.placeOf(position)).name(), model[position].first);
+        ASSERT_EQ(&top.sectionAt(position), keys[position]);
       }
     }
   }
 }
 
+// A section is found by what is a path of names, not by a text that happens to look like one.
+TEST(ConfigTree, TellsPathsApartThatReadAlike) {
+  QSCfgTree tree("t");
+  QSCfgDataSection& a = tree.addSection(tree.top(), "A");
+  QSCfgDataSection& odd = tree.addSection(a, "B\\C");
+  EXPECT_EQ(tree.findPath("a\\b\\c"), nullptr);
+  QSCfgDataSection& plain = tree.addSection(tree.addSection(a, "B"), "C");
+  EXPECT_EQ(tree.findPath("a\\b\\c"), &plain);
+  EXPECT_EQ(tree.findSection(a, "b\\c"), &odd);
+  const std::uint64_t generation = tree.generation();
+  tree.removeSection(plain);
+  EXPECT_NE(tree.generation(), generation);
+  EXPECT_EQ(tree.findPath("a\\b\\c"), nullptr);
+}
+
 TEST(ConfigTree, IsDestroyedAtAnyDepth) {
-  QSCfgDataSection root("r");
-  QSCfgDataSection* section = &root;
+  QSCfgTree tree("t");
+  QSCfgDataSection* section = &tree.top();
   for (int depth = 0; depth < 300000; ++depth) {
-    section = &section->addSection("s");
+    section = &tree.addSection(*section, "s");
   }
   EXPECT_EQ(section->sectionCount(), 0u);
 }

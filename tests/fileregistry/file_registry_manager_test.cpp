@@ -89,7 +89,7 @@ TEST_F(FileManager, PathsLeadToSections) {
     restartWith("");
     OpenKey key(path);
     EXPECT_EQ(key.text("n"), "<-1>");
-    EXPECT_EQ(static_cast<QSFileKeyHandle*>(key.get())->path, kept);
+    EXPECT_EQ(static_cast<QSFileKeyHandle*>(key.get())->path(), kept);
     EXPECT_EQ(showRoot(), tree) << path;
     EXPECT_EQ(save(), 0);
     EXPECT_EQ(readFile(store()), "") << "empty sections do not outlive the process";
@@ -182,12 +182,37 @@ TEST_F(FileManager, ListsInTheOrderOfArrival) {
   EXPECT_EQ(keyAt("R\\K", 0, 5), "hello...:5");
   EXPECT_EQ(keyAt("R\\K", 0, 0), "........:5");
   EXPECT_EQ(keyAt("R", 0, 8), "-1") << "a key right below a root lists nothing";
-  QSFileKeyHandle key{kRoot, "R\\K"};
-  std::vector<std::string> names;
-  EXPECT_TRUE(LTLib::detail::cfgListSections(key, names));
-  EXPECT_EQ(names, (std::vector<std::string>{"hello", "a"}));
-  EXPECT_TRUE(LTLib::detail::cfgListFields(key, names));
-  EXPECT_EQ(names, (std::vector<std::string>{"s", "u", "s", "l"}));
+  EXPECT_EQ(keyAt("R\\K", 1, 8) + keyAt("R\\K", 2, 8), "a\0......:1-1"s);
+}
+
+// A name that repeats is listed as often, each time with what a read of that name gives.
+TEST_F(FileManager, ListsValuesWithTheirData) {
+  std::string text = "[R\\K]\n";
+  std::string expected;
+  for (const int values : {3, 40}) {
+    for (int i = 0; i < values; ++i) {
+      const std::string number = std::to_string(i);
+      text += "\"v" + number + "\"=string:\"text " + number + "\"\n\"V" + number +
+              "\"=ulong:5\n";
+      expected += 'v' + number + "=text " + number + ";V" + number + "=text " + number + ';';
+    }
+    restartWith(text);
+    const OpenKey key("R\\K");
+    char name[8];
+    unsigned char data[16];
+    unsigned int nameSize = sizeof name;
+    unsigned int dataSize = sizeof data - 1;
+    unsigned int type = REG_NONE;
+    std::string listed;
+    for (unsigned int i = 0; m_manager.regEnumValue(key.get(), i, name, &nameSize, nullptr, &type,
+                                                    data, &dataSize) == 0;
+         ++i, nameSize = sizeof name, dataSize = sizeof data - 1) {
+      listed.append(name).append("=").append(reinterpret_cast<char*>(data), dataSize) += ';';
+    }
+    EXPECT_EQ(listed, expected);
+    text = "[R\\K]\n";
+    expected.clear();
+  }
 }
 
 TEST_F(FileManager, DeletesKeysWithoutSubKeys) {

@@ -41,7 +41,7 @@ class StoreCheck : public StoreTest {
     const Reading reading = readText(text);
     EXPECT_EQ(report.loads(), reading.end == "whole") << text;
     const bool savable = shown(report).find("notsavable") == std::string::npos;
-    EXPECT_EQ(savable, !report.loads() || writeText(*reading.root).has_value()) << text;
+    EXPECT_EQ(savable, !report.loads() || writeText(*reading.tree).has_value()) << text;
     return report;
   }
 };

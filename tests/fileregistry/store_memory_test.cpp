@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "ltlib/foundation/kqsresult.h"
 #include "tests/support/store_fixture.h"
 
 namespace {

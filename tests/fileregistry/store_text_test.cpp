@@ -18,7 +18,7 @@ void expectTrees(std::initializer_list<std::pair<std::string, std::string>> case
   for (const auto& [text, tree] : cases) {
     for (const std::size_t pieceSize : {std::size_t{1}, std::size_t{3}, std::string::npos}) {
       const Reading reading = readText(text, pieceSize);
-      EXPECT_EQ(showTree(*reading.root), tree) << text;
+      EXPECT_EQ(showTree(*reading.tree), tree) << text;
       EXPECT_EQ(reading.end + reading.messages, "whole") << text;
     }
   }
@@ -86,7 +86,7 @@ TEST(TextReader, StopsAtWhatNamesNoSectionOrNeverEnds) {
   for (const auto& [lines, end, left] : cases) {
     const Reading reading = readText("[K]\n\"n\"=ulong:1\n"s + lines + "\n[L]\n");
     EXPECT_EQ(reading.end + reading.messages, end) << lines;
-    EXPECT_EQ(showTree(*reading.root), "K|n|0|1\n"s + left) << lines;
+    EXPECT_EQ(showTree(*reading.tree), "K|n|0|1\n"s + left) << lines;
   }
 }
 
@@ -103,7 +103,7 @@ TEST(TextReader, ReportsValuesWithoutText) {
     const std::string message =
         "#***** ERROR ***** : Syntax error in command line # 4\n" + hint + "\t" + line + "\n\n";
     EXPECT_EQ(reading.messages, message.substr(0, 255));
-    EXPECT_EQ(showTree(*reading.root), "A|c|1|xy\nA|" + field + "\n");
+    EXPECT_EQ(showTree(*reading.tree), "A|c|1|xy\nA|" + field + "\n");
   }
 }
 

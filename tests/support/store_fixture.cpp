@@ -4,6 +4,7 @@
 
 #include "ltlib/fileregistry/store/store.h"
 #include "ltlib/fileregistry/store/store_lock.h"
+#include "ltlib/fileregistry/tree/tree_lock.h"
 #include "tests/support/text_tree.h"
 
 namespace LTLib::Testing {
@@ -15,7 +16,7 @@ constexpr enumRegRoot kRoots[] = {REG_ROOT_CURRENT_USER, REG_ROOT_CURRENT_CONFIG
 }  // namespace
 
 void forgetStores() {
-  const ScopedLock hold(detail::treeLock());
+  const detail::TreeWriting writing;
   for (const enumRegRoot root : kRoots) {
     QSCfgRoot fresh;
     fresh.root = root;
@@ -26,7 +27,7 @@ void forgetStores() {
 
 std::string showRoot(enumRegRoot root) {
   const QSCfgRoot& record = detail::cfgRootOf(predefinedRootHandle(root));
-  return record.section != nullptr ? showTree(*record.section) : "<no tree>";
+  return record.tree != nullptr ? showTree(*record.tree) : "<no tree>";
 }
 
 StoreTest::StoreTest() : m_calls(Platform::fileCalls()) {
@@ -48,7 +49,7 @@ void StoreTest::restartWith(const std::string& text) {
 }
 
 bool StoreTest::load(enumRegRoot root) {
-  detail::cfgEnsureLoaded({predefinedRootHandle(root), "A\\B"});
+  detail::cfgEnsureLoaded(*QSFileKeyHandle::make(predefinedRootHandle(root), "A\\B"));
   return detail::cfgRootOf(predefinedRootHandle(root)).loaded;
 }
 
@@ -56,7 +57,7 @@ bool StoreTest::load(enumRegRoot root) {
 bool StoreTest::locksAreFree() const {
   return std::async(std::launch::async,
                     [&] {
-                      const ScopedLock tree(detail::treeLock());
+                      const detail::TreeWriting writing;
                       const Platform::FileCalls failing =
                           std::exchange(Platform::fileCalls(), m_calls);
                       const detail::StoreHold hold(store());

@@ -1,5 +1,6 @@
 #include "tests/support/text_tree.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -13,14 +14,14 @@ namespace {
 
 class PieceSource final : public detail::LineSource {
  public:
-  PieceSource(std::string_view text, std::size_t size)
-      : LineSource(LineEnds::kAsTheFirst), m_text(text), m_size(size) {}
+  PieceSource(std::string_view text, std::size_t size, detail::TextStore& store)
+      : LineSource(store, LineEnds::kAsTheFirst), m_text(text), m_size(size) {}
 
  protected:
-  std::string_view nextPiece() override {
-    const std::string_view piece = m_text.substr(0, m_size);
-    m_text.remove_prefix(piece.size());
-    return piece;
+  std::size_t read(char* to, std::size_t room) override {
+    const std::size_t taken = m_text.copy(to, std::min(room, m_size));
+    m_text.remove_prefix(taken);
+    return taken;
   }
 
  private:
@@ -29,20 +30,21 @@ class PieceSource final : public detail::LineSource {
 };
 
 void show(const QSCfgDataSection& section, const std::string& path, bool all, std::string& shown) {
-  if (all && section.fieldCount() == 0 && !path.empty()) {
+  if (all && section.fields().size() == 0 && !path.empty()) {
     shown += path + '\n';
   }
-  for (std::size_t i = 0; i < section.fieldCount(); ++i) {
-    const QSCfgDataField& field = section.fieldAt(i);
-    std::string text = field.getValue();
+  for (std::size_t i = 0; i < section.fields().size(); ++i) {
+    const QSCfgDataField& field = section.fields().at(i);
+    std::string text(field.getValue());
     for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n')) {
       text.replace(at, 1, "|n");
     }
-    shown += path + '|' + field.name() + '|' + std::to_string(field.type()) + '|' + text + '\n';
+    shown += path + '|' + std::string(field.name()) + '|' + std::to_string(field.type()) + '|' +
+             text + '\n';
   }
   for (std::size_t i = 0; i < section.sectionCount(); ++i) {
     const QSCfgDataSection& child = section.sectionAt(i);
-    show(child, path.empty() ? child.name() : path + '/' + child.name(), all, shown);
+    show(child, path + (path.empty() ? "" : "/") + std::string(child.name()), all, shown);
   }
 }
 
@@ -50,12 +52,12 @@ void show(const QSCfgDataSection& section, const std::string& path, bool all, st
 
 Reading readText(std::string_view text, std::size_t pieceSize) {
   Reading reading;
-  reading.root = std::make_unique<QSCfgDataSection>("root");
-  PieceSource source(text, pieceSize);
+  reading.tree = std::make_unique<QSCfgTree>("root");
+  PieceSource source(text, pieceSize, reading.tree->texts());
   detail::ReadContext context{source, reading.lineCount,
                               [&](const char* message) { reading.messages += message; }};
   try {
-    const bool whole = detail::cfgReadText(context, *reading.root) == detail::ReadResult::kWhole;
+    const bool whole = detail::cfgReadText(context, *reading.tree) == detail::ReadResult::kWhole;
     reading.end = whole ? "whole" : "bad header";
   } catch (const QSException&) {
     reading.end = "parse error";
@@ -63,7 +65,7 @@ Reading readText(std::string_view text, std::size_t pieceSize) {
   return reading;
 }
 
-std::optional<std::string> writeText(const QSCfgDataSection& root) {
+std::optional<std::string> writeText(const QSCfgTree& tree) {
   static std::string s_written;
   static std::max_align_t s_noFile;  // nothing looks into it while writing goes to memory
   const auto toMemory = [](Platform::File&, const char* bytes, std::size_t count) {
@@ -75,8 +77,8 @@ std::optional<std::string> writeText(const QSCfgDataSection& root) {
   bool accepted = true;
   try {
     detail::LineSink sink(*reinterpret_cast<Platform::File*>(&s_noFile));
-    for (std::size_t i = 0; i < root.sectionCount(); ++i) {
-      detail::cfgWriteSection(sink, root.sectionAt(i));
+    for (std::size_t i = 0; i < tree.top().sectionCount(); ++i) {
+      detail::cfgWriteSection(sink, tree.top().sectionAt(i));
     }
     sink.flush();
   } catch (const QSException&) {
@@ -86,15 +88,15 @@ std::optional<std::string> writeText(const QSCfgDataSection& root) {
   return accepted ? std::optional(s_written) : std::nullopt;
 }
 
-std::string showTree(const QSCfgDataSection& root) {
+std::string showTree(const QSCfgTree& tree) {
   std::string shown;
-  show(root, {}, true, shown);
+  show(tree.top(), {}, true, shown);
   return shown;
 }
 
-std::string showFields(const QSCfgDataSection& root) {
+std::string showFields(const QSCfgTree& tree) {
   std::string shown;
-  show(root, {}, false, shown);
+  show(tree.top(), {}, false, shown);
   return shown;
 }
 

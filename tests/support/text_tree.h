@@ -14,7 +14,7 @@ namespace LTLib::Testing {
 
 /// What one reading of a text gave.
 struct Reading {
-  std::unique_ptr<QSCfgDataSection> root;
+  std::unique_ptr<QSCfgTree> tree;
   std::string end;  // "whole", "bad header" or "parse error"
   std::string messages;
   std::uint16_t lineCount = 0;
@@ -24,14 +24,14 @@ struct Reading {
 [[nodiscard]] Reading readText(std::string_view text, std::size_t pieceSize = std::string::npos);
 
 /// The text that a store file of this tree holds, or nothing if the writer refuses the tree.
-[[nodiscard]] std::optional<std::string> writeText(const QSCfgDataSection& root);
+[[nodiscard]] std::optional<std::string> writeText(const QSCfgTree& tree);
 
 /// A line "path|name|code|text" for each field and "path" for each section without fields, in tree
 /// order; components parted by slashes, line feeds shown as a bar with an n.
-[[nodiscard]] std::string showTree(const QSCfgDataSection& root);
+[[nodiscard]] std::string showTree(const QSCfgTree& tree);
 
 /// The same without the sections that have no fields, which leave no trace in a store file.
-[[nodiscard]] std::string showFields(const QSCfgDataSection& root);
+[[nodiscard]] std::string showFields(const QSCfgTree& tree);
 
 }  // namespace LTLib::Testing
 

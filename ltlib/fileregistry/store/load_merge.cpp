@@ -1,9 +1,7 @@
-// All that may fail is done first, on the reading's own nodes: the tree changes by moves alone, into
-// room that was made for them.
+// The tree that is to be is made beside the one that is, and changes places with it when it is whole.
 #include "ltlib/fileregistry/store/load_merge.h"
 
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,88 +11,91 @@
 namespace LTLib::detail {
 namespace {
 
-// A section that was read, and the one of its path in the tree, if there is any.
-struct Pair {
-  QSCfgDataSection* read;
-  QSCfgDataSection* kept;
+// Goes through a tree from the top down, parents ahead of their children and these in their order,
+// and hands each section to `take` with what `take` gave for its parent. Without recursion: a tree is
+// as deep as its file says.
+template <class Taken, class Take>
+void walkDown(const QSCfgTree& tree, Taken forTop, Take take) {
+  std::vector<std::pair<const QSCfgDataSection*, Taken>> pending;
+  pending.emplace_back(&tree.top(), std::move(forTop));
+  while (!pending.empty()) {
+    const auto [section, taken] = std::move(pending.back());
+    pending.pop_back();
+    const std::size_t first = pending.size();
+    for (std::size_t i = 0; i < section->sectionCount(); ++i) {
+      const QSCfgDataSection& child = section->sectionAt(i);
+      pending.emplace_back(&child, take(child, taken));
+    }
+    std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(first), pending.end());
+  }
+}
+
+void copyField(const QSCfgDataField& field, QSCfgTree& tree, QSCfgDataSection& section) {
+  section.fields().append({tree.texts().keep(field.name()), field.type(),
+                           tree.texts().keep(field.getValue()), field.hasForm()});
+}
+
+std::unique_ptr<QSCfgTree> copyOf(const QSCfgTree& tree) {
+  auto copy = std::make_unique<QSCfgTree>(tree.top().name());
+  walkDown(tree, &copy->top(), [&](const QSCfgDataSection& child, QSCfgDataSection* parent) {
+    QSCfgDataSection& made = copy->addSection(*parent, child.name());
+    for (std::size_t i = 0; i < child.fields().size(); ++i) {
+      copyField(child.fields().at(i), *copy, made);
+    }
+    return &made;
+  });
+  return copy;
+}
+
+// A section of the tree, and its folded path. A line feed stands in no name that was read, so that it
+// parts path and name.
+struct Place {
+  QSCfgDataSection* section;
   std::string path;
 };
 
-// What there is to move from the reading into the tree, which has room for all of it.
-struct Plan {
-  std::vector<std::pair<QSCfgDataSection*, QSCfgDataSection*>> moves;
-  std::vector<std::unique_ptr<QSCfgDataSection>> parts;  // sections that the tree has as well
-  QSCfgDelivered delivered;                              // by this reading
-};
-
-// A line feed stands in no name that was read, so that it parts path and name.
-std::string fieldKey(const std::string& path, const QSCfgDataField& field) {
-  return path + '\n' + foldedName(field.name());
-}
-
-// Counts by name and not by place: whoever mends the file may move lines about.
-void leaveNewFields(const Pair& pair, const QSCfgDelivered& earlier, QSCfgDelivered& delivered) {
-  for (std::unique_ptr<QSCfgDataField>& field : pair.read->releaseFields()) {
-    const std::string key = fieldKey(pair.path, *field);
+// Adds what earlier readings did not bring, and notes what this one does. Counts by name and not by
+// place: whoever mends the file may move lines about.
+void addNewFields(const QSCfgDataSection& from, const Place& to, QSCfgTree& tree,
+                  const QSCfgDelivered& earlier, QSCfgDelivered& delivered) {
+  for (std::size_t i = 0; i < from.fields().size(); ++i) {
+    const QSCfgDataField& field = from.fields().at(i);
+    const std::string key = to.path + '\n' + foldedName(field.name());
     const auto before = earlier.find(key);
     if (++delivered[key] > (before != earlier.end() ? before->second : 0)) {
-      pair.read->addField(std::move(field));
+      copyField(field, tree, *to.section);
     }
   }
-}
-
-// Takes the reading apart, and leaves in each part what the tree lacks. Works level by level: the
-// tree is as deep as the file says.
-Plan planMoves(QSCfgDataSection& read, QSCfgDataSection& tree, const QSCfgDelivered& earlier) {
-  Plan plan;
-  std::vector<Pair> pending;
-  pending.push_back({&read, &tree, {}});
-  while (!pending.empty()) {
-    const Pair pair = std::move(pending.back());
-    pending.pop_back();
-    leaveNewFields(pair, earlier, plan.delivered);
-    for (std::unique_ptr<QSCfgDataSection>& child : pair.read->releaseSections()) {
-      QSCfgDataSection* kept =
-          pair.kept != nullptr ? pair.kept->findSection(child->name()) : nullptr;
-      pending.push_back({child.get(), kept, pair.path + '\\' + foldedName(child->name())});
-      if (kept != nullptr) {
-        plan.parts.push_back(std::move(child));
-      } else {
-        pair.read->adoptSection(std::move(child));
-      }
-    }
-    if (pair.kept != nullptr) {
-      pair.kept->reserveFor(*pair.read);
-      plan.moves.emplace_back(pair.read, pair.kept);
-    }
-  }
-  return plan;
 }
 
 }  // namespace
 
-void takeOverReading(QSCfgRoot& root, QSCfgDataSection& read, bool whole) {
-  QSCfgDataSection& tree = *root.section;
-  // The usual case, a first load into an empty tree, takes the top sections over as they are.
-  if (whole && root.delivered.empty() && tree.sectionCount() == 0) {
-    tree.reserveFor(read);
-    tree.takeOver(read);
+void takeOverReading(QSCfgRoot& root, std::unique_ptr<QSCfgTree> read, bool whole) {
+  // The usual case, a first load into an empty tree.
+  if (whole && root.delivered.empty() && root.tree->top().sectionCount() == 0) {
+    root.tree = std::move(read);
     return;
   }
-  Plan plan = planMoves(read, tree, root.delivered);
+  std::unique_ptr<QSCfgTree> merged = copyOf(*root.tree);
+  QSCfgDelivered delivered;
+  walkDown(*read, Place{&merged->top(), {}},
+           [&](const QSCfgDataSection& child, const Place& parent) {
+             Place place{&merged->findOrAddSection(*parent.section, child.name()),
+                         parent.path + '\\' + foldedName(child.name())};
+             addNewFields(child, place, *merged, root.delivered, delivered);
+             return place;
+           });
   // An attempt that broke off early delivers less than one before it.
   for (const auto& [key, count] : root.delivered) {
-    std::size_t& most = plan.delivered[key];
+    std::size_t& most = delivered[key];
     most = std::max(most, count);
-  }
-  for (const auto& [from, to] : plan.moves) {
-    to->takeOver(*from);
   }
   // No attempt follows a whole load.
   if (whole) {
-    plan.delivered.clear();
+    delivered.clear();
   }
-  root.delivered.swap(plan.delivered);
+  root.delivered.swap(delivered);
+  root.tree = std::move(merged);
 }
 
 }  // namespace LTLib::detail

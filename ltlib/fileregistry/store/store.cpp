@@ -5,12 +5,14 @@
 #include <exception>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "ltlib/fileregistry/store/load_merge.h"
 #include "ltlib/fileregistry/store/store_failure.h"
 #include "ltlib/fileregistry/store/store_lock.h"
 #include "ltlib/fileregistry/store/store_swap.h"
 #include "ltlib/fileregistry/text/text_writer.h"
+#include "ltlib/fileregistry/tree/tree_lock.h"
 #include "ltlib/platform/files.h"
 
 namespace LTLib::detail {
@@ -25,17 +27,17 @@ using Platform::FileResult;
 
 // Reads into a tree of its own first, since a repeated reading must not double what is there.
 ReadResult readText(QSCfgRoot& root, Platform::File& file) {
-  QSCfgDataSection read(root.section->name());
-  FileLineSource source(file);
+  auto read = std::make_unique<QSCfgTree>(root.tree->top().name());
+  FileLineSource source(file, read->texts());
   ReadContext context{source, root.lineCount, printSyntaxMessage};
   ReadResult result = ReadResult::kWhole;
   try {
-    result = cfgReadText(context, read);
+    result = cfgReadText(context, *read);
   } catch (...) {
-    takeOverReading(root, read, false);
+    takeOverReading(root, std::move(read), false);
     throw;
   }
-  takeOverReading(root, read, result == ReadResult::kWhole);
+  takeOverReading(root, std::move(read), result == ReadResult::kWhole);
   return result;
 }
 
@@ -88,12 +90,12 @@ void loadStep(QSCfgRoot& root) {
 
 // A device may tell of a failed write as late as at the flush or the close. What the first of the two
 // had to say is kept, as the close may have other words.
-void writeStore(const QSCfgDataSection& section, Platform::File* made) {
+void writeStore(const QSCfgDataSection& top, Platform::File* made) {
   Platform::FileCalls& calls = Platform::fileCalls();
   FileHandle file(made);
   LineSink sink(*file);
-  for (std::size_t i = 0; i < section.sectionCount(); ++i) {
-    cfgWriteSection(sink, section.sectionAt(i));
+  for (std::size_t i = 0; i < top.sectionCount(); ++i) {
+    cfgWriteSection(sink, top.sectionAt(i));
   }
   sink.flush();
   const bool flushed = calls.flush(*file) == FileResult::kDone;
@@ -119,10 +121,10 @@ Platform::File* makeNew(const std::string& newName, const char* like) {
 
 // The new text is whole and on the device before the store file is touched. Its file is removed
 // here, while the directory is locked: later it might be another process's.
-void writeNew(const QSCfgDataSection& section, const std::string& newName, const char* like) {
+void writeNew(const QSCfgDataSection& top, const std::string& newName, const char* like) {
   Platform::File* const file = makeNew(newName, like);
   try {
-    writeStore(section, file);
+    writeStore(top, file);
   } catch (...) {
     (void)Platform::fileCalls().remove(newName.c_str());
     throw;
@@ -141,7 +143,7 @@ void replaceStore(QSCfgRoot& root, const std::string& located) {
     if (!store.regular) {
       fail(__LINE__, "the store is no regular file");
     }
-    writeNew(*root.section, names.fresh, located.c_str());
+    writeNew(root.tree->top(), names.fresh, located.c_str());
     swapStore(names);
     return;
   }
@@ -150,7 +152,7 @@ void replaceStore(QSCfgRoot& root, const std::string& located) {
   if (root.leftBehind == located) {
     left.emplace(located);
   }
-  writeNew(*root.section, names.fresh, nullptr);
+  writeNew(root.tree->top(), names.fresh, nullptr);
   bringInFirst(names);
   if (left) {
     left->keep();
@@ -167,7 +169,7 @@ bool readyToSave(QSCfgRoot& root, const std::string& pathname) {
       return false;
     }
     root.touched = true;
-    makeRootSections();
+    makeTrees();
   }
   if (!root.loaded) {
     loadStep(root);
@@ -205,21 +207,21 @@ ReadResult cfgLoadFile(QSCfgRoot& root, const std::string& pathname) {
 }
 
 void cfgEnsureLoaded(const QSFileKeyHandle& key) {
-  const ScopedLock hold(treeLock());
-  QSCfgRoot& root = cfgRootOf(key.root);
+  const TreeWriting writing;
+  QSCfgRoot& root = cfgRootOf(key.root());
   if (root.loaded) {
     return;
   }
-  makeRootSections();
+  makeTrees();
   root.touched = true;
   // Any other handle works on the machine's root, and must not make it read a file.
-  if (isRootHandle(key.root)) {
+  if (isRootHandle(key.root())) {
     loadStep(root);
   }
 }
 
 QSResult cfgSaveFile(enumRegRoot root, std::string& pathname) {
-  const ScopedLock hold(treeLock());
+  const TreeWriting writing;
   if (registryRootName(root) == nullptr) {
     return kFailure;
   }

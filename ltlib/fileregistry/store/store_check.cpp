@@ -40,31 +40,32 @@ bool looksIndented(std::string_view line) {
 // Keeps the places of headers and values where a load keeps the values.
 class Check final : private LineVisitor {
  public:
-  Check(Platform::File& file, StoreReport& report) : m_lines(file), m_report(report) {}
+  Check(Platform::File& file, StoreReport& report) : m_lines(file, m_texts), m_report(report) {}
 
   void run();
 
  private:
-  bool takeHeader(const std::string& line) override;
-  bool takeValue(const std::string& line) override;
-  void passOver(const std::string& line) override;
-  void judgeField(const QSCfgDataFieldString& field, const std::string& line);
-  void warn(Kind kind, const std::string& line) { warn({kind, m_begin, line}); }
+  bool takeHeader(std::string_view line) override;
+  bool takeValue(std::string_view line) override;
+  void passOver(std::string_view line) override;
+  void judgeField(const QSCfgDataField& field, std::string_view line);
+  void warn(Kind kind, std::string_view line) { warn({kind, m_begin, std::string(line)}); }
   void warn(StoreFault warning);
-  bool stop(Kind kind, const std::string& line) {
-    m_report.fault = StoreFault{kind, m_begin, line.substr(0, kStoreFaultText)};
+  bool stop(Kind kind, std::string_view line) {
+    m_report.fault = StoreFault{kind, m_begin, std::string(line.substr(0, kStoreFaultText))};
     return false;
   }
   void keepTopKeys();
 
+  TextStore m_texts;
   FileLineSource m_lines;
   StoreReport& m_report;
   std::uint16_t m_shortCount = 0;  // the reader's own, which a large file runs past
   bool m_reported = false;         // whether the reader had something to say of the present value
   ReadContext m_context{m_lines, m_shortCount, [this](const char*) { m_reported = true; }};
-  QSCfgDataSection m_shallow{""};  // the upper two levels of keys
-  std::size_t m_begin = 0;         // the line on which the present header or value begins
-  std::size_t m_depth = 0;         // of the present key; 0 ahead of the first header
+  QSCfgTree m_shallow{""};  // the upper two levels of keys
+  std::size_t m_begin = 0;  // the line on which the present header or value begins
+  std::size_t m_depth = 0;  // of the present key; 0 ahead of the first header
   std::optional<StoreFault> m_unsavableHeader;  // of the present key, not told yet
 };
 
@@ -79,29 +80,29 @@ void Check::run() {
   keepTopKeys();
 }
 
-// Two levels of sections are kept, and no values: a check must not take the memory of a load.
-bool Check::takeHeader(const std::string& line) {
+// Two levels of sections are kept, and no values, whose texts alone stay until the check ends.
+bool Check::takeHeader(std::string_view line) {
   m_begin = m_lines.count();
   std::vector<std::string_view> names;
   if (!splitHeader(line, [&](std::string_view name) { names.push_back(name); })) {
     return stop(Kind::kBadHeader, line);
   }
-  QSCfgDataSection& top = m_shallow.findOrAddSection(names[0]);
+  QSCfgDataSection& top = m_shallow.findOrAddSection(m_shallow.top(), names[0]);
   if (names.size() > 1) {
-    top.findOrAddSection(names[1]);
+    m_shallow.findOrAddSection(top, names[1]);
   }
   m_unsavableHeader.reset();
   if (!headerComesBack(names)) {
-    m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, line};
+    m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, std::string(line)};
   }
   m_depth = names.size();
   return true;
 }
 
-bool Check::takeValue(const std::string& line) {
+bool Check::takeValue(std::string_view line) {
   m_begin = m_lines.count();
   m_reported = false;
-  std::unique_ptr<QSCfgDataFieldString> field;
+  QSCfgDataField field;
   try {
     field = cfgParseField(m_context, line);
   } catch (const UnendedValue&) {
@@ -115,19 +116,19 @@ bool Check::takeValue(const std::string& line) {
   } else if (m_depth == 0) {
     warn(Kind::kNoKey, line);
   } else {
-    judgeField(*field, line);
+    judgeField(field, line);
   }
   return true;
 }
 
-void Check::passOver(const std::string& line) {
+void Check::passOver(std::string_view line) {
   if (looksIndented(line)) {
     m_begin = m_lines.count();
     warn(Kind::kIndentedLine, line);
   }
 }
 
-void Check::judgeField(const QSCfgDataFieldString& field, const std::string& line) {
+void Check::judgeField(const QSCfgDataField& field, std::string_view line) {
   ++m_report.valueCount;
   // A key without values has no header in a file that is saved.
   if (m_unsavableHeader) {
@@ -136,7 +137,7 @@ void Check::judgeField(const QSCfgDataFieldString& field, const std::string& lin
   if (m_depth == 1) {
     warn(Kind::kOutOfReach, line);
   }
-  if (!fieldComesBack(field.name(), field.type(), field.getValue())) {
+  if (!field.hasForm()) {
     warn(Kind::kNotSavable, line);
   }
 }
@@ -149,12 +150,12 @@ void Check::warn(StoreFault warning) {
 }
 
 void Check::keepTopKeys() {
-  for (std::size_t i = 0; i < m_shallow.sectionCount(); ++i) {
-    const QSCfgDataSection& section = m_shallow.sectionAt(i);
+  for (std::size_t i = 0; i < m_shallow.top().sectionCount(); ++i) {
+    const QSCfgDataSection& section = m_shallow.top().sectionAt(i);
     StoreTopKey& top = m_report.topKeys.emplace_back();
     top.name = section.name();
     for (std::size_t k = 0; k < section.sectionCount(); ++k) {
-      top.subKeys.push_back(section.sectionAt(k).name());
+      top.subKeys.emplace_back(section.sectionAt(k).name());
     }
   }
 }

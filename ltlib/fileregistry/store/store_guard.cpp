@@ -1,16 +1,15 @@
 #include "ltlib/fileregistry/store/store_guard.h"
 
 #include "ltlib/fileregistry/store/store_lock.h"
-#include "ltlib/fileregistry/tree/roots.h"
+#include "ltlib/fileregistry/tree/tree_lock.h"
 
 namespace LTLib {
 
 // All three are re-entrant; the tree's lock comes first, as in every operation on the tree.
 struct StoreGuard::Holds {
-  explicit Holds(const std::string& pathname)
-      : tree(detail::treeLock()), store(detail::locateStore(pathname)) {}
+  explicit Holds(const std::string& pathname) : store(detail::locateStore(pathname)) {}
 
-  ScopedLock tree;
+  detail::TreeWriting tree;
   detail::StoreHold store;
 };
 

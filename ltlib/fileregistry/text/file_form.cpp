@@ -1,11 +1,11 @@
-// The reader itself is asked, with the line that the writer would write, so that no rule of the
-// format stands here a second time. What holds none of its marks needs no asking: nearly all names
-// and texts are such, and asking takes as long as the rest of a set, and longer than that of a save.
+// What a line of the writer must not hold lest the reader take it for something else. The reader finds
+// a name's end by the next quote, and a quoted text's by the last one of its line, which is the
+// writer's own; a bare text ends with the line, unless that ends in a backslash.
 #include "ltlib/fileregistry/text/file_form.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
+#include <string>
 
 #include "ltlib/fileregistry/text/list_text.h"
 #include "ltlib/fileregistry/text/text_reader.h"
@@ -15,33 +15,54 @@
 namespace LTLib::detail {
 namespace {
 
-// The bytes that the reader seeks inside a header, a name or a text.
-constexpr auto kMarks = [] {
-  std::array<bool, 256> marks{};
-  for (const unsigned char mark : {'\n', '\0', '"', '\\', ']'}) {
-    marks[mark] = true;
-  }
-  return marks;
-}();
+bool holds(std::string_view text, char byte) {
+  return text.find(byte) != std::string_view::npos;
+}
 
-bool holdsMark(std::string_view text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](char byte) { return kMarks[static_cast<unsigned char>(byte)]; });
+bool isInOneLine(std::string_view text) {
+  return !holds(text, '\n') && !holds(text, '\0');
+}
+
+bool isName(std::string_view name) {
+  return !name.empty() && isInOneLine(name) && !holds(name, '"');
 }
 
 bool isPlainName(std::string_view name) {
-  return !name.empty() && !holdsMark(name);
+  return !name.empty() && isInOneLine(name) && !holds(name, '\\') && !holds(name, ']');
 }
 
-std::unique_ptr<QSCfgDataFieldString> readBack(LineSource& source) {
+// What is known of the sections above spares looking at their names again.
+bool isPlainPath(QSCfgDataSection& section) {
+  const auto isOpen = [](const QSCfgDataSection& at) {
+    return at.parent() != nullptr && at.form() != QSCfgDataSection::Form::kPlain;
+  };
+  for (QSCfgDataSection* at = &section; isOpen(*at); at = at->parent()) {
+    if (!isPlainName(at->name())) {
+      return false;
+    }
+  }
+  for (QSCfgDataSection* at = &section; isOpen(*at); at = at->parent()) {
+    at->noteForm(QSCfgDataSection::Form::kPlain);
+  }
+  return true;
+}
+
+// A list takes several lines, so that the reader itself is asked, with the lines that the writer would
+// write.
+bool listComesBack(std::string_view name, std::string_view text) {
+  const std::string written = cfgFieldLine(name, kCfgListString, text);
+  TextStore store;
+  TextLineSource source(written, store);
   std::uint16_t ignored = 0;
   ReadContext context{source, ignored, [](const char*) {}};
-  std::string line;
-  try {
-    return cfgReadLine(source, line) ? cfgParseField(context, line) : nullptr;
-  } catch (const UnendedValue&) {
-    return nullptr;
+  std::string_view line;
+  if (!cfgReadLine(source, line)) {
+    return false;
   }
+  const QSCfgDataField back = cfgParseField(context, line);
+  // A line that is left over would be read as another field, or spoil the next one.
+  return back != nullptr && back.name() == name && !source.takeLine(line) &&
+         back.getValue() == joinListLines(text) && holdSameItems(back.getValue(), text);
 }
 
 }  // namespace
@@ -67,21 +88,34 @@ bool headerComesBack(const std::vector<std::string_view>& names) {
   return whole && same && expected == names.end();
 }
 
+bool sectionComesBack(QSCfgDataSection& section) {
+  using Form = QSCfgDataSection::Form;
+  if (section.form() == Form::kUnknown && !isPlainPath(section)) {
+    std::vector<std::string_view> names;
+    for (const QSCfgDataSection* at = &section; at->parent() != nullptr; at = at->parent()) {
+      names.push_back(at->name());
+    }
+    std::reverse(names.begin(), names.end());
+    section.noteForm(headerComesBack(names) ? Form::kHas : Form::kLacks);
+  }
+  return section.form() != Form::kLacks;
+}
+
 bool fieldComesBack(std::string_view name, QSCfgTypeCode code, std::string_view text) {
-  if (isPlainName(name) && !holdsMark(text)) {
-    return true;
+  switch (code) {
+    case kCfgString:
+    case kCfgDir:
+      return isName(name) && isInOneLine(text);
+    case kCfgListString:
+      if (!isInOneLine(text)) {
+        return isName(name) && listComesBack(name, text);
+      }
+      [[fallthrough]];
+    case kCfgULong:
+    case kCfgBinary:
+      return isName(name) && isInOneLine(text) && !text.ends_with('\\');
   }
-  const std::string written = cfgFieldLine(name, code, text);
-  TextLineSource source(written);
-  const std::unique_ptr<QSCfgDataFieldString> back = readBack(source);
-  // A line that is left over would be read as another field, or spoil the next one.
-  if (std::string rest;
-      back == nullptr || back->name() != name || back->type() != code || source.appendLine(rest)) {
-    return false;
-  }
-  const std::string& kept = back->getValue();
-  return code == kCfgListString ? kept == joinListLines(text) && holdSameItems(kept, text)
-                                : kept == text;
+  return false;
 }
 
 }  // namespace LTLib::detail

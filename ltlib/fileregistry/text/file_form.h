@@ -6,7 +6,6 @@
 #ifndef LTLIB_FILEREGISTRY_TEXT_FILE_FORM_H
 #define LTLIB_FILEREGISTRY_TEXT_FILE_FORM_H
 
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +15,9 @@ namespace LTLib::detail {
 
 /// Whether the header of a section with these names, from the root's child down, names it again.
 [[nodiscard]] bool headerComesBack(const std::vector<std::string_view>& names);
+
+/// The same of a section. The answer is kept in the section, so that this needs the lock of a change.
+[[nodiscard]] bool sectionComesBack(QSCfgDataSection& section);
 
 /// Whether the line of a field brings back its name, type code and text. A list may come back with
 /// its lines joined, if it holds the same items then.

@@ -3,8 +3,9 @@
 #define LTLIB_FILEREGISTRY_TEXT_LINE_SOURCE_H
 
 #include <cstddef>
-#include <string>
 #include <string_view>
+
+#include "ltlib/fileregistry/tree/text_store.h"
 
 namespace LTLib {
 
@@ -14,6 +15,7 @@ struct File;
 
 namespace detail {
 
+/// Reads a text into blocks of a store, so that its lines stay where they are as long as the store.
 class LineSource {
  public:
   /// The byte or bytes that end a line.
@@ -22,29 +24,41 @@ class LineSource {
     kAsTheFirst,  // carriage return and line feed throughout if the first line ends in them
   };
 
-  explicit LineSource(LineEnds ends = LineEnds::kLineFeed) : m_ends(ends) {}
   virtual ~LineSource() = default;
   LineSource(const LineSource&) = delete;
   LineSource& operator=(const LineSource&) = delete;
 
-  /// Appends the bytes up to the next line end, which is passed over, or up to the end of the
-  /// text. False if not a single byte was left.
-  bool appendLine(std::string& line);
+  /// The bytes up to the next line end, which is passed over, or up to the end of the text. False if
+  /// not a single byte was left.
+  bool takeLine(std::string_view& line);
+
+  /// A copy of the text that stays as long as the lines do.
+  [[nodiscard]] std::string_view keep(std::string_view text) { return m_store.keep(text); }
+
+  /// Whether there was a NUL in what was read so far, of which lines are then to be searched.
+  [[nodiscard]] bool hasNul() const { return m_hasNul; }
 
   /// How many lines were taken so far.
   [[nodiscard]] std::size_t count() const { return m_count; }
 
  protected:
-  /// The next bytes of the text, valid until the next call; empty at its end.
-  virtual std::string_view nextPiece() = 0;
+  LineSource(TextStore& store, LineEnds ends) : m_store(store), m_ends(ends) {}
+
+  /// Puts the next bytes of the text to a place, up to so many; 0 at its end.
+  virtual std::size_t read(char* to, std::size_t room) = 0;
 
  private:
-  void dropCarriageReturn(std::string& line, std::size_t start);
+  bool readOn();
+  std::string_view withoutCarriageReturn(std::string_view line);
 
-  std::string_view m_piece;
+  TextStore& m_store;
+  char* m_begin = nullptr;  // of the bytes that were read and not taken
+  char* m_end = nullptr;
+  char* m_limit = nullptr;  // of the block
   std::size_t m_count = 0;
   LineEnds m_ends;
   bool m_pairs = false;
+  bool m_hasNul = false;
 };
 
 /// Reads an open file, which stays the caller's, with the line ends of whichever system wrote it.
@@ -52,30 +66,24 @@ class LineSource {
 /// short one.
 class FileLineSource final : public LineSource {
  public:
-  explicit FileLineSource(Platform::File& file)
-      : LineSource(LineEnds::kAsTheFirst), m_file(file), m_buffer(kPiece, '\0') {}
+  FileLineSource(Platform::File& file, TextStore& store)
+      : LineSource(store, LineEnds::kAsTheFirst), m_file(file) {}
 
  protected:
-  std::string_view nextPiece() override;
+  std::size_t read(char* to, std::size_t room) override;
 
  private:
-  static constexpr std::size_t kPiece = 65536;
-
   Platform::File& m_file;
-  std::string m_buffer;
 };
 
-/// Reads a text in memory, which must outlive the source.
+/// Reads a text in memory.
 class TextLineSource final : public LineSource {
  public:
-  explicit TextLineSource(std::string_view text) : m_text(text) {}
+  TextLineSource(std::string_view text, TextStore& store)
+      : LineSource(store, LineEnds::kLineFeed), m_text(text) {}
 
  protected:
-  std::string_view nextPiece() override {
-    const std::string_view all = m_text;
-    m_text = {};
-    return all;
-  }
+  std::size_t read(char* to, std::size_t room) override;
 
  private:
   std::string_view m_text;

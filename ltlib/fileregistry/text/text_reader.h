@@ -7,8 +7,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
-#include <string>
 #include <string_view>
 
 #include "ltlib/fileregistry/text/line_source.h"
@@ -39,48 +37,43 @@ class UnendedValue final : public QSException {
   UnendedValue();
 };
 
-/// Is handed the lines of a text that begin a header or a value, each with the bytes that it has.
+/// Is handed the lines of a text that begin a header or a value, each with the bytes that it has and
+/// for as long as the source's store.
 /// Where one gives false the reading ends.
 class LineVisitor {
  public:
   virtual ~LineVisitor() = default;
-  virtual bool takeHeader(const std::string& line) = 0;
+  virtual bool takeHeader(std::string_view line) = 0;
   /// May take as many lines more from the source as the value goes on for.
-  virtual bool takeValue(const std::string& line) = 0;
+  virtual bool takeValue(std::string_view line) = 0;
   /// A line that is neither, which a load drops.
-  virtual void passOver(const std::string& /*line*/) {}
+  virtual void passOver(std::string_view /*line*/) {}
 };
 
 /// Writes a syntax message to standard output.
 void printSyntaxMessage(const char* text);
 
-/// Replaces `line` by the next line of the source. A line is taken in pieces of 8191 bytes, and a
-/// NUL cuts off the rest of its piece. False at the end of the text.
-bool cfgReadLine(LineSource& source, std::string& line);
+/// The next line of the source. A line is taken in pieces of 8191 bytes, and a NUL cuts off the rest
+/// of its piece. False at the end of the text.
+bool cfgReadLine(LineSource& source, std::string_view& line);
 
 /// Goes through all lines; the one loop by which a file is read and checked. False if the visitor
 /// ended it.
 bool cfgVisitLines(ReadContext& context, LineVisitor& visitor);
 
-/// Reads all lines into the tree below `root`. Throws UnendedValue; what was read until then stays
-/// in the tree.
-[[nodiscard]] ReadResult cfgReadText(ReadContext& context, QSCfgDataSection& root);
+/// Reads all lines into the tree, whose store must be the one that the source reads into. Throws
+/// UnendedValue, and what the source throws; what was read until then stays in the tree.
+[[nodiscard]] ReadResult cfgReadText(ReadContext& context, QSCfgTree& tree);
 
-/// The section that a header line names, added with its parents where missing; null if the line
-/// names none.
-QSCfgDataSection* cfgParseHeader(std::string_view line, QSCfgDataSection& root);
+/// The field of a value line, with as many lines more as its text goes on for; an empty one if the
+/// line has no effect. Name and text stay in the source's store.
+QSCfgDataField cfgParseField(ReadContext& context, std::string_view line);
 
-/// The field of a value line, with as many lines more as its text goes on for; null if the line
-/// has no effect.
-std::unique_ptr<QSCfgDataFieldString> cfgParseField(ReadContext& context, const std::string& line);
-
-/// The text of a quoted value. `start` is where the searches for the type word begin.
-std::string cfgParseQuoted(ReadContext& context, const std::string& line, std::size_t start,
-                           std::string_view typeWord);
+/// The text of a quoted value. `start` is the end of its type word.
+std::string_view cfgParseQuoted(ReadContext& context, std::string_view line, std::size_t start);
 
 /// The text of a bare value.
-std::string cfgParseBare(ReadContext& context, const std::string& line, std::size_t start,
-                         std::string_view typeWord);
+std::string_view cfgParseBare(ReadContext& context, std::string_view line, std::size_t start);
 
 }  // namespace LTLib::detail
 

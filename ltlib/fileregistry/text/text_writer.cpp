@@ -1,6 +1,8 @@
 // Nothing is escaped: a line is written only if the reader brings its content back (file_form.h).
 #include "ltlib/fileregistry/text/text_writer.h"
 
+#include <cstring>
+#include <utility>
 #include <vector>
 
 #include "ltlib/fileregistry/text/file_form.h"
@@ -39,65 +41,78 @@ FieldForm formOf(QSCfgTypeCode code) {
 
 }  // namespace
 
-// One call of the system for each line would take longer than all the rest of a save.
-void LineSink::put(std::string_view text) {
-  m_held += text;
-  if (m_held.size() >= kPiece) {
+void LineSink::put(std::initializer_list<std::string_view> texts) {
+  std::size_t size = 0;
+  for (const std::string_view text : texts) {
+    size += text.size();
+  }
+  if (size > kPiece - m_size) {
     flush();
+  }
+  if (size > kPiece) {
+    for (const std::string_view text : texts) {
+      write(text);
+    }
+    return;
+  }
+  for (const std::string_view text : texts) {
+    std::memcpy(m_held.get() + m_size, text.data(), text.size());
+    m_size += text.size();
   }
 }
 
 void LineSink::flush() {
-  if (Platform::fileCalls().write(m_file, m_held.data(), m_held.size()) !=
+  write({m_held.get(), std::exchange(m_size, 0)});
+}
+
+void LineSink::write(std::string_view text) {
+  if (Platform::fileCalls().write(m_file, text.data(), text.size()) !=
       Platform::FileResult::kDone) {
-    const std::string text = "registry write failed: " + Platform::lastFileFailure();
-    throw QSException("kFileRegistry", __LINE__, kFailure, text.c_str());
+    const std::string words = "registry write failed: " + Platform::lastFileFailure();
+    throw QSException("kFileRegistry", __LINE__, kFailure, words.c_str());
   }
-  m_held.clear();
 }
 
 std::string cfgFieldLine(std::string_view name, QSCfgTypeCode code, std::string_view text) {
   const FieldForm form = formOf(code);
-  std::string line;
-  if (!form.opening.empty()) {
-    line.reserve(1 + name.size() + form.opening.size() + text.size() + form.closing.size());
-    line += '"';
-    line.append(name).append(form.opening).append(text).append(form.closing);
-  }
-  return line;
+  std::string line = "\"";
+  return line.append(name).append(form.opening).append(text).append(form.closing);
 }
 
 void cfgWriteFields(LineSink& sink, const QSCfgDataSection& section, std::string_view path) {
-  sink.put("[");
-  sink.put(path);
-  sink.put("]\n");
-  for (std::size_t i = 0; i < section.fieldCount(); ++i) {
-    const QSCfgDataField& field = section.fieldAt(i);
-    // What a load brought in and no line can hold would spoil the file for the next reader.
-    if (!fieldComesBack(field.name(), field.type(), field.getValue())) {
-      throwNoForm(__LINE__, path, (" has the value " + field.name() + ", which").c_str());
+  sink.put({"[", path, "]\n"});
+  const FieldList& fields = section.fields();
+  for (std::size_t place = 0; place < fields.places(); ++place) {
+    const QSCfgDataField& field = fields.field(place);
+    if (field == nullptr) {
+      continue;
     }
-    sink.put(cfgFieldLine(field.name(), field.type(), field.getValue()));
+    // What a load brought in and no line can hold would spoil the file for the next reader.
+    if (!field.hasForm()) {
+      throwNoForm(__LINE__, path,
+                  (" has the value " + std::string(field.name()) + ", which").c_str());
+    }
+    const FieldForm form = formOf(field.type());
+    sink.put({"\"", field.name(), form.opening, field.getValue(), form.closing});
   }
-  sink.put("\n");
+  sink.put({"\n"});
 }
 
 // Depth first without recursion, since a tree is as deep as its file says.
-void cfgWriteSection(LineSink& sink, const QSCfgDataSection& section) {
+void cfgWriteSection(LineSink& sink, QSCfgDataSection& section) {
   struct Level {
-    const QSCfgDataSection* section;
+    QSCfgDataSection* section;
     std::size_t nextChild;
+    std::size_t pathSize;  // without this level
   };
   std::vector<Level> levels;
-  std::vector<std::string_view> names;
   std::string path;
-  const auto enter = [&](const QSCfgDataSection& entered) {
-    levels.push_back({&entered, 0});
-    names.emplace_back(entered.name());
+  const auto enter = [&](QSCfgDataSection& entered) {
+    levels.push_back({&entered, 0, path.size()});
     path.append(path.empty() ? "" : "\\").append(entered.name());
-    if (entered.fieldCount() != 0) {
+    if (entered.fields().size() != 0) {
       // A section without fields has no header, so that its name may be any.
-      if (!headerComesBack(names)) {
+      if (!sectionComesBack(entered)) {
         throwNoForm(__LINE__, path, " has a name that");
       }
       cfgWriteFields(sink, entered, path);
@@ -109,9 +124,7 @@ void cfgWriteSection(LineSink& sink, const QSCfgDataSection& section) {
     if (level.nextChild < level.section->sectionCount()) {
       enter(level.section->sectionAt(level.nextChild++));
     } else {
-      const std::size_t length = names.back().size();
-      path.resize(path.size() - length - (levels.size() > 1 ? 1 : 0));
-      names.pop_back();
+      path.resize(level.pathSize);
       levels.pop_back();
     }
   }

@@ -5,6 +5,9 @@
 #ifndef LTLIB_FILEREGISTRY_TEXT_TEXT_WRITER_H
 #define LTLIB_FILEREGISTRY_TEXT_TEXT_WRITER_H
 
+#include <cstddef>
+#include <initializer_list>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -24,7 +27,9 @@ class LineSink {
  public:
   explicit LineSink(Platform::File& file) : m_file(file) {}
 
-  void put(std::string_view text);
+  /// Takes the texts one behind the other. Holds them back at first: a call of the system for each
+  /// line would take longer than all the rest of a save.
+  void put(std::initializer_list<std::string_view> texts);
 
   /// Hands over what is still held back.
   void flush();
@@ -32,11 +37,14 @@ class LineSink {
  private:
   static constexpr std::size_t kPiece = 65536;
 
+  void write(std::string_view text);
+
   Platform::File& m_file;
-  std::string m_held;
+  std::unique_ptr<char[]> m_held = std::make_unique_for_overwrite<char[]>(kPiece);
+  std::size_t m_size = 0;
 };
 
-/// The line of a field, with its line feed; empty for a type code that has no line.
+/// The line of a field, with its line feed.
 [[nodiscard]] std::string cfgFieldLine(std::string_view name, QSCfgTypeCode code,
                                        std::string_view text);
 
@@ -45,7 +53,7 @@ void cfgWriteFields(LineSink& sink, const QSCfgDataSection& section, std::string
 
 /// Writes a child of the root and everything below it. What no file can hold is thrown as
 /// QSException that names it.
-void cfgWriteSection(LineSink& sink, const QSCfgDataSection& section);
+void cfgWriteSection(LineSink& sink, QSCfgDataSection& section);
 
 }  // namespace detail
 }  // namespace LTLib

@@ -1,90 +1,154 @@
-// Nodes know their children, their parent and their place; what finds them quickly lies in NodeList.
+// One look into one table leads to a section, however deep it lies: the hash of a path is made of
+// the hashes of its names, and what is found there is compared from the last name up.
 #include "ltlib/fileregistry/tree/config_tree.h"
 
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <stdexcept>
 #include <utility>
-#include <vector>
 
-void QSCfgDataField::setValue(const std::string& /*text*/) {}
+#include "ltlib/fileregistry/tree/folded_name.h"
+#include "ltlib/fileregistry/tree/key_path.h"
 
 namespace {
 
-// Never destroyed: a late caller may still hold the reference.
-const std::string& emptyText() {
-  static const auto* const s_text = new std::string;
-  return *s_text;
+using LTLib::detail::equalNames;
+using LTLib::detail::hashOfName;
+
+constexpr std::uint64_t kHashOfTop = 0;
+
+std::uint64_t nextGeneration() {
+  constinit static std::atomic<std::uint64_t> s_last{0};
+  return s_last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
-// Made when the library comes in: the child of a fork that crossed with a first use would wait for
-// the making to end.
-const std::string& s_madeAtLoad = emptyText();
+// Whether a path of as many names as the section lies deep leads to it. Only the last name of a path
+// or a header can hold a backslash, so that the text and the count of names say which names they are.
+bool leadsTo(std::string_view path, const QSCfgDataSection& section) {
+  for (const QSCfgDataSection* at = &section;; at = at->parent()) {
+    const std::string_view name = at->name();
+    if (path.size() < name.size() || !equalNames(path.substr(path.size() - name.size()), name)) {
+      return false;
+    }
+    path.remove_suffix(name.size());
+    if (at->parent()->parent() == nullptr) {
+      return path.empty();
+    }
+    if (path.empty() || path.back() != '\\') {
+      return false;
+    }
+    path.remove_suffix(1);
+  }
+}
 
 }  // namespace
 
-const std::string& QSCfgDataField::getValue() const {
-  return emptyText();
+QSCfgDataSection::QSCfgDataSection(QSCfgDataSection* parent, std::string_view name,
+                                   std::uint64_t hash)
+    : m_parent(parent),
+      m_hash(hash),
+      m_nameSize(static_cast<std::uint32_t>(name.size())),
+      m_depth(parent != nullptr ? parent->m_depth + 1 : 0) {
+  std::copy(name.begin(), name.end(), reinterpret_cast<char*>(this + 1));
 }
+
+QSCfgTree::QSCfgTree(std::string_view name)
+    : m_top(new (name) QSCfgDataSection(nullptr, name, kHashOfTop)),
+      m_generation(nextGeneration()) {}
 
 // A tree can be as deep as its file says, so that its end must not recurse; and it may come while
 // an exception for want of memory passes, so that it must not ask for any.
-QSCfgDataSection::~QSCfgDataSection() {
-  for (QSCfgDataSection* at = this; at != this || sectionCount() != 0;) {
+QSCfgTree::~QSCfgTree() {
+  for (QSCfgDataSection* at = m_top.get(); at != nullptr;) {
     if (at->sectionCount() != 0) {
-      at = &at->m_subsections.last();
+      at = at->m_children.slot(at->m_children.places() - 1).get();
     } else {
       at = at->m_parent;
-      at->m_subsections.dropLast();
+      if (at != nullptr) {
+        at->m_children.dropLast();
+      }
     }
   }
 }
 
-QSCfgDataSection& QSCfgDataSection::addSection(std::string_view name) {
-  return adoptSection(std::make_unique<QSCfgDataSection>(name));
+QSCfgDataSection* QSCfgTree::find(const QSCfgDataSection& parent, std::string_view name,
+                                  std::uint64_t hash) const {
+  return m_index.find(hash, [&](const QSCfgDataSection* candidate) {
+    return candidate->m_parent == &parent && equalNames(candidate->name(), name);
+  });
 }
 
-QSCfgDataSection& QSCfgDataSection::findOrAddSection(std::string_view name) {
-  QSCfgDataSection* found = findSection(name);
-  return found != nullptr ? *found : addSection(name);
+QSCfgDataSection* QSCfgTree::findSection(const QSCfgDataSection& parent,
+                                         std::string_view name) const {
+  return find(parent, name, hashOfName(name, parent.m_hash));
 }
 
-QSCfgDataSection& QSCfgDataSection::adoptSection(std::unique_ptr<QSCfgDataSection> section) {
-  QSCfgDataSection& adopted = m_subsections.append(std::move(section));
-  adopted.m_parent = this;
-  return adopted;
+QSCfgDataSection* QSCfgTree::findPath(std::string_view path) const {
+  std::uint64_t hash = kHashOfTop;
+  std::uint32_t depth = 0;
+  const bool whole = LTLib::detail::splitKeyPath(path, [&](std::string_view name) {
+    hash = hashOfName(name, hash);
+    ++depth;
+    return true;
+  });
+  return whole ? m_index.find(hash,
+                              [&](const QSCfgDataSection* candidate) {
+                                return candidate->m_depth == depth && leadsTo(path, *candidate);
+                              })
+               : nullptr;
 }
 
-bool QSCfgDataSection::removeSection(std::string_view name) {
-  QSCfgDataSection* found = findSection(name);
-  if (found == nullptr || found->sectionCount() != 0) {
-    return false;
+QSCfgDataSection& QSCfgTree::addSection(QSCfgDataSection& parent, std::string_view name) {
+  const std::uint64_t hash = hashOfName(name, parent.m_hash);
+  return add(parent, name, hash, find(parent, name, hash) == nullptr);
+}
+
+QSCfgDataSection& QSCfgTree::findOrAddSection(QSCfgDataSection& parent, std::string_view name) {
+  const std::uint64_t hash = hashOfName(name, parent.m_hash);
+  QSCfgDataSection* const found = find(parent, name, hash);
+  return found != nullptr ? *found : add(parent, name, hash, true);
+}
+
+QSCfgDataSection& QSCfgTree::add(QSCfgDataSection& parent, std::string_view name,
+                                 std::uint64_t hash, bool isFirst) {
+  constexpr std::size_t kMost = std::numeric_limits<std::uint32_t>::max();
+  if (name.size() > kMost || parent.m_children.places() == kMost) {
+    throw std::length_error("a key of the file registry has too long a name or too many sub-keys");
   }
-  removeSection(*found);
-  return true;
-}
-
-void QSCfgDataSection::addField(std::unique_ptr<QSCfgDataField> field) {
-  m_fields.append(std::move(field));
-}
-
-bool QSCfgDataSection::removeField(std::string_view name) {
-  QSCfgDataField* found = findField(name);
-  if (found == nullptr) {
-    return false;
+  std::unique_ptr<QSCfgDataSection> made(new (name) QSCfgDataSection(&parent, name, hash));
+  QSCfgDataSection& section = *made;
+  m_index.makeRoom(1);
+  parent.m_children.makeRoom(1);
+  section.m_place = static_cast<std::uint32_t>(parent.m_children.places());
+  parent.m_children.append(std::move(made));
+  if (isFirst) {
+    m_index.enter(hash, &section);
+  } else {
+    parent.m_hasNamesakes = true;
   }
-  m_fields.take(*found);
-  return true;
+  return section;
 }
 
-void QSCfgDataSection::reserveFor(const QSCfgDataSection& other) {
-  m_subsections.reserveFor(other.sectionCount());
-  m_fields.reserveFor(other.fieldCount());
-}
-
-// After reserveFor nothing here can fail, so that a load comes in as a whole or not at all.
-void QSCfgDataSection::takeOver(QSCfgDataSection& other) noexcept {
-  for (std::unique_ptr<QSCfgDataSection>& child : other.releaseSections()) {
-    adoptSection(std::move(child));
+// The next section of a name that repeats is sought along the row: only children of the top can be
+// such, made one by one.
+void QSCfgTree::removeSection(QSCfgDataSection& section) noexcept {
+  QSCfgDataSection& parent = *section.m_parent;
+  auto& children = parent.m_children;
+  const bool isFirst = findSection(parent, section.name()) == &section;
+  if (isFirst) {
+    m_index.leave(section.m_hash, &section);
   }
-  for (std::unique_ptr<QSCfgDataField>& field : other.releaseFields()) {
-    addField(std::move(field));
+  m_generation = nextGeneration();
+  const auto gone = children.take(section.m_place, [&](std::size_t place) {
+    children.slot(place)->m_place = static_cast<std::uint32_t>(place);
+  });
+  for (std::size_t place = 0; isFirst && parent.m_hasNamesakes && place < children.places();
+       ++place) {
+    QSCfgDataSection* const other = children.slot(place).get();
+    if (other != nullptr && equalNames(other->name(), gone->name())) {
+      m_index.enter(other->m_hash, other);
+      return;
+    }
   }
 }

@@ -1,137 +1,116 @@
-// The nodes of the tree that the file registry works on: sections are keys, fields are values.
+// The tree that the file registry works on: sections are keys, fields are values.
 //
-// Names and texts are byte strings without a NUL. All nodes are guarded by the one lock of the
-// tree (roots.h); they carry no locks of their own, since nobody reaches a node without it.
+// Names and texts are byte strings without a NUL. All nodes are guarded by the one lock of the trees
+// (tree_lock.h); they carry no locks of their own, since nobody reaches a node without it. What
+// only reads changes nothing, so that readers may go side by side.
 #ifndef LTLIB_FILEREGISTRY_TREE_CONFIG_TREE_H
 #define LTLIB_FILEREGISTRY_TREE_CONFIG_TREE_H
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
-#include "ltlib/fileregistry/tree/node_list.h"
+#include "ltlib/fileregistry/tree/data_field.h"
+#include "ltlib/fileregistry/tree/gap_list.h"
+#include "ltlib/fileregistry/tree/hash_slots.h"
+#include "ltlib/fileregistry/tree/text_store.h"
 
-/// What a field is; the numbers stand in no file.
-enum QSCfgTypeCode : unsigned int {
-  kCfgULong = 0,       // a number as decimal text
-  kCfgString = 1,      // a text
-  kCfgDir = 2,         // a text; only a file makes such a field
-  kCfgBinary = 3,      // bytes as far as the first NUL
-  kCfgListString = 4,  // quoted elements, joined
-};
+class QSCfgTree;
 
-/// The base of all nodes: a name in the letter case of its first arrival.
-class QSFirstClass {
+/// A key: a name in the letter case of its first arrival, child sections and fields, in order of
+/// arrival. Sections are made and removed by their tree, which knows the way to each.
+class QSCfgDataSection {
  public:
-  explicit QSFirstClass(std::string_view name) : m_name(name) {}
-  virtual ~QSFirstClass() = default;
-  QSFirstClass(const QSFirstClass&) = delete;
-  QSFirstClass& operator=(const QSFirstClass&) = delete;
-
-  [[nodiscard]] const std::string& name() const { return m_name; }
-
-  // Kept by the list that holds the node: its place there, and the next node of its name.
-  [[nodiscard]] std::size_t place() const { return m_place; }
-  void setPlace(std::size_t place) { m_place = static_cast<std::uint32_t>(place); }
-  [[nodiscard]] QSFirstClass* nextNamesake() const { return m_nextNamesake; }
-  void setNextNamesake(QSFirstClass* next) { m_nextNamesake = next; }
-
- private:
-  const std::string m_name;
-  QSFirstClass* m_nextNamesake = nullptr;
-  std::uint32_t m_place = 0;  // a longer list would have 2^32 nodes of 88 bytes and more
-};
-
-/// A named value: a type code, set once, and a text.
-class QSCfgDataField : public QSFirstClass {
- public:
-  QSCfgDataField(std::string_view name, QSCfgTypeCode type) : QSFirstClass(name), m_type(type) {}
-
-  [[nodiscard]] QSCfgTypeCode type() const { return m_type; }
-
-  /// Does nothing here.
-  virtual void setValue(const std::string& text);
-
-  /// One shared empty text here.
-  [[nodiscard]] virtual const std::string& getValue() const;
-
- private:
-  const QSCfgTypeCode m_type;
-};
-
-/// The one concrete field.
-class QSCfgDataFieldString final : public QSCfgDataField {
- public:
-  QSCfgDataFieldString(std::string_view name, QSCfgTypeCode type, std::string text)
-      : QSCfgDataField(name, type), m_value(std::move(text)) {}
-
-  void setValue(const std::string& text) override { m_value = text; }
-  [[nodiscard]] const std::string& getValue() const override { return m_value; }
-
- private:
-  std::string m_value;
-};
-
-/// A key: child sections and fields, in order of arrival. An operation that runs out of memory
-/// leaves the section as it was; no removal needs any.
-class QSCfgDataSection final : public QSFirstClass {
- public:
-  explicit QSCfgDataSection(std::string_view name) : QSFirstClass(name) {}
-  ~QSCfgDataSection() override;
-
+  [[nodiscard]] std::string_view name() const {
+    return {reinterpret_cast<const char*>(this + 1), m_nameSize};
+  }
   /// The section that this one is a child of; null for the top of a tree.
   [[nodiscard]] QSCfgDataSection* parent() const { return m_parent; }
 
-  /// The first child of that name, or null.
-  [[nodiscard]] QSCfgDataSection* findSection(std::string_view name) const {
-    return m_subsections.find(name);
-  }
-  /// A new child, whether or not there is one of that name.
-  QSCfgDataSection& addSection(std::string_view name);
-  /// The first child of that name, added if it is missing.
-  QSCfgDataSection& findOrAddSection(std::string_view name);
-  /// Takes a whole section over, as a child.
-  QSCfgDataSection& adoptSection(std::unique_ptr<QSCfgDataSection> section);
-  /// Takes all children out.
-  std::vector<std::unique_ptr<QSCfgDataSection>> releaseSections() noexcept {
-    return m_subsections.releaseAll();
-  }
-  /// Destroys the first child of that name and its fields. False if there is none or it has
-  /// subsections.
-  bool removeSection(std::string_view name);
-  /// Destroys a child without subsections that is the first of its name.
-  void removeSection(QSCfgDataSection& child) noexcept { m_subsections.take(child); }
-
-  /// The first field of that name, or null.
-  [[nodiscard]] QSCfgDataField* findField(std::string_view name) const {
-    return m_fields.find(name);
-  }
-  /// Appends a field, whether or not there is one of that name.
-  void addField(std::unique_ptr<QSCfgDataField> field);
-  /// Destroys the first field of that name; false if there is none.
-  bool removeField(std::string_view name);
-  /// Takes all fields out.
-  std::vector<std::unique_ptr<QSCfgDataField>> releaseFields() noexcept {
-    return m_fields.releaseAll();
+  [[nodiscard]] std::size_t sectionCount() const { return m_children.size(); }
+  [[nodiscard]] QSCfgDataSection& sectionAt(std::size_t position) const {
+    return *m_children.at(position);
   }
 
-  /// Makes room for all that another section holds, which `takeOver` then moves here.
-  void reserveFor(const QSCfgDataSection& other);
-  void takeOver(QSCfgDataSection& other) noexcept;
+  [[nodiscard]] LTLib::detail::FieldList& fields() { return m_fields; }
+  [[nodiscard]] const LTLib::detail::FieldList& fields() const { return m_fields; }
 
-  [[nodiscard]] std::size_t sectionCount() const { return m_subsections.size(); }
-  [[nodiscard]] QSCfgDataSection& sectionAt(std::size_t i) const { return m_subsections.at(i); }
-  [[nodiscard]] std::size_t fieldCount() const { return m_fields.size(); }
-  [[nodiscard]] QSCfgDataField& fieldAt(std::size_t i) const { return m_fields.at(i); }
+  /// Whether the key's header has a form in a file, as far as that is known: it stays, as the names of
+  /// a path do. Plain is a path whose names hold nothing that the reader seeks in a header.
+  enum class Form : std::uint8_t { kUnknown, kPlain, kHas, kLacks };
+  [[nodiscard]] Form form() const { return m_form; }
+  void noteForm(Form form) { m_form = form; }
+
+  QSCfgDataSection(const QSCfgDataSection&) = delete;
+  QSCfgDataSection& operator=(const QSCfgDataSection&) = delete;
+  ~QSCfgDataSection() = default;
+  static void operator delete(void* memory) { ::operator delete(memory); }
 
  private:
-  QSCfgDataSection* m_parent = nullptr;
-  LTLib::detail::NodeList<QSCfgDataSection> m_subsections;
-  LTLib::detail::NodeList<QSCfgDataField> m_fields;
+  friend class QSCfgTree;
+
+  // The name lies behind the object, in one block with it.
+  QSCfgDataSection(QSCfgDataSection* parent, std::string_view name, std::uint64_t hash);
+  static void* operator new(std::size_t size, std::string_view name) {
+    return ::operator new(size + name.size());
+  }
+  static void operator delete(void* memory, std::string_view /*name*/) {
+    ::operator delete(memory);
+  }
+
+  QSCfgDataSection* const m_parent;
+  const std::uint64_t m_hash;  // of the whole path
+  const std::uint32_t m_nameSize;
+  const std::uint32_t m_depth;  // 0 for the top
+  std::uint32_t m_place = 0;    // among the parent's children
+  Form m_form = Form::kUnknown;
+  bool m_hasNamesakes = false;  // whether two children did ever bear one name
+  LTLib::detail::GapList<std::unique_ptr<QSCfgDataSection>> m_children;
+  LTLib::detail::FieldList m_fields;
+};
+
+/// The tree of one root, with the texts that a file brought and one index of all its sections. An
+/// operation that runs out of memory leaves the tree as it was; no removal needs any.
+class QSCfgTree {
+ public:
+  explicit QSCfgTree(std::string_view name);
+  ~QSCfgTree();
+  QSCfgTree(const QSCfgTree&) = delete;
+  QSCfgTree& operator=(const QSCfgTree&) = delete;
+
+  [[nodiscard]] QSCfgDataSection& top() const { return *m_top; }
+  [[nodiscard]] LTLib::detail::TextStore& texts() { return m_texts; }
+
+  /// The first child of that name, or null.
+  [[nodiscard]] QSCfgDataSection* findSection(const QSCfgDataSection& parent,
+                                              std::string_view name) const;
+  /// The section that a key path leads to, or null.
+  [[nodiscard]] QSCfgDataSection* findPath(std::string_view path) const;
+
+  /// A new child, whether or not there is one of that name.
+  QSCfgDataSection& addSection(QSCfgDataSection& parent, std::string_view name);
+  QSCfgDataSection& findOrAddSection(QSCfgDataSection& parent, std::string_view name);
+
+  /// Destroys a section without children, and its fields.
+  void removeSection(QSCfgDataSection& section) noexcept;
+
+  /// A number that no tree had before and that another one follows whenever a section goes: what was
+  /// found while it was the same is still there.
+  [[nodiscard]] std::uint64_t generation() const { return m_generation; }
+
+ private:
+  [[nodiscard]] QSCfgDataSection* find(const QSCfgDataSection& parent, std::string_view name,
+                                       std::uint64_t hash) const;
+  QSCfgDataSection& add(QSCfgDataSection& parent, std::string_view name, std::uint64_t hash,
+                        bool isFirst);
+
+  LTLib::detail::TextStore m_texts;
+  std::unique_ptr<QSCfgDataSection> m_top;
+  // By the hash of the whole path; of several sections of one path, the first. It is true at any time:
+  // sections come and go in addSection and removeSection alone.
+  LTLib::detail::HashSlots<std::uint64_t, QSCfgDataSection*> m_index;
+  std::uint64_t m_generation;
 };
 
 #endif  // LTLIB_FILEREGISTRY_TREE_CONFIG_TREE_H

@@ -69,9 +69,9 @@ std::uint64_t mix(std::uint64_t hash, std::uint64_t eight) {
 
 // A product's low bits know nothing of the high ones of its factors, which hold the last bytes of a
 // name: two rounds bring them down, since tables look at the low bits.
-std::size_t finish(std::uint64_t hash) {
+std::uint64_t finish(std::uint64_t hash) {
   hash = (hash ^ (hash >> 32)) * 0xD6E8FEB86659FD93u;
-  return static_cast<std::size_t>(hash ^ (hash >> 32));
+  return hash ^ (hash >> 32);
 }
 
 }  // namespace
@@ -98,9 +98,9 @@ std::string foldedName(std::string_view name) {
   return folded;
 }
 
-std::size_t hashOfName(std::string_view name) noexcept {
+std::uint64_t hashOfName(std::string_view name, std::uint64_t above) noexcept {
   // The two ends of a short name may overlap, so that its length must tell "aaa" from "aa".
-  std::uint64_t hash = name.size();
+  std::uint64_t hash = above + name.size();
   if (name.size() < sizeof(std::uint64_t)) {
     return finish(mix(hash, loadShort(name)));
   }

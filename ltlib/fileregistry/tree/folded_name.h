@@ -3,7 +3,7 @@
 #ifndef LTLIB_FILEREGISTRY_TREE_FOLDED_NAME_H
 #define LTLIB_FILEREGISTRY_TREE_FOLDED_NAME_H
 
-#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,8 +15,8 @@ namespace LTLib::detail {
 /// The name with its letters a to z made capital.
 [[nodiscard]] std::string foldedName(std::string_view name);
 
-/// Equal for equal names.
-[[nodiscard]] std::size_t hashOfName(std::string_view name) noexcept;
+/// Equal for equal names below equal hashes.
+[[nodiscard]] std::uint64_t hashOfName(std::string_view name, std::uint64_t above = 0) noexcept;
 
 }  // namespace LTLib::detail
 

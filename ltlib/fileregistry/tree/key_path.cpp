@@ -19,10 +19,4 @@ bool lacksFirstComponent(std::string_view path) {
   return end == std::string_view::npos || end == 0;
 }
 
-void dropTrailingBackslash(std::string& path) {
-  if (!path.empty() && path.back() == '\\') {
-    path.pop_back();
-  }
-}
-
 }  // namespace LTLib::detail

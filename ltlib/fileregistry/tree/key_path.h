@@ -2,7 +2,6 @@
 #ifndef LTLIB_FILEREGISTRY_TREE_KEY_PATH_H
 #define LTLIB_FILEREGISTRY_TREE_KEY_PATH_H
 
-#include <string>
 #include <string_view>
 
 namespace LTLib::detail {
@@ -62,9 +61,6 @@ bool splitHeader(std::string_view line, Take take) {
 
 /// Whether a path has no first component, so that only its bracketed name can lead anywhere.
 [[nodiscard]] bool lacksFirstComponent(std::string_view path);
-
-/// Removes the one backslash that a path may end in.
-void dropTrailingBackslash(std::string& path);
 
 }  // namespace LTLib::detail
 

@@ -1,11 +1,25 @@
 // The six handles of the system lie side by side, so that a subtraction finds the root of each.
 #include "ltlib/fileregistry/tree/roots.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
+#include "ltlib/fileregistry/tree/tree_lock.h"
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/process_mutex.h"
+
+QSFileKeyHandle::QSFileKeyHandle(void* root, std::string_view path)
+    : m_root(root), m_pathSize(path.size()) {
+  std::copy(path.begin(), path.end(), reinterpret_cast<char*>(this + 1));
+}
+
+void QSFileKeyHandle::dropTrailingBackslash() {
+  if (path().ends_with('\\')) {
+    --m_pathSize;
+    m_section = nullptr;
+  }
+}
 
 namespace LTLib::detail {
 namespace {
@@ -56,10 +70,10 @@ QSCfgRoot& cfgRootOf(const void* rootHandle) {
   return place < kPlaces.size() ? roots[kPlaces[place]] : roots.back();
 }
 
-void makeRootSections() {
+void makeTrees() {
   for (QSCfgRoot& candidate : tree().roots) {
-    if (candidate.section == nullptr) {
-      candidate.section = std::make_unique<QSCfgDataSection>(registryRootName(candidate.root));
+    if (candidate.tree == nullptr) {
+      candidate.tree = std::make_unique<QSCfgTree>(registryRootName(candidate.root));
       candidate.lineCount = 0;
     }
   }

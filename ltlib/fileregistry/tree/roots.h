@@ -1,51 +1,85 @@
-// The five roots of the process, and the lock that guards their trees.
+// The five roots of the process, and the handles that name their keys.
 //
-// One lock for all trees, taken ahead of every lock of the store (store_lock.h) and held through a
-// whole load or save. What stands here is built at first use and never destroyed, so that a
-// destructor that runs late in the process still finds it. Forks take the lock, so that a child's
-// trees are whole.
+// One lock for all trees (tree_lock.h), taken ahead of every lock of the store (store_lock.h) and held
+// for writing through a whole load or save. What stands here is built at first use and never
+// destroyed, so that a destructor that runs late in the process still finds it. Forks take the lock,
+// so that a child's trees are whole.
 #ifndef LTLIB_FILEREGISTRY_TREE_ROOTS_H
 #define LTLIB_FILEREGISTRY_TREE_ROOTS_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "ltlib/fileregistry/tree/config_tree.h"
-#include "ltlib/foundation/mutex.h"
 #include "ltlib/registry/registry_manager.h"
 
-/// An open key of the file backend: a root and a path. It points at nothing in the tree.
-struct QSFileKeyHandle {
-  void* root = nullptr;  // the root's predefined handle
-  std::string path;      // components joined by one backslash
+/// An open key of the file backend: a root and a path, whose components one backslash joins. What it
+/// remembers of the tree spares a search and is looked through again before it is used.
+class QSFileKeyHandle {
+ public:
+  /// In one block with a copy of the path.
+  static std::unique_ptr<QSFileKeyHandle> make(void* root, std::string_view path) {
+    return std::unique_ptr<QSFileKeyHandle>(new (path) QSFileKeyHandle(root, path));
+  }
+
+  /// The root's predefined handle.
+  [[nodiscard]] void* root() const { return m_root; }
+  [[nodiscard]] std::string_view path() const {
+    return {reinterpret_cast<const char*>(this + 1), m_pathSize};
+  }
+  /// Removes the one backslash that the path may end in.
+  void dropTrailingBackslash();
+
+  /// Where the path leads in that tree; null if nothing is known, or no longer true.
+  [[nodiscard]] QSCfgDataSection* remembered(const QSCfgTree& tree) const {
+    return m_generation == tree.generation() ? m_section : nullptr;
+  }
+  void remember(const QSCfgTree& tree, QSCfgDataSection& section) {
+    m_section = &section;
+    m_generation = tree.generation();
+  }
+
+  /// The place of the field that was last asked for.
+  std::size_t fieldHint = LTLib::detail::FieldList::kNowhere;
+
+  QSFileKeyHandle(const QSFileKeyHandle&) = delete;
+  QSFileKeyHandle& operator=(const QSFileKeyHandle&) = delete;
+  static void operator delete(void* memory) { ::operator delete(memory); }
+
+ private:
+  QSFileKeyHandle(void* root, std::string_view path);
+  static void* operator new(std::size_t size, std::string_view path) {
+    return ::operator new(size + path.size());
+  }
+  static void operator delete(void* memory, std::string_view /*path*/) {
+    ::operator delete(memory);
+  }
+
+  void* m_root;
+  std::size_t m_pathSize;
+  QSCfgDataSection* m_section = nullptr;
+  std::uint64_t m_generation = 0;  // no tree's
 };
 
 /// How often the attempts to load a root have delivered each field, by folded path and name: the
 /// most that any one of them did. Empty once a load came to its end, since none follows.
 using QSCfgDelivered = std::unordered_map<std::string, std::size_t>;
 
-/// The last walk along a key path that led to a section, so that the next operation on the same key
-/// need not repeat it. It stays true while sections are added, since they come in behind their
-/// namesakes; removeSectionOf, the one way by which a section of a root's tree goes, sets it right.
-struct QSCfgLastWalk {
-  std::string path;
-  QSCfgDataSection* section = nullptr;
-};
-
 /// One registry root.
 struct QSCfgRoot {
   enumRegRoot root = REG_ROOT_NONE;
-  std::unique_ptr<QSCfgDataSection> section;  // null until the first touch of any root
-  std::uint16_t lineCount = 0;                // lines read, for syntax messages
-  bool touched = false;                       // a tree operation has asked for this root
-  bool loaded = false;                        // the store file was read to its end
-  bool loadFailed = false;                    // the last attempt to read it failed
-  std::string unreadable;                     // why a file that is there counted as empty
-  std::string leftBehind;                     // a missing store beside which a save's files lie
-  QSCfgDelivered delivered;                   // by attempts that failed
-  QSCfgLastWalk lastWalk;
+  std::unique_ptr<QSCfgTree> tree;  // null until the first touch of any root
+  std::uint16_t lineCount = 0;      // lines read, for syntax messages
+  bool touched = false;             // a tree operation has asked for this root
+  bool loaded = false;              // the store file was read to its end
+  bool loadFailed = false;          // the last attempt to read it failed
+  std::string unreadable;           // why a file that is there counted as empty
+  std::string leftBehind;           // a missing store beside which a save's files lie
+  QSCfgDelivered delivered;         // by attempts that failed
 };
 
 namespace LTLib::detail {
@@ -62,11 +96,8 @@ namespace LTLib::detail {
 /// Whether the handle is exactly one of the five predefined ones.
 [[nodiscard]] bool isRootHandle(const void* handle);
 
-/// Makes the root sections that are missing. Requires: the tree's lock is held.
-void makeRootSections();
-
-/// Guards the trees and the root records.
-[[nodiscard]] Mutex& treeLock();
+/// Makes the trees that are missing. Requires: the tree's lock is held for writing.
+void makeTrees();
 
 }  // namespace LTLib::detail
 

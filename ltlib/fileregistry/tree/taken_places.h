@@ -3,7 +3,7 @@
 // A tree of sums laid out as an array (a binary indexed tree): the sum at number n, counted from 1,
 // covers so many places up to its own as the lowest bit of n tells: at 6 the places 5 and 6, at 8 all
 // from 1 to 8. Each operation takes as many steps as the length of the row has bits. It is a cache of
-// NodeList, which tells it of each place that is freed.
+// GapList, which tells it of each place that comes or is freed.
 #ifndef LTLIB_FILEREGISTRY_TREE_TAKEN_PLACES_H
 #define LTLIB_FILEREGISTRY_TREE_TAKEN_PLACES_H
 
@@ -17,6 +17,13 @@ namespace LTLib::detail {
 class TakenPlaces {
  public:
   [[nodiscard]] std::size_t size() const { return m_sums.size(); }
+
+  /// Makes room for so many places more, whose `append` then cannot fail.
+  void makeRoom(std::size_t more) {
+    if (const std::size_t wanted = size() + more; wanted > m_sums.capacity()) {
+      m_sums.reserve(std::max(wanted, 2 * size()));
+    }
+  }
 
   /// Adds a place behind the others.
   void append(bool taken) {

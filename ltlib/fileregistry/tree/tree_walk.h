@@ -1,8 +1,7 @@
-// Walks along key paths from a root's section down.
+// Walks along key paths from the top of a root's tree.
 #ifndef LTLIB_FILEREGISTRY_TREE_TREE_WALK_H
 #define LTLIB_FILEREGISTRY_TREE_TREE_WALK_H
 
-#include <memory>
 #include <string_view>
 
 #include "ltlib/fileregistry/tree/config_tree.h"
@@ -10,59 +9,38 @@
 
 namespace LTLib::detail {
 
-/// A way down from a section. What it has to add stands apart from the tree until `join`, so that
-/// an operation that fails before that leaves nothing behind.
-class Branch {
+/// The section that a handle's path leads to, or null. Requires: the tree's lock is held.
+[[nodiscard]] QSCfgDataSection* findSection(QSFileKeyHandle& key);
+
+/// A way along a path that adds the sections which are missing; a path that is no more than a name in
+/// brackets adds a section each time. What it adds stays with `keep` and goes with the object
+/// otherwise, so that an operation that fails before leaves nothing behind. Requires: the tree's lock
+/// is held for writing, and nobody else changes the tree ahead of `keep`.
+class MadeWay {
  public:
-  explicit Branch(QSCfgDataSection& start) : m_tip(&start), m_joint(&start) {}
+  MadeWay(QSCfgTree& tree, std::string_view path);
+  ~MadeWay();
+  MadeWay(const MadeWay&) = delete;
+  MadeWay& operator=(const MadeWay&) = delete;
 
-  /// Where the way has come to.
-  [[nodiscard]] QSCfgDataSection& tip() const { return *m_tip; }
-
-  /// Goes to the first child of that name. Where there is none it adds one or, without `create`,
-  /// gives false.
-  bool go(std::string_view name, bool create);
-  /// Goes to a new child.
-  void add(std::string_view name);
-
-  /// Puts what was added into the tree: all of it, or on failure nothing.
-  void join();
-
- private:
-  QSCfgDataSection* m_tip;
-  QSCfgDataSection* m_joint;                  // where what was added is to hang
-  std::unique_ptr<QSCfgDataSection> m_added;  // the topmost
-};
-
-/// Follows a path from the section where the branch stands. False if it leads to no section; the
-/// way then goes as far as it leads. With `create` missing sections are added, and a bracketed name
-/// adds a new section every time.
-bool cfgResolveSection(std::string_view path, Branch& branch, bool create);
-
-/// One walk to the section of a key, which begins where the last one below the same root ended if
-/// the path goes on from there. Requires: the tree's lock is held, and the tree does not change
-/// ahead of `join`, with which a walk ends unless its operation is given up.
-class KeyWalk {
- public:
-  KeyWalk(const QSFileKeyHandle& key, bool create);
-
-  /// Null if the path leads to no section.
+  /// Null if the path leads to no section, whatever is added.
   [[nodiscard]] QSCfgDataSection* section() const { return m_section; }
 
-  /// As Branch::join; the next walk may then begin here.
-  void join();
+  void keep() { m_joint = m_tip; }
 
  private:
-  void remember(QSCfgLastWalk& last, std::string_view path, std::size_t shared);
+  void takeBack() noexcept;
+  void goOn(std::string_view name);
 
-  Branch m_branch;
+  QSCfgTree& m_tree;
+  QSCfgDataSection* m_tip;    // where the way has come to
+  QSCfgDataSection* m_joint;  // from where on it was added
   QSCfgDataSection* m_section = nullptr;
-  QSCfgLastWalk* m_remembered = nullptr;  // where this walk is told of
 };
 
-/// Destroys the section of a key. False if there is none, or it has children. Requires: as for a
-/// walk.
-bool removeSectionOf(const QSFileKeyHandle& key);
+/// Destroys the section of a key. False if there is none, or it has children. Requires: as for
+/// MadeWay.
+bool removeSectionOf(QSFileKeyHandle& key);
 
 }  // namespace LTLib::detail
 

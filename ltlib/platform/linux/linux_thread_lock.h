@@ -19,9 +19,6 @@ struct ThreadLock {
   unsigned int spinCount;
 };
 
-/// What tells the calling thread from all others that live; the same in the child of its fork.
-[[nodiscard]] const void* currentThread() noexcept;
-
 /// As enterThreadLock, but gives up at once where that would mean to wait.
 [[nodiscard]] bool tryEnterThreadLock(ThreadLock& lock) noexcept;
 

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <new>
 
 #include "ltlib/platform/fork.h"
@@ -52,6 +53,10 @@ void destroyThreadLock(ThreadLock* lock) noexcept {
     DeleteCriticalSection(&lock->section);
     delete lock;
   }
+}
+
+const void* currentThread() noexcept {
+  return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(GetCurrentThreadId()));
 }
 
 // Made by the first caller, which may come before the static objects of this file.
