@@ -102,6 +102,30 @@ TEST(ConfigTree, TellsPathsApartThatReadAlike) {
   EXPECT_EQ(tree.findPath("a\\b\\c"), nullptr);
 }
 
+// Long paths are walked from where the last one ended.
+TEST(ConfigTree, FollowsLongPathsDownAndUp) {
+  const std::string name(200, 'n');
+  QSCfgTree tree("t");
+  std::vector<std::string> paths{name};
+  std::vector<QSCfgDataSection*> sections{&tree.addSection(tree.top(), name)};
+  for (int depth = 1; depth < 5; ++depth) {
+    paths.push_back(paths.back() + "\\" + foldedName(name));
+    sections.push_back(&tree.addSection(*sections.back(), name));
+  }
+  for (std::size_t round = 0; round < 2; ++round) {
+    for (std::size_t i = 1; i < paths.size(); ++i) {
+      EXPECT_EQ(tree.findPath(paths[i]), sections[i]);
+      EXPECT_EQ(tree.findPath(paths[i] + "\\" + name + "x"), nullptr);
+      EXPECT_EQ(tree.findPath(paths[i] + "\\\\" + name), nullptr);
+    }
+  }
+  for (std::size_t i = paths.size(); i-- > 0;) {
+    EXPECT_EQ(tree.findPath(paths[i]), i > 0 ? sections[i] : nullptr);
+    tree.removeSection(*sections[i]);
+    EXPECT_EQ(tree.findPath(paths[i]), nullptr);
+  }
+}
+
 TEST(ConfigTree, IsDestroyedAtAnyDepth) {
   QSCfgTree tree("t");
   QSCfgDataSection* section = &tree.top();

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -53,6 +54,61 @@ QSCfgDataSection::QSCfgDataSection(QSCfgDataSection* parent, std::string_view na
   std::copy(name.begin(), name.end(), reinterpret_cast<char*>(this + 1));
 }
 
+namespace LTLib::detail {
+
+template <class Walk, class Step>
+QSCfgDataSection* LastWalk::follow(std::string_view path, Walk walk, Step step) {
+  if (m_inUse.exchange(true, std::memory_order_acquire)) {
+    return walk();
+  }
+  QSCfgDataSection* found = m_section;
+  if (found == nullptr || path != m_path) {
+    const std::string_view name = found != nullptr ? nameBelow(path) : std::string_view();
+    found = name.empty() ? walk() : step(*found, name);
+    remember(path, found);
+  }
+  m_inUse.store(false, std::memory_order_release);
+  return found;
+}
+
+// Empty if the path leads elsewhere, or further.
+std::string_view LastWalk::nameBelow(std::string_view path) const {
+  const std::size_t start = m_path.size() + 1;
+  if (path.size() <= start || path[start - 1] != '\\' || !path.starts_with(m_path)) {
+    return {};
+  }
+  const std::string_view name = path.substr(start);
+  return name.find('\\') == std::string_view::npos ? name : std::string_view();
+}
+
+// The part of the path that both have in common is not copied again.
+void LastWalk::remember(std::string_view path, QSCfgDataSection* section) noexcept {
+  const bool goesOn = path.starts_with(m_path);
+  const std::size_t shared = goesOn ? m_path.size() : 0;
+  m_section = nullptr;
+  if (section == nullptr || path.find("\\\\", shared) != std::string_view::npos) {
+    return;
+  }
+  try {
+    m_path.resize(shared);
+    m_path.append(path.substr(shared));
+    m_section = section;
+  } catch (const std::bad_alloc&) {
+    m_path.clear();
+  }
+}
+
+// Whoever deletes a branch goes on with the key above, unless that lies right below the top, where no
+// path leads.
+void LastWalk::leave(const QSCfgDataSection& section) noexcept {
+  if (m_section == &section) {
+    m_path.resize(m_path.rfind('\\'));
+    m_section = m_path.find('\\') != std::string::npos ? section.parent() : nullptr;
+  }
+}
+
+}  // namespace LTLib::detail
+
 QSCfgTree::QSCfgTree(std::string_view name)
     : m_top(new (name) QSCfgDataSection(nullptr, name, kHashOfTop)),
       m_generation(nextGeneration()) {}
@@ -85,6 +141,16 @@ QSCfgDataSection* QSCfgTree::findSection(const QSCfgDataSection& parent,
 }
 
 QSCfgDataSection* QSCfgTree::findPath(std::string_view path) const {
+  return path.size() < LTLib::detail::LastWalk::kShortest
+             ? walk(path)
+             : m_lastWalk.follow(
+                   path, [&] { return walk(path); },
+                   [&](const QSCfgDataSection& from, std::string_view name) {
+                     return findSection(from, name);
+                   });
+}
+
+QSCfgDataSection* QSCfgTree::walk(std::string_view path) const {
   std::uint64_t hash = kHashOfTop;
   std::uint32_t depth = 0;
   const bool whole = LTLib::detail::splitKeyPath(path, [&](std::string_view name) {
@@ -140,6 +206,7 @@ void QSCfgTree::removeSection(QSCfgDataSection& section) noexcept {
     m_index.leave(section.m_hash, &section);
   }
   m_generation = nextGeneration();
+  m_lastWalk.leave(section);
   const auto gone = children.take(section.m_place, [&](std::size_t place) {
     children.slot(place)->m_place = static_cast<std::uint32_t>(place);
   });

@@ -6,9 +6,11 @@
 #ifndef LTLIB_FILEREGISTRY_TREE_CONFIG_TREE_H
 #define LTLIB_FILEREGISTRY_TREE_CONFIG_TREE_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "ltlib/fileregistry/tree/data_field.h"
@@ -70,6 +72,33 @@ class QSCfgDataSection {
   LTLib::detail::FieldList m_fields;
 };
 
+namespace LTLib::detail {
+
+/// The last walk along a long path, from which the next one goes on: whoever goes through a deep branch
+/// key by key would otherwise walk the whole way for each. Readers share it by giving it up: whoever
+/// finds it in use does without. A section that goes is told of.
+class LastWalk {
+ public:
+  /// How long a path has to be for this to cost less than the walk.
+  static constexpr std::size_t kShortest = 256;
+
+  /// Where the path leads: as `walk` tells, or one step on from here, by `step`.
+  template <class Walk, class Step>
+  QSCfgDataSection* follow(std::string_view path, Walk walk, Step step);
+
+  void leave(const QSCfgDataSection& section) noexcept;
+
+ private:
+  [[nodiscard]] std::string_view nameBelow(std::string_view path) const;
+  void remember(std::string_view path, QSCfgDataSection* section) noexcept;
+
+  std::atomic<bool> m_inUse{false};
+  std::string m_path;  // without two backslashes in a row, behind which the rest is one name
+  QSCfgDataSection* m_section = nullptr;
+};
+
+}  // namespace LTLib::detail
+
 /// The tree of one root, with the texts that a file brought and one index of all its sections. An
 /// operation that runs out of memory leaves the tree as it was; no removal needs any.
 class QSCfgTree {
@@ -100,6 +129,7 @@ class QSCfgTree {
   [[nodiscard]] std::uint64_t generation() const { return m_generation; }
 
  private:
+  [[nodiscard]] QSCfgDataSection* walk(std::string_view path) const;
   [[nodiscard]] QSCfgDataSection* find(const QSCfgDataSection& parent, std::string_view name,
                                        std::uint64_t hash) const;
   QSCfgDataSection& add(QSCfgDataSection& parent, std::string_view name, std::uint64_t hash,
@@ -110,6 +140,7 @@ class QSCfgTree {
   // By the hash of the whole path; of several sections of one path, the first. It is true at any time:
   // sections come and go in addSection and removeSection alone.
   LTLib::detail::HashSlots<std::uint64_t, QSCfgDataSection*> m_index;
+  mutable LTLib::detail::LastWalk m_lastWalk;
   std::uint64_t m_generation;
 };
 
