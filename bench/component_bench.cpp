@@ -19,6 +19,9 @@
 #ifdef LTLIB_BENCH_PEER_LIBRARY
 #include <Poco/ClassLoader.h>
 #endif
+#ifdef LTLIB_BENCH_GOBJECT_2_0
+#include <glib-object.h>
+#endif
 
 namespace {
 
@@ -64,12 +67,12 @@ class Library {
     static_cast<iqsUnknown*>(out)->Release();
   }
 
- private:
   static QSResult create(iqsUnknown* outer, iqsCUnknown** out) {
     *out = new iqsCUnknown(outer);
     return LTLib::kSuccess;
   }
 
+ private:
   std::vector<std::unique_ptr<iqsDllLoader::Registrar>> m_registrars;
 };
 
@@ -129,21 +132,64 @@ class PocoClassLoader {
 };
 #endif
 
+#ifdef LTLIB_BENCH_GOBJECT_2_0
+// One type for each name.
+class GObjectTypes {
+ public:
+  explicit GObjectTypes(const std::vector<std::string>& ids) {
+    for (const std::string& id : ids) {
+      g_type_register_static_simple(G_TYPE_OBJECT, typeName(id).c_str(), sizeof(GObjectClass),
+                                    nullptr, sizeof(GObject), nullptr, GTypeFlags());
+      m_names[id] = typeName(id);
+    }
+  }
+
+  void createAndRelease(const std::string& id) const {
+    const GType type = g_type_from_name(m_names.find(id)->second.c_str());
+    auto* object = static_cast<GObject*>(g_object_new(type, nullptr));
+    benchmark::DoNotOptimize(object);
+    g_object_unref(object);
+  }
+
+ private:
+  // A dot is no letter of its names.
+  static std::string typeName(std::string id) {
+    std::replace(id.begin(), id.end(), '.', '_');
+    return id;
+  }
+
+  std::unordered_map<std::string, std::string> m_names;
+};
+#endif
+
 BENCHMARK(instanceAmong<Library, kPeerClasses>);
 BENCHMARK(instanceAmong<BareTree, kPeerClasses>);
 BENCHMARK(instanceAmong<BareHash, kPeerClasses>);
-#ifdef LTLIB_BENCH_PEER_LIBRARY
-BENCHMARK(instanceAmong<PocoClassLoader, kPeerClasses>);
-#endif
 BENCHMARK(instanceAmong<Library, kPeerClasses>)->Threads(2)->UseRealTime();
 #ifdef LTLIB_BENCH_PEER_LIBRARY
+BENCHMARK(instanceAmong<PocoClassLoader, kPeerClasses>);
 BENCHMARK(instanceAmong<PocoClassLoader, kPeerClasses>)->Threads(2)->UseRealTime();
 #endif
-BENCHMARK(instanceAmong<Library, 10000>);
-BENCHMARK(instanceAmong<BareHash, 10000>);
-BENCHMARK(instanceAmong<Library, 10000>)->Threads(2)->UseRealTime();
+#ifdef LTLIB_BENCH_GOBJECT_2_0
+BENCHMARK(instanceAmong<GObjectTypes, kPeerClasses>);
+#endif
 BENCHMARK(instanceAmong<Library, 100000>);
 BENCHMARK(instanceAmong<BareHash, 100000>);
+
+// A registrar comes and goes among that many classes.
+template <int classes>
+void registrarAmong(benchmark::State& state) {
+  const std::vector<std::string> ids = shuffledIds(classes);
+  static const Library s_library(ids);
+  std::size_t at = 0;
+  for (auto _ : state) {
+    const iqsDllLoader::Registrar registrar(ids[at].c_str(), Library::create);
+    at = at + 1 < ids.size() ? at + 1 : 0;
+  }
+}
+
+BENCHMARK(registrarAmong<kPeerClasses>);
+BENCHMARK(registrarAmong<100000>);
 
 // The plain form, with two locks for each creation and each release.
 void plainInstance(benchmark::State& state) {

@@ -1,6 +1,15 @@
-// A library for classes whose registrars sit in the program.
+// A library that offers one class, and by the way holds the code of those whose registrars sit in
+// the program.
+#include "ltlib/ltlib.h"
+
 namespace {
 
-[[maybe_unused]] const int s_nothing = 0;
+QSResult create(iqsUnknown* outer, iqsCUnknown** out) {
+  *out = new iqsCUnknown(outer);
+  return LTLib::kSuccess;
+}
+
+// Nothing unless the class has its entry.
+const iqsDllLoader::Registrar s_registrar("FirstLoad", create);
 
 }  // namespace

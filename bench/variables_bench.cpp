@@ -1,12 +1,10 @@
-// Expansion of variables beside plain single-pass replacement, which knows neither nesting nor
-// cycles.
+// Expansion of variables beside its peers, by the number of characters that come out: references to
+// plain values (flat), and to values that hold references in three levels (nested).
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <map>
-#include <shared_mutex>
+#include <cstdint>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 #include "ltlib/ltlib.h"
@@ -14,149 +12,121 @@
 #ifdef LTLIB_BENCH_ABSL_STRINGS
 #include <absl/strings/str_replace.h>
 #endif
+#ifdef LTLIB_BENCH_POCO
+#include <Poco/AutoPtr.h>
+#include <Poco/Util/MapConfiguration.h>
+#endif
 
 namespace {
 
-QSREGISTRYVARIABLE s_table[] = {
-    {"Alpha", "first"}, {"Beta", "second value"}, {"Gamma", "g"}, {nullptr, nullptr}};
-const QSVariableRegistrar s_registrar(s_table);
+// A reference is written %NAME%.
+const std::pair<const char*, const char*> kVariables[] = {
+    {"Alpha", "first"},
+    {"Beta", "second value"},
+    {"Gamma", "g"},
+    {"Inner", "the end of %Alpha%"},
+    {"Middle", "%Inner% and %Beta%"},
+    {"Outer", "%Middle%, %Gamma%"},
+};
 
-std::string references(std::int64_t count) {
-  static const char* const kReferences[] = {"%Alpha%/", "%Beta%/", "text %Gamma%/"};
+const std::vector<std::string> kFlat = {"%Alpha%/", "%Beta%/", "text %Gamma%/"};
+const std::vector<std::string> kNested = {"%Outer%/", "text %Middle%/"};
+
+std::string references(const std::vector<std::string>& pieces, std::int64_t characters) {
   std::string text;
-  for (std::int64_t i = 0; i < count; ++i) {
-    text += kReferences[i % 3];
+  for (std::size_t i = 0; text.size() < static_cast<std::size_t>(characters); ++i) {
+    text += pieces[i % pieces.size()];
   }
   return text;
 }
 
-// Each reference is a leaf, so that the peers do the same work.
-void expandLeaves(benchmark::State& state) {
-  const std::string source = references(state.range(0));
-  for (auto _ : state) {
-    std::string text = source;
-    benchmark::DoNotOptimize(QSExpandString(text));
-    benchmark::DoNotOptimize(text.data());
-  }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-std::string replacedOnce(const std::map<std::string, std::string, std::less<>>& table,
-                         std::string_view text) {
-  std::string made;
-  std::size_t from = 0;
-  for (;;) {
-    const std::size_t first = text.find('%', from);
-    const std::size_t second = text.find('%', first + 1);
-    if (first == std::string_view::npos || second == std::string_view::npos) {
-      return made.append(text, from);
+struct Library {
+  Library() {
+    for (const auto& [name, value] : kVariables) {
+      (void)QSConfigVariableManager::GetInstance()->AddVariable(name, value);
     }
-    made.append(text, from, first - from);
-    made.append(table.find(text.substr(first + 1, second - first - 1))->second);
-    from = second + 1;
   }
-}
-
-void replaceOnceByHand(benchmark::State& state) {
-  const std::map<std::string, std::string, std::less<>> table = {
-      {"Alpha", "first"}, {"Beta", "second value"}, {"Gamma", "g"}};
-  const std::string source = references(state.range(0));
-  for (auto _ : state) {
-    std::string text = replacedOnce(table, source);
-    benchmark::DoNotOptimize(text.data());
+  static std::string reference(const std::string& text) { return text; }
+  static std::string expanded(const std::string& source) {
+    std::string text = source;
+    (void)QSExpandString(text);
+    return text;
   }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-}
+};
 
-BENCHMARK(expandLeaves)->Name("expandLeaves<QSExpandString>")->Arg(1)->Arg(100)->Arg(100000);
-BENCHMARK(replaceOnceByHand)->Name("expandLeaves<by hand>")->Arg(1)->Arg(100)->Arg(100000);
-
-#ifdef LTLIB_BENCH_ABSL_STRINGS
-void replaceAllByAbsl(benchmark::State& state) {
-  const std::string source = references(state.range(0));
-  for (auto _ : state) {
-    std::string text = absl::StrReplaceAll(
-        source, {{"%Alpha%", "first"}, {"%Beta%", "second value"}, {"%Gamma%", "g"}});
-    benchmark::DoNotOptimize(text.data());
+#ifdef LTLIB_BENCH_POCO
+// Its references are written ${NAME}.
+class PocoConfiguration {
+ public:
+  PocoConfiguration() {
+    for (const auto& [name, value] : kVariables) {
+      m_configuration->setString(name, reference(value));
+    }
   }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-BENCHMARK(replaceAllByAbsl)
-    ->Name("expandLeaves<absl::StrReplaceAll>")
-    ->Arg(1)
-    ->Arg(100)
-    ->Arg(100000);
+  static std::string reference(const std::string& text) {
+    std::string made;
+    bool open = false;
+    for (const char c : text) {
+      if (c == '%') {
+        open = !open;
+        made += open ? "${" : "}";
+      } else {
+        made += c;
+      }
+    }
+    return made;
+  }
+  [[nodiscard]] std::string expanded(const std::string& source) const {
+    return m_configuration->expand(source);
+  }
+
+ private:
+  Poco::AutoPtr<Poco::Util::MapConfiguration> m_configuration{new Poco::Util::MapConfiguration};
+};
 #endif
 
-// The path of a class, as the registry objects ask for it: six levels deep.
-void expandClassPath(benchmark::State& state) {
-  for (auto _ : state) {
-    std::string text = "%CLASSID%\\{0F5A1C2E}";
-    benchmark::DoNotOptimize(QSExpandString(text));
+#ifdef LTLIB_BENCH_ABSL_STRINGS
+struct Absl {
+  static std::string reference(const std::string& text) { return text; }
+  static std::string expanded(const std::string& source) {
+    return absl::StrReplaceAll(
+        source, {{"%Alpha%", "first"}, {"%Beta%", "second value"}, {"%Gamma%", "g"}});
   }
-}
-BENCHMARK(expandClassPath)->ThreadRange(1, 2)->UseRealTime();
-
-void passPlainPath(benchmark::State& state) {
-  std::string text = "Software\\Tarn Quillmere\\Suite RZ 7.0\\default\\Shared";
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(QSExpandString(text));
-  }
-}
-BENCHMARK(passPlainPath);
-
-// A nested name comes back again and again.
-void expandNestedNames(benchmark::State& state) {
-  std::string source;
-  for (std::int64_t i = 0; i < state.range(0); ++i) {
-    source += "%SharedRoot%;";
-  }
-  for (auto _ : state) {
-    std::string text = source;
-    benchmark::DoNotOptimize(QSExpandString(text));
-  }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-BENCHMARK(expandNestedNames)->Arg(100)->Arg(100000);
-
-// Reader-writer locks, alone and beside a second reader.
-struct StandardLock {
-  void readLock() { lock.lock_shared(); }
-  void writeLock() { lock.lock(); }
-  void unlockRead() { lock.unlock_shared(); }
-  void unlockWrite() { lock.unlock(); }
-  std::shared_mutex lock;
 };
+#endif
 
-struct OwnLock {
-  void readLock() { lock.readLock(); }
-  void writeLock() { lock.writeLock(); }
-  void unlockRead() { lock.unlock(); }
-  void unlockWrite() { lock.unlock(); }
-  LTLib::RWLock lock;
-};
-
-template <class Lock>
-void readPair(benchmark::State& state) {
-  static Lock s_lock;
+template <class Way>
+void expand(benchmark::State& state, const std::vector<std::string>& pieces) {
+  const Way way;
+  const std::string source = Way::reference(references(pieces, state.range(0)));
   for (auto _ : state) {
-    s_lock.readLock();
-    s_lock.unlockRead();
+    std::string text = way.expanded(source);
+    benchmark::DoNotOptimize(text.data());
   }
 }
 
-template <class Lock>
-void writePair(benchmark::State& state) {
-  static Lock s_lock;
-  for (auto _ : state) {
-    s_lock.writeLock();
-    s_lock.unlockWrite();
-  }
+template <class Way>
+void flat(benchmark::State& state) {
+  expand<Way>(state, kFlat);
 }
 
-BENCHMARK(readPair<OwnLock>)->ThreadRange(1, 2)->UseRealTime();
-BENCHMARK(readPair<StandardLock>)->ThreadRange(1, 2)->UseRealTime();
-BENCHMARK(writePair<OwnLock>)->ThreadRange(1, 2)->UseRealTime();
-BENCHMARK(writePair<StandardLock>)->ThreadRange(1, 2)->UseRealTime();
+template <class Way>
+void nested(benchmark::State& state) {
+  expand<Way>(state, kNested);
+}
+
+void sizes(benchmark::internal::Benchmark* bench) {
+  bench->Arg(1'000)->Arg(10'000)->Arg(100'000)->Arg(1'000'000);
+}
+
+BENCHMARK(flat<Library>)->Apply(sizes);
+BENCHMARK(nested<Library>)->Apply(sizes);
+#ifdef LTLIB_BENCH_POCO
+BENCHMARK(flat<PocoConfiguration>)->Apply(sizes);
+BENCHMARK(nested<PocoConfiguration>)->Apply(sizes);
+#endif
+#ifdef LTLIB_BENCH_ABSL_STRINGS
+BENCHMARK(flat<Absl>)->Apply(sizes);
+#endif
 
 }  // namespace

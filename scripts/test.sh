@@ -13,9 +13,9 @@ Installs missing packages, builds the preset dev and runs its tests.
   --windows   builds the preset windows with MinGW-w64 and runs its tests and the demo with Wine;
               of the preset dev it builds the tool alone, to exchange stores with it. Builds the
               preset windows32, too, and runs its tests where a Wine for 32 bits can be had
-  --all       both of these, with a check of the format and of clang-tidy, and the tests once more
-              under the address and undefined-behaviour sanitizers (preset asan) and under the
-              thread sanitizer (preset tsan)
+  --all       both of these, with a check of the format and of clang-tidy, each benchmark once,
+              and the tests once more under the address and undefined-behaviour sanitizers (preset
+              asan) and under the thread sanitizer (preset tsan)
   --help      prints this text
 TEXT
 }
@@ -65,6 +65,15 @@ test_tsan() {
   without_address_spread ctest --preset tsan
 }
 
+# The benchmarks with the peers that are there, so that they go on to build and to run.
+check_benchmarks() {
+  cmake --preset dev -DLTLIB_BUILD_BENCHMARKS=ON
+  cmake --build --preset dev --parallel "$jobs" --target ltlib_benchmarks
+  if command -v python3 >/dev/null; then
+    python3 -B bench/run.py build/dev/bin --once
+  fi
+}
+
 test_windows() {
   step "build windows" build windows
   step "test windows" ctest --preset windows
@@ -85,6 +94,7 @@ test_all() {
   step "build dev" build dev
   step "test dev" ctest --preset dev
   step "run clang-tidy" check_tidy
+  step "run each benchmark once" check_benchmarks
   test_windows
   step "build asan" build asan
   step "test asan" ctest --preset asan
