@@ -191,20 +191,4 @@ void registrarAmong(benchmark::State& state) {
 BENCHMARK(registrarAmong<kPeerClasses>);
 BENCHMARK(registrarAmong<100000>);
 
-// The plain form, with two locks for each creation and each release.
-void plainInstance(benchmark::State& state) {
-  CQSRegValue(REG_ROOT_LOCAL_MACHINE, "%CLASSID%\\Plain", "InprocServer")
-      .Write(LTLIB_BENCH_LIBRARY);
-  const iqsDllLoader::Registrar registrar(
-      "Plain", []() -> void* { return new int(); },
-      [](void* instance) { delete static_cast<int*>(instance); });
-  iqsDllLoader::FactoryDll* const record = iqsDllLoader::Load("Plain", nullptr);
-  for (auto _ : state) {
-    iqsDllLoader::ReleaseInstance(record, iqsDllLoader::CreateInstance(record));
-  }
-  iqsDllLoader::Unload(record);
-}
-
-BENCHMARK(plainInstance);
-
 }  // namespace

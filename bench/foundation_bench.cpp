@@ -93,7 +93,7 @@ void lockPairInTwoProcesses(benchmark::State& state) {
   BENCHMARK(readPair<Lock>)->Threads(2)->UseRealTime();
 #define PROCESS_LOCK(Lock)   \
   BENCHMARK(lockPair<Lock>); \
-  BENCHMARK(lockPairInTwoProcesses<Lock>)->UseManualTime()->Iterations(3);
+  BENCHMARK(lockPairInTwoProcesses<Lock>)->UseManualTime()->Iterations(1)->Repetitions(5);
 
 THREAD_LOCK(LTLib::Mutex)
 THREAD_LOCK(std::mutex)

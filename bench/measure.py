@@ -85,10 +85,10 @@ class Runner:
                           '--benchmark_min_time=' + ('0.0001' if self.once else '0.03')], 120)
         found = {}
         for run in json.loads(text)['benchmarks']:
-            real = 'real_time' in run['name'] or 'manual_time' in run['name']
-            scale = {'ns': 1, 'us': 1e3, 'ms': 1e6, 's': 1e9}[run['time_unit']]
-            found[run['name']] = run['real_time' if real else 'cpu_time'] * scale
-        return found
+            if run['run_type'] == 'iteration':
+                real = run['name'].endswith('manual_time') or '/real_time' in run['name']
+                found.setdefault(run['name'], []).append(run['real_time' if real else 'cpu_time'])
+        return {name: statistics.median(times) for name, times in found.items()}
 
     def run_first_load(self, way):
         copies = [os.path.join(self.folder, f'first_load_{i}.so') for i in range(20)]

@@ -110,7 +110,7 @@ def growth(panels):
 
 def ratios(entries):
     """A line for each (name, before, goal, at least, now); left is faster than the peer."""
-    left, right, top, step = 330, 860, 58, 19
+    left, right, top, step = 300, 800, 58, 19
     bottom = top + step * len(entries)
     numbers = [value for _, before, goal, _, now in entries for value in (before, goal, now)
                if value]

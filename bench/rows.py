@@ -149,13 +149,21 @@ def store_rows(large):
     for shape in loads:
         add('load', shape, 100000, field='load_and_look',
             title='load and 1,000 first look-ups, of GLib')
+    add('load', 'deep', 100000, field='process', title='load, with the start of the process, of GLib')
     add('load_warm', 'deep', 100000, field='load', title='load into pages it has, of GLib')
-    add('load', 'deep', 100000, peers=STORE_PEERS + ('ptree_ini',), title='load, of the best')
+    for count in sizes:
+        peers = STORE_PEERS + ('ptree_ini',) if count <= 100000 else ('glib', 'rapidjson')
+        add('load', 'deep', count, peers=peers, title='load, of the best')
+    for count in (1000, 1000000)[:1 + large]:
+        add('read', 'deep', count, peers=TREES, title='read, of the best tree')
+        add('set', 'deep', count, peers=('glib', 'rapidjson'), title='set, of the best')
+        add('insert', 'deep', count, title='insert, of GLib')
+        add('remove', 'deep', count, title='delete, of GLib')
     for count in (10000, 100000):
         before = {10000: (3.2, 2.5), 100000: (3.0, 4.7)}[count]
         add('read', 'deep', count, 0.7, before[0], TREES, title='read, of the best tree')
         rows.append(Without(store('ltlib', 'deep', count, 'read_by_object', 'expand_path'),
-                            'store', 'read by CQSRegValue less the expansion, of read',
+                            'store', 'CQSRegValue less the expansion, of read',
                             f'deep, {SIZE_NAMES[count]}',
                             store('ltlib', 'deep', count, 'read_by_object'),
                             [store('ltlib', 'deep', count, 'read_by_object', 'read')], 1.2,
@@ -179,10 +187,13 @@ def store_rows(large):
         rows.append(Exponent('store', title, removals + ([500000] if large else []),
                              lambda n, work=work: store('ltlib', 'siblings', n, work), 0, 0.2,
                              before))
-        add(work, 'siblings', 10000, peers=('glib', 'ptree_info'), title=title + ', of the best')
+        for count in (1000, 10000):
+            add(work, 'siblings', count, peers=('glib', 'ptree_info'),
+                title=title + ', of the best')
     for work, shape, title, before in (('walk_values', 'wide', 'enumerate values', (18.7, 2.3)),
                                        ('walk_keys', 'siblings', 'enumerate sub-keys',
                                         (2.3, 0.87))):
+        add(work, shape, 1000, peers=STORE_PEERS, title=title + ', of the best')
         for count in (10000, 100000):
             add(work, shape, count, 2.0, before[0], STORE_PEERS, title=title + ', of the best')
             add(work, shape, count, 0.5, before[1], title=title + ', of GLib')
@@ -211,30 +222,36 @@ def small_rows():
                          [gbench(program, peer) for peer in peers], goal, before))
 
     for shape, goal, before in (('flat', 0.35, {1000: 0.42, 1000000: 0.63}),
-                                ('nested', 0.30, {1000: 0.69, 1000000: 0.27})):
+                                ('nested', 0.30, {1000: 0.69}), ('again', 0.30, {1000000: 0.27})):
         for count in (1000, 10000, 100000, 1000000):
-            add('variables', f'expand {shape}, of POCO', 'variables_bench',
-                f'{shape}<Library>/{count}', [f'{shape}<PocoConfiguration>/{count}'], goal,
-                before.get(count), SIZE_NAMES[count])
-    add('variables', 'expand flat, of absl', 'variables_bench', 'flat<Library>/100000',
-        ['flat<Absl>/100000'], size='1e5')
+            name = 'nested, repeated' if shape == 'again' else shape
+            add('variables', f'expand {name}, of POCO', 'variables_bench',
+                f'expand<Library, {shape}Source>/{count}',
+                [f'expand<PocoConfiguration, {shape}Source>/{count}'], goal, before.get(count),
+                SIZE_NAMES[count])
+    for peer, name in (('PocoConfiguration', 'POCO'), ('Absl', 'absl')):
+        add('variables', f'expand three variables, of {name}', 'variables_bench',
+            'expand<Library, fewSource>/100000', [f'expand<{peer}, fewSource>/100000'], size='1e5')
 
     program = 'foundation_bench'
     two = '/real_time/threads:2'
     reentrant = ['std::recursive_mutex', 'PthreadMutex', 'GLibMutex', 'QRecursiveMutex']
     read_write = ['std::shared_mutex', 'PthreadRWLock', 'GLibRWLock', 'QtRWLock']
     for work, pair, own, peers, end, goal, before in (
-            ('Mutex pair, of the best re-entrant', 'lockPair', 'LTLib::Mutex', reentrant, '', 0.7,
-             0.88),
+            ('Mutex pair, of std::recursive_mutex', 'lockPairBesideAThread', 'LTLib::Mutex',
+             reentrant[:1], '', 0.7, 0.88),
+            ('Mutex pair, of the best', 'lockPairBesideAThread', 'LTLib::Mutex', reentrant, '',
+             0.7, None),
+            ('Mutex pair, the only thread', 'lockPair', 'LTLib::Mutex', reentrant, '', None, None),
             ('Mutex pair, two threads', 'lockPair', 'LTLib::Mutex', reentrant, two, 1.1, 1.2),
-            ('Mutex pair, of the best of all', 'lockPair', 'LTLib::Mutex',
+            ('Mutex pair, of the best of any kind', 'lockPairBesideAThread', 'LTLib::Mutex',
              reentrant + ['std::mutex', 'QMutex'], '', None, None),
             ('RWLock read, of the best', 'readPair', 'OwnRWLock', read_write, '', 1.0, 1.07),
             ('RWLock read, two readers', 'readPair', 'OwnRWLock', read_write, two, 1.0, 1.4),
             ('RWLock write, of the best', 'lockPair', 'OwnRWLock', read_write, '', 1.0, 0.92),
             ('NamedMutex free, of flock', 'lockPair', 'OwnNamedMutex', ['Flock'], '', 3.0, 5.4),
             ('NamedMutex, two processes, of flock', 'lockPairInTwoProcesses', 'OwnNamedMutex',
-             ['Flock'], '/iterations:3/manual_time', 1.5, 5.7),
+             ['Flock'], '/iterations:1/repeats:5/manual_time', 1.5, 5.7),
             ('NamedMutex free, of Boost', 'lockPair', 'OwnNamedMutex', ['BoostNamedMutex'], '',
              None, None)):
         add('foundation', work, program, f'{pair}<{own}>{end}',
@@ -257,6 +274,9 @@ def small_rows():
             ('a bare map', 'BareHash, kPeerClasses', 1.7, 2.8, '1e3')):
         add('component', f'create and release, of {work}', program,
             'instanceAmong<Library, kPeerClasses>', [f'instanceAmong<{peer}>'], goal, before, size)
+    add('component', 'create and release, two threads, of POCO', program,
+        f'instanceAmong<Library, kPeerClasses>{two}',
+        [f'instanceAmong<PocoClassLoader, kPeerClasses>{two}'], size='1e3')
     add('component', 'create and release, of that among 1e3', program,
         f'instanceAmong<Library, {many}>', ['instanceAmong<Library, kPeerClasses>'], 1.5, None,
         '1e5')
@@ -282,7 +302,7 @@ def tool_rows():
         peers = [peer for peer, works in TOOL_PEERS.items() if work in works]
         for peer in peers or [None]:
             kind = Row if peer else Plain
-            row = kind('ltreg', f'ltreg {work}' + (f', of {peer}' if peer else ''), 'processor',
+            row = kind('ltreg', f'ltreg {work}' + (f', of {peer}' if peer else ''), 'real tree',
                        (('tool', 'ltreg', work), 'cpu'),
                        [(('tool', peer, work), 'cpu')] if peer else [])
             row.rounds = 5

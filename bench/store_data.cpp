@@ -1,6 +1,7 @@
 #include "bench/store_data.h"
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 
@@ -47,6 +48,7 @@ std::vector<Place> placesOf(std::string_view shape, std::size_t count) {
     return {{chain(count), "Value", "text"}};
   }
   std::vector<Place> places;
+  places.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
     const std::string number = std::to_string(i);
     places.push_back({pathOf(shape, i, count), "Value" + number, "text of value " + number});
@@ -61,10 +63,15 @@ std::vector<Place> besides(std::vector<Place> places) {
   return places;
 }
 
-std::vector<Place> someOf(std::vector<Place> places, std::size_t count) {
-  std::shuffle(places.begin(), places.end(), std::mt19937(1));
-  places.resize(std::min(places.size(), count));
-  return places;
+std::vector<Place> someOf(const std::vector<Place>& places, std::size_t count) {
+  std::vector<std::size_t> order(places.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::shuffle(order.begin(), order.end(), std::mt19937(1));
+  std::vector<Place> some;
+  for (std::size_t i = 0; i < std::min(order.size(), count); ++i) {
+    some.push_back(places[order[i]]);
+  }
+  return some;
 }
 
 void demand(bool holds) {

@@ -28,7 +28,7 @@ struct Place {
 
 /// At most that many of the places, from all over the data, so that no cache holds just the one
 /// that is asked for.
-[[nodiscard]] std::vector<Place> someOf(std::vector<Place> places, std::size_t count);
+[[nodiscard]] std::vector<Place> someOf(const std::vector<Place>& places, std::size_t count);
 
 /// Throws unless it holds: what failed must not be measured.
 void demand(bool holds);
