@@ -41,7 +41,8 @@ class Axis:
         self.begin, self.scale = begin, (end - begin) / ((self.high - self.low) or 1)
 
     def at(self, value):
-        return self.begin + (math.log10(value) - self.low) * self.scale
+        """What lies below the axis, as an exponent of 0 does, is put at its begin."""
+        return self.begin + (max(math.log10(max(value, 1e-9)), self.low) - self.low) * self.scale
 
     def ticks(self, steps):
         decades = range(math.floor(self.low), math.ceil(self.high) + 1)
@@ -114,7 +115,7 @@ def ratios(entries):
     bottom = top + step * len(entries)
     numbers = [value for _, before, goal, _, now in entries for value in (before, goal, now)
                if value]
-    x = Axis([min(numbers) / 1.2, max(numbers) * 1.2], left, right)
+    x = Axis([max(min(numbers) / 1.2, 0.02), max(numbers) * 1.2], left, right)
     parts = [text(left, 18, 'Time of ltlib in that of its peer, or as the line says', 'title')]
     legend = [('ring', 'before'), ('s2', 'now, goal met'), ('s1', 'now, goal missed')]
     for i, (style, words) in enumerate(legend):

@@ -37,10 +37,13 @@ def goal(row):
     return ('≥ ' if row.kind == 'at least' else '≤ ') + number(row.goal)
 
 
-def quartiles(ratios):
+def spread(ratios):
+    """The quartiles, or all of a few."""
     if len(ratios) < 2:
         return ''
-    low, _, high = statistics.quantiles(ratios, n=4, method='inclusive')
+    low, high = min(ratios), max(ratios)
+    if len(ratios) > 3:
+        low, _, high = statistics.quantiles(ratios, n=4, method='inclusive')
     return f'{number(low)} to {number(high)}'
 
 
@@ -58,7 +61,7 @@ def peer_name(row, figures):
     return field[field.find('<') + 1:field.rfind('>')]
 
 
-HEADINGS = ('work', 'size', 'ltlib', 'best peer', 'before', 'goal', 'now', 'quartiles', 'met')
+HEADINGS = ('work', 'size', 'ltlib', 'best peer', 'before', 'goal', 'now', 'spread', 'met')
 
 
 def cells(row, figures):
@@ -67,7 +70,7 @@ def cells(row, figures):
     now = statistics.median(ratios) if ratios else None
     met = row.met(now) if ratios else None
     return (row.work, row.size, amount(row, figures), peer_name(row, figures), number(row.before),
-            goal(row), failure or number(now), quartiles(ratios),
+            goal(row), failure or number(now), spread(ratios),
             {None: '', True: 'yes', False: 'no'}[met])
 
 
