@@ -1,6 +1,5 @@
-// Loading takes the tree's lock by itself and gives it up again, so that another thread may come in
-// between; no operation keeps anything from before but what the handle remembers and looks through
-// again.
+// A look gives the lock up for a load or for keys that it adds, so that another thread may come in
+// between: it keeps nothing from before but what the handle remembers and looks through again.
 #include "ltlib/fileregistry/tree_operations.h"
 
 #include <charconv>
@@ -20,10 +19,22 @@ std::string_view orDefault(const char* name) {
   return name != nullptr ? name : "Default";
 }
 
-// Ends before the caller goes on to change what was found: readers never wait for one another.
+// Ends before the caller goes on to look: readers wait for nobody.
 void addSections(const QSFileKeyHandle& key) {
   const TreeWriting writing;
   MadeWay(*cfgRootOf(key.root()).tree, key.path()).keep();
+}
+
+// Calls `change` while nobody else uses the trees. A load that fails is thrown before anything else
+// happens.
+template <class Change>
+bool changeTree(QSFileKeyHandle& key, Change change) {
+  const TreeWriting writing;
+  if (!cfgRootOf(key.root()).loaded) {
+    cfgEnsureLoaded(key);
+  }
+  key.dropTrailingBackslash();
+  return change(*cfgRootOf(key.root()).tree);
 }
 
 // Only some codes make a new field; a text for any other goes to a field that is there. What has no
@@ -47,18 +58,17 @@ bool setField(QSCfgDataSection& section, std::string_view name, std::string_view
 
 bool setText(QSFileKeyHandle& key, std::string_view name, std::string_view text, QSCfgTypeCode code,
              bool mayAdd) {
-  cfgEnsureLoaded(key);
-  const TreeWriting writing;
-  key.dropTrailingBackslash();
-  if (QSCfgDataSection* const section = findSection(key); section != nullptr) {
-    return setField(*section, name, text, code, mayAdd);
-  }
-  MadeWay way(*cfgRootOf(key.root()).tree, key.path());
-  if (way.section() != nullptr && !setField(*way.section(), name, text, code, mayAdd)) {
-    return false;
-  }
-  way.keep();
-  return true;
+  return changeTree(key, [&](QSCfgTree& tree) {
+    if (QSCfgDataSection* const section = findSection(key); section != nullptr) {
+      return setField(*section, name, text, code, mayAdd);
+    }
+    MadeWay way(tree, key.path());
+    if (way.section() != nullptr && !setField(*way.section(), name, text, code, mayAdd)) {
+      return false;
+    }
+    way.keep();
+    return true;
+  });
 }
 
 }  // namespace
@@ -117,27 +127,22 @@ bool cfgCreateKey(QSFileKeyHandle& key, QSCfgTypeCode code) {
 }
 
 bool cfgDeleteKey(QSFileKeyHandle& key) {
-  cfgEnsureLoaded(key);
-  const TreeWriting writing;
-  key.dropTrailingBackslash();
-  return removeSectionOf(key);
+  return changeTree(key, [&](QSCfgTree& /*tree*/) { return removeSectionOf(key); });
 }
 
 bool cfgDeleteField(QSFileKeyHandle& key, const char* name) {
-  cfgEnsureLoaded(key);
-  const TreeWriting writing;
-  key.dropTrailingBackslash();
-  QSCfgDataSection* const section = findSection(key);
-  if (section == nullptr) {
-    MadeWay(*cfgRootOf(key.root()).tree, key.path()).keep();
-    return false;
-  }
-  const std::size_t place = section->fields().find(orDefault(name));
-  if (place == FieldList::kNowhere) {
-    return false;
-  }
-  section->fields().remove(place);
-  return true;
+  return changeTree(key, [&](QSCfgTree& tree) {
+    QSCfgDataSection* const section = findSection(key);
+    if (section == nullptr) {
+      MadeWay(tree, key.path()).keep();
+      return false;
+    }
+    const std::size_t place = section->fields().find(orDefault(name));
+    if (place != FieldList::kNowhere) {
+      section->fields().remove(place);
+    }
+    return place != FieldList::kNowhere;
+  });
 }
 
 std::uint32_t numberOfText(std::string_view text) {

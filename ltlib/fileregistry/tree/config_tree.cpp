@@ -1,5 +1,5 @@
-// One look into one table leads to a section, however deep it lies: the hash of a path is made of
-// the hashes of its names, and what is found there is compared from the last name up.
+// One look into one table leads to a section, however deep it lies, and one comparison tells that it is
+// the right one: a path's text says which names it holds, as long as none holds a backslash.
 #include "ltlib/fileregistry/tree/config_tree.h"
 
 #include <algorithm>
@@ -15,43 +15,71 @@
 namespace {
 
 using LTLib::detail::equalNames;
-using LTLib::detail::hashOfName;
-
-constexpr std::uint64_t kHashOfTop = 0;
+using LTLib::detail::PathHash;
 
 std::uint64_t nextGeneration() {
   constinit static std::atomic<std::uint64_t> s_last{0};
   return s_last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
-// Whether a path of as many names as the section lies deep leads to it. Only the last name of a path
-// or a header can hold a backslash, so that the text and the count of names say which names they are.
-bool leadsTo(std::string_view path, const QSCfgDataSection& section) {
-  for (const QSCfgDataSection* at = &section;; at = at->parent()) {
-    const std::string_view name = at->name();
-    if (path.size() < name.size() || !equalNames(path.substr(path.size() - name.size()), name)) {
-      return false;
-    }
-    path.remove_suffix(name.size());
-    if (at->parent()->parent() == nullptr) {
-      return path.empty();
-    }
-    if (path.empty() || path.back() != '\\') {
-      return false;
-    }
-    path.remove_suffix(1);
+// How many names a path holds; 0 for one that leads nowhere.
+std::uint32_t namesIn(std::string_view path) {
+  std::uint32_t count = 0;
+  return LTLib::detail::splitKeyPath(path,
+                                     [&](std::string_view /*name*/) {
+                                       ++count;
+                                       return true;
+                                     })
+             ? count
+             : 0;
+}
+
+PathHash hashBelow(const QSCfgDataSection& parent, const PathHash& hash, std::string_view name) {
+  PathHash below = hash;
+  if (parent.parent() != nullptr) {
+    below.add("\\");
   }
+  below.add(name);
+  return below;
 }
 
 }  // namespace
 
-QSCfgDataSection::QSCfgDataSection(QSCfgDataSection* parent, std::string_view name,
-                                   std::uint64_t hash)
-    : m_parent(parent),
-      m_hash(hash),
-      m_nameSize(static_cast<std::uint32_t>(name.size())),
-      m_depth(parent != nullptr ? parent->m_depth + 1 : 0) {
-  std::copy(name.begin(), name.end(), reinterpret_cast<char*>(this + 1));
+std::unique_ptr<QSCfgDataSection> QSCfgDataSection::make(QSCfgDataSection* parent,
+                                                         std::string_view name,
+                                                         const PathHash& hash) {
+  std::string_view above;  // what stands in the path ahead of the name, but for its backslash
+  bool hasPath = true;
+  if (parent != nullptr && parent->m_parent != nullptr) {
+    hasPath = parent->m_hasPath && parent->m_textSize + 1 + name.size() <= kLongestPath;
+    above = hasPath ? std::string_view(parent->text(), parent->m_textSize) : std::string_view();
+  }
+  const std::size_t size = above.size() + (above.empty() ? 0 : 1) + name.size();
+  std::unique_ptr<QSCfgDataSection> made(new (size) QSCfgDataSection(parent, hash));
+  char* to = std::copy(above.begin(), above.end(), const_cast<char*>(made->text()));
+  if (!above.empty()) {
+    *to++ = '\\';
+  }
+  std::copy(name.begin(), name.end(), to);
+  made->m_textSize = static_cast<std::uint32_t>(size);
+  made->m_nameSize = static_cast<std::uint32_t>(name.size());
+  made->m_depth = parent != nullptr ? parent->m_depth + 1 : 0;
+  made->m_hasPath = hasPath;
+  made->m_hasBackslash = name.find('\\') != std::string_view::npos;
+  return made;
+}
+
+bool QSCfgDataSection::isAt(std::string_view path) const {
+  const QSCfgDataSection* at = this;
+  for (; !at->m_hasPath; at = at->m_parent) {
+    const std::string_view name = at->name();
+    if (path.size() <= name.size() || path[path.size() - name.size() - 1] != '\\' ||
+        !equalNames(path.substr(path.size() - name.size()), name)) {
+      return false;
+    }
+    path.remove_suffix(name.size() + 1);
+  }
+  return equalNames(path, {at->text(), at->m_textSize});
 }
 
 namespace LTLib::detail {
@@ -110,8 +138,7 @@ void LastWalk::leave(const QSCfgDataSection& section) noexcept {
 }  // namespace LTLib::detail
 
 QSCfgTree::QSCfgTree(std::string_view name)
-    : m_top(new (name) QSCfgDataSection(nullptr, name, kHashOfTop)),
-      m_generation(nextGeneration()) {}
+    : m_top(QSCfgDataSection::make(nullptr, name, {})), m_generation(nextGeneration()) {}
 
 // A tree can be as deep as its file says, so that its end must not recurse; and it may come while
 // an exception for want of memory passes, so that it must not ask for any.
@@ -128,18 +155,6 @@ QSCfgTree::~QSCfgTree() {
   }
 }
 
-QSCfgDataSection* QSCfgTree::find(const QSCfgDataSection& parent, std::string_view name,
-                                  std::uint64_t hash) const {
-  return m_index.find(hash, [&](const QSCfgDataSection* candidate) {
-    return candidate->m_parent == &parent && equalNames(candidate->name(), name);
-  });
-}
-
-QSCfgDataSection* QSCfgTree::findSection(const QSCfgDataSection& parent,
-                                         std::string_view name) const {
-  return find(parent, name, hashOfName(name, parent.m_hash));
-}
-
 QSCfgDataSection* QSCfgTree::findPath(std::string_view path) const {
   return path.size() < LTLib::detail::LastWalk::kShortest
              ? walk(path)
@@ -150,46 +165,55 @@ QSCfgDataSection* QSCfgTree::findPath(std::string_view path) const {
                    });
 }
 
+// Where no name holds a backslash the text alone says where a path leads, but that none leads right below
+// the top; where one does, the names are counted as well.
 QSCfgDataSection* QSCfgTree::walk(std::string_view path) const {
-  std::uint64_t hash = kHashOfTop;
-  std::uint32_t depth = 0;
-  const bool whole = LTLib::detail::splitKeyPath(path, [&](std::string_view name) {
-    hash = hashOfName(name, hash);
-    ++depth;
-    return true;
+  PathHash hash;
+  hash.add(path);
+  return m_index.find(hash.value(), [&](const QSCfgDataSection* candidate) {
+    return candidate->isAt(path) && (candidate->m_hasBackslash ? namesIn(path) == candidate->m_depth
+                                                               : candidate->m_depth > 1);
   });
-  return whole ? m_index.find(hash,
-                              [&](const QSCfgDataSection* candidate) {
-                                return candidate->m_depth == depth && leadsTo(path, *candidate);
-                              })
-               : nullptr;
+}
+
+QSCfgDataSection* QSCfgTree::find(const QSCfgDataSection& parent, std::string_view name,
+                                  const PathHash& hash) const {
+  return m_index.find(hash.value(), [&](const QSCfgDataSection* candidate) {
+    return candidate->m_parent == &parent && equalNames(candidate->name(), name);
+  });
+}
+
+QSCfgDataSection* QSCfgTree::findSection(const QSCfgDataSection& parent,
+                                         std::string_view name) const {
+  return find(parent, name, hashBelow(parent, parent.m_hash, name));
 }
 
 QSCfgDataSection& QSCfgTree::addSection(QSCfgDataSection& parent, std::string_view name) {
-  const std::uint64_t hash = hashOfName(name, parent.m_hash);
+  const PathHash hash = hashBelow(parent, parent.m_hash, name);
   return add(parent, name, hash, find(parent, name, hash) == nullptr);
 }
 
 QSCfgDataSection& QSCfgTree::findOrAddSection(QSCfgDataSection& parent, std::string_view name) {
-  const std::uint64_t hash = hashOfName(name, parent.m_hash);
+  const PathHash hash = hashBelow(parent, parent.m_hash, name);
   QSCfgDataSection* const found = find(parent, name, hash);
   return found != nullptr ? *found : add(parent, name, hash, true);
 }
 
 QSCfgDataSection& QSCfgTree::add(QSCfgDataSection& parent, std::string_view name,
-                                 std::uint64_t hash, bool isFirst) {
+                                 const PathHash& hash, bool isFirst) {
   constexpr std::size_t kMost = std::numeric_limits<std::uint32_t>::max();
-  if (name.size() > kMost || parent.m_children.places() == kMost) {
+  if (name.size() > kMost - 1 - QSCfgDataSection::kLongestPath ||
+      parent.m_children.places() == kMost) {
     throw std::length_error("a key of the file registry has too long a name or too many sub-keys");
   }
-  std::unique_ptr<QSCfgDataSection> made(new (name) QSCfgDataSection(&parent, name, hash));
+  std::unique_ptr<QSCfgDataSection> made = QSCfgDataSection::make(&parent, name, hash);
   QSCfgDataSection& section = *made;
   m_index.makeRoom(1);
   parent.m_children.makeRoom(1);
   section.m_place = static_cast<std::uint32_t>(parent.m_children.places());
   parent.m_children.append(std::move(made));
   if (isFirst) {
-    m_index.enter(hash, &section);
+    m_index.enter(hash.value(), &section);
   } else {
     parent.m_hasNamesakes = true;
   }
@@ -203,7 +227,7 @@ void QSCfgTree::removeSection(QSCfgDataSection& section) noexcept {
   auto& children = parent.m_children;
   const bool isFirst = findSection(parent, section.name()) == &section;
   if (isFirst) {
-    m_index.leave(section.m_hash, &section);
+    m_index.leave(section.m_hash.value(), &section);
   }
   m_generation = nextGeneration();
   m_lastWalk.leave(section);
@@ -214,7 +238,7 @@ void QSCfgTree::removeSection(QSCfgDataSection& section) noexcept {
        ++place) {
     QSCfgDataSection* const other = children.slot(place).get();
     if (other != nullptr && equalNames(other->name(), gone->name())) {
-      m_index.enter(other->m_hash, other);
+      m_index.enter(other->m_hash.value(), other);
       return;
     }
   }

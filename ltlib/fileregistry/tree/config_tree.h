@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "ltlib/fileregistry/tree/data_field.h"
+#include "ltlib/fileregistry/tree/folded_name.h"
 #include "ltlib/fileregistry/tree/gap_list.h"
 #include "ltlib/fileregistry/tree/hash_slots.h"
 #include "ltlib/fileregistry/tree/text_store.h"
@@ -25,10 +26,13 @@ class QSCfgTree;
 class QSCfgDataSection {
  public:
   [[nodiscard]] std::string_view name() const {
-    return {reinterpret_cast<const char*>(this + 1), m_nameSize};
+    return {text() + m_textSize - m_nameSize, m_nameSize};
   }
   /// The section that this one is a child of; null for the top of a tree.
   [[nodiscard]] QSCfgDataSection* parent() const { return m_parent; }
+
+  /// Whether a path of that text leads here, if it has as many names as the section lies deep.
+  [[nodiscard]] bool isAt(std::string_view path) const;
 
   [[nodiscard]] std::size_t sectionCount() const { return m_children.size(); }
   [[nodiscard]] QSCfgDataSection& sectionAt(std::size_t position) const {
@@ -52,21 +56,30 @@ class QSCfgDataSection {
  private:
   friend class QSCfgTree;
 
-  // The name lies behind the object, in one block with it.
-  QSCfgDataSection(QSCfgDataSection* parent, std::string_view name, std::uint64_t hash);
-  static void* operator new(std::size_t size, std::string_view name) {
-    return ::operator new(size + name.size());
+  // Beyond that a path is compared name by name: each section of a deep branch would have it once more.
+  static constexpr std::size_t kLongestPath = 256;
+
+  // Makes a section with its text behind it, in one block: its path, or where that is long its name.
+  static std::unique_ptr<QSCfgDataSection> make(QSCfgDataSection* parent, std::string_view name,
+                                                const LTLib::detail::PathHash& hash);
+  QSCfgDataSection(QSCfgDataSection* parent, const LTLib::detail::PathHash& hash)
+      : m_parent(parent), m_hash(hash) {}
+  static void* operator new(std::size_t size, std::size_t textSize) {
+    return ::operator new(size + textSize);
   }
-  static void operator delete(void* memory, std::string_view /*name*/) {
-    ::operator delete(memory);
-  }
+  static void operator delete(void* memory, std::size_t /*textSize*/) { ::operator delete(memory); }
+
+  [[nodiscard]] const char* text() const { return reinterpret_cast<const char*>(this + 1); }
 
   QSCfgDataSection* const m_parent;
-  const std::uint64_t m_hash;  // of the whole path
-  const std::uint32_t m_nameSize;
-  const std::uint32_t m_depth;  // 0 for the top
-  std::uint32_t m_place = 0;    // among the parent's children
+  const LTLib::detail::PathHash m_hash;
+  std::uint32_t m_textSize = 0;
+  std::uint32_t m_nameSize = 0;
+  std::uint32_t m_depth = 0;  // 0 for the top
+  std::uint32_t m_place = 0;  // among the parent's children
   Form m_form = Form::kUnknown;
+  bool m_hasPath = true;        // whether the text is the whole path; of the top it is the name
+  bool m_hasBackslash = false;  // in its name, as only one that ends a path can
   bool m_hasNamesakes = false;  // whether two children did ever bear one name
   LTLib::detail::GapList<std::unique_ptr<QSCfgDataSection>> m_children;
   LTLib::detail::FieldList m_fields;
@@ -131,9 +144,9 @@ class QSCfgTree {
  private:
   [[nodiscard]] QSCfgDataSection* walk(std::string_view path) const;
   [[nodiscard]] QSCfgDataSection* find(const QSCfgDataSection& parent, std::string_view name,
-                                       std::uint64_t hash) const;
-  QSCfgDataSection& add(QSCfgDataSection& parent, std::string_view name, std::uint64_t hash,
-                        bool isFirst);
+                                       const LTLib::detail::PathHash& hash) const;
+  QSCfgDataSection& add(QSCfgDataSection& parent, std::string_view name,
+                        const LTLib::detail::PathHash& hash, bool isFirst);
 
   LTLib::detail::TextStore m_texts;
   std::unique_ptr<QSCfgDataSection> m_top;

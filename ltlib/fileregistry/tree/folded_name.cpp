@@ -3,6 +3,7 @@
 #include "ltlib/fileregistry/tree/folded_name.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -46,6 +47,20 @@ std::uint64_t loadShort(std::string_view name) {
   return size == 1 ? load<std::uint8_t>(name.data()) : 0;
 }
 
+// Up to eight bytes, the first one lowest, whatever the machine's order.
+std::uint64_t loadFew(const char* bytes, std::size_t size) {
+  std::uint64_t few = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    few |= load<std::uint8_t>(bytes + i) << (8 * i);
+  }
+  return few;
+}
+
+std::uint64_t loadEight(const char* bytes) {
+  return std::endian::native == std::endian::little ? load<std::uint64_t>(bytes)
+                                                    : loadFew(bytes, 8);
+}
+
 // Gives the place of each eight bytes of a longer name to `take`, the last of which may overlap
 // those before, while `take` gives true.
 template <class Take>
@@ -62,9 +77,13 @@ bool eachEight(std::size_t size, Take take) {
 // An odd multiplier of evenly spread bits, which the shift brings down to where the next bytes come
 // in. Names come from files that their owner can write anyway: the hash spreads them, and guards
 // against nobody.
-std::uint64_t mix(std::uint64_t hash, std::uint64_t eight) {
-  hash = (hash ^ foldEight(eight)) * 0x9E3779B97F4A7C15u;
+std::uint64_t mixFolded(std::uint64_t hash, std::uint64_t eight) {
+  hash = (hash ^ eight) * 0x9E3779B97F4A7C15u;
   return hash ^ (hash >> 29);
+}
+
+std::uint64_t mix(std::uint64_t hash, std::uint64_t eight) {
+  return mixFolded(hash, foldEight(eight));
 }
 
 // A product's low bits know nothing of the high ones of its factors, which hold the last bytes of a
@@ -98,9 +117,9 @@ std::string foldedName(std::string_view name) {
   return folded;
 }
 
-std::uint64_t hashOfName(std::string_view name, std::uint64_t above) noexcept {
+std::uint64_t hashOfName(std::string_view name) noexcept {
   // The two ends of a short name may overlap, so that its length must tell "aaa" from "aa".
-  std::uint64_t hash = above + name.size();
+  std::uint64_t hash = name.size();
   if (name.size() < sizeof(std::uint64_t)) {
     return finish(mix(hash, loadShort(name)));
   }
@@ -109,6 +128,34 @@ std::uint64_t hashOfName(std::string_view name, std::uint64_t above) noexcept {
     return true;
   });
   return finish(hash);
+}
+
+// Bytes wait in `m_rest` until they are eight, wherever the parts begin.
+void PathHash::add(std::string_view part) noexcept {
+  const unsigned int held = m_size % 8 * 8;
+  m_size += static_cast<std::uint32_t>(part.size());
+  const char* bytes = part.data();
+  std::size_t left = part.size();
+  for (; left >= 8; left -= 8, bytes += 8) {
+    const std::uint64_t eight = foldEight(loadEight(bytes));
+    m_eights = mixFolded(m_eights, m_rest | eight << held);
+    m_rest = held != 0 ? eight >> (64 - held) : 0;
+  }
+  if (left == 0) {
+    return;
+  }
+  // The last eight bytes of a longer part hold the last few, and are read in one go.
+  const std::uint64_t few = foldEight(
+      part.size() > 8 ? loadEight(bytes + left - 8) >> (64 - 8 * left) : loadFew(bytes, left));
+  m_rest |= few << held;
+  if (held + 8 * left >= 64) {
+    m_eights = mixFolded(m_eights, m_rest);
+    m_rest = held != 0 ? few >> (64 - held) : 0;
+  }
+}
+
+std::uint64_t PathHash::value() const noexcept {
+  return finish(mixFolded(m_eights ^ m_size, m_rest));
 }
 
 }  // namespace LTLib::detail

@@ -15,8 +15,21 @@ namespace LTLib::detail {
 /// The name with its letters a to z made capital.
 [[nodiscard]] std::string foldedName(std::string_view name);
 
-/// Equal for equal names below equal hashes.
-[[nodiscard]] std::uint64_t hashOfName(std::string_view name, std::uint64_t above = 0) noexcept;
+/// Equal for equal names.
+[[nodiscard]] std::uint64_t hashOfName(std::string_view name) noexcept;
+
+/// The hash of a text that comes in parts: equal for equal names however they are cut, so that a path's
+/// goes on from that of a shorter one.
+class PathHash {
+ public:
+  void add(std::string_view part) noexcept;
+  [[nodiscard]] std::uint64_t value() const noexcept;
+
+ private:
+  std::uint64_t m_eights = 0;  // of all whole eights of bytes
+  std::uint64_t m_rest = 0;    // the folded bytes behind them, the first one lowest
+  std::uint32_t m_size = 0;    // of the whole text, modulo its type
+};
 
 }  // namespace LTLib::detail
 

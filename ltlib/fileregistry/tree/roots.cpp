@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstddef>
 
 #include "ltlib/fileregistry/tree/tree_lock.h"
@@ -32,7 +33,8 @@ struct TreeState {
 };
 
 ltDoOnce_t s_treeOnce;
-TreeState* s_tree = nullptr;
+constinit std::atomic<TreeState*> s_tree{
+    nullptr};  // spares every operation the way through ltDoOnce
 
 // The order in which the root sections are made.
 constexpr std::array<enumRegRoot, 5> kOrder = {REG_ROOT_CURRENT_USER, REG_ROOT_USERS,
@@ -48,12 +50,16 @@ void makeTree() {
   for (std::size_t i = 0; i < kOrder.size(); ++i) {
     state->roots[i].root = kOrder[i];
   }
-  s_tree = state.release();
+  s_tree.store(state.release(), std::memory_order_release);
 }
 
 TreeState& tree() {
-  ltDoOnce(s_treeOnce, makeTree);
-  return *s_tree;
+  TreeState* tree = s_tree.load(std::memory_order_acquire);
+  if (tree == nullptr) {
+    ltDoOnce(s_treeOnce, makeTree);
+    tree = s_tree.load(std::memory_order_acquire);
+  }
+  return *tree;
 }
 
 }  // namespace
