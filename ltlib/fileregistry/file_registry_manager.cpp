@@ -9,6 +9,7 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <typeinfo>
 
 #include "ltlib/fileregistry/store/store.h"
 #include "ltlib/fileregistry/store/store_lock.h"
@@ -91,42 +92,48 @@ void withBytes(const QSCfgDataField& field, Use use) {
   }
 }
 
-// The query comes first in each of these: it loads the root and adds the sections of the path.
-int queryNumber(QSFileKeyHandle& key, const char* name, unsigned char* data,
-                const unsigned int* dataSize) {
-  std::uint32_t number = 0;
-  const bool found = cfgQueryField(
-      key, name, [&](const QSCfgDataField& field) { number = numberOfText(field.getValue()); });
-  if (!found || data == nullptr || dataSize == nullptr) {
+int readSize(const QSCfgDataField& field, unsigned int* dataSize) {
+  if (dataSize != nullptr) {
+    *dataSize = field.type() == kCfgULong ? 4 : static_cast<unsigned int>(field.getValue().size());
+  }
+  return kDone;
+}
+
+int readNumber(const QSCfgDataField& field, unsigned char* data, const unsigned int* dataSize) {
+  if (data == nullptr || dataSize == nullptr) {
     return kRefused;
   }
+  const std::uint32_t number = numberOfText(field.getValue());
   std::memcpy(data, &number, std::min<std::size_t>(*dataSize, sizeof number));
   return kDone;
 }
 
-int querySize(QSFileKeyHandle& key, const char* name, unsigned int& type, unsigned int* dataSize) {
-  return answer(cfgQueryField(key, name, [&](const QSCfgDataField& field) {
-    type = typeOf(field.type());
-    if (dataSize != nullptr) {
-      *dataSize =
-          field.type() == kCfgULong ? 4 : static_cast<unsigned int>(field.getValue().size());
-    }
-  }));
+int readData(const QSCfgDataField& field, unsigned char* data, unsigned int& dataSize) {
+  withBytes(field, [&](std::string_view bytes) {
+    copyBytes(data, bytes, copyCount(bytes.size(), dataSize, field.type() != kCfgBinary));
+    dataSize = static_cast<unsigned int>(bytes.size());
+  });
+  return kDone;
 }
 
-int queryData(QSFileKeyHandle& key, const char* name, unsigned int& type, unsigned char* data,
-              unsigned int& dataSize) {
-  return answer(cfgQueryField(key, name, [&](const QSCfgDataField& field) {
-    type = typeOf(field.type());
-    withBytes(field, [&](std::string_view bytes) {
-      if (type == REG_DWORD) {
-        std::memcpy(data, bytes.data(), std::min<std::size_t>(dataSize, bytes.size()));
-        return;
-      }
-      copyBytes(data, bytes, copyCount(bytes.size(), dataSize, type != REG_BINARY));
-      dataSize = static_cast<unsigned int>(bytes.size());
-    });
-  }));
+// Whoever passes no type asks for no number, so that any other value does.
+bool asksForNumber(const unsigned int* type) {
+  return type != nullptr && *type == REG_DWORD;
+}
+
+int readField(const QSCfgDataField& field, unsigned int* type, unsigned char* data,
+              unsigned int* dataSize) {
+  if (asksForNumber(type)) {
+    return readNumber(field, data, dataSize);
+  }
+  if (type != nullptr) {
+    *type = typeOf(field.type());
+  }
+  if (data == nullptr) {
+    return readSize(field, dataSize);
+  }
+  return field.type() == kCfgULong ? readNumber(field, data, dataSize)
+                                   : readData(field, data, *dataSize);
 }
 
 // The length is told in full also where the name is cut.
@@ -158,19 +165,14 @@ int QSFileRegistryManager::regOpenKeyEx(void* key, const char* subKey, unsigned 
 int QSFileRegistryManager::regQueryValueEx(void* key, char* valueName, unsigned int* type,
                                            unsigned char* data, unsigned int* dataSize) {
   QSFileKeyHandle* handle = openHandle(key);
-  if (handle == nullptr) {
+  if (handle == nullptr || (data != nullptr && dataSize == nullptr && !asksForNumber(type))) {
     return kRefused;
   }
-  // Whoever passes no type asks for no number, so that any other value does.
-  unsigned int ownType = UINT_MAX;
-  unsigned int& usedType = type != nullptr ? *type : ownType;
-  if (usedType == REG_DWORD) {
-    return queryNumber(*handle, valueName, data, dataSize);
-  }
-  if (data == nullptr) {
-    return querySize(*handle, valueName, usedType, dataSize);
-  }
-  return dataSize != nullptr ? queryData(*handle, valueName, usedType, data, *dataSize) : kRefused;
+  int result = kRefused;
+  cfgQueryField(*handle, valueName, [&](const QSCfgDataField& field) {
+    result = readField(field, type, data, dataSize);
+  });
+  return result;
 }
 
 int QSFileRegistryManager::queryWholeValue(void* key, const char* valueName,
@@ -223,9 +225,15 @@ int QSFileRegistryManager::regSetValueEx(void* key, const char* valueName, unsig
 int QSFileRegistryManager::regEnumKeyEx(void* key, unsigned int index, char* name,
                                         unsigned int* nameSize) {
   QSFileKeyHandle* handle = openHandle(key);
-  return answer(handle != nullptr && name != nullptr && nameSize != nullptr &&
-                cfgSectionName(*handle, index,
-                               [&](std::string_view found) { copyName(found, name, nameSize); }));
+  if (handle == nullptr || name == nullptr || nameSize == nullptr) {
+    return kRefused;
+  }
+  KeyLook look(*handle, KeyLook::Missing::kStays);
+  const QSCfgDataSection* const child = look.childAt(index);
+  if (child != nullptr) {
+    copyName(child->name(), name, nameSize);
+  }
+  return answer(child != nullptr);
 }
 
 int QSFileRegistryManager::regEnumKey(void* /*key*/, unsigned int /*index*/, char* /*name*/,
@@ -238,13 +246,25 @@ int QSFileRegistryManager::regEnumValue(void* key, unsigned int index, char* nam
                                         unsigned int* type, unsigned char* data,
                                         unsigned int* dataSize) {
   QSFileKeyHandle* handle = openHandle(key);
-  std::string whole;
-  if (handle == nullptr || name == nullptr || nameSize == nullptr ||
-      !cfgFieldName(*handle, index, [&](std::string_view found) { whole = found; })) {
+  if (handle == nullptr || name == nullptr || nameSize == nullptr) {
     return kRefused;
   }
-  copyName(whole, name, nameSize);
-  // Virtual, so that a derived backend's own reading counts here too.
+  std::string whole;
+  {
+    KeyLook look(*handle, KeyLook::Missing::kStays);
+    const QSCfgDataField* const field = look.fieldAt(index);
+    if (field == nullptr) {
+      return kRefused;
+    }
+    copyName(field->name(), name, nameSize);
+    // A derived backend's own reading counts here too; where there is none one look does for both.
+    if (typeid(*this) == typeid(QSFileRegistryManager)) {
+      return data != nullptr && dataSize == nullptr && !asksForNumber(type)
+                 ? kRefused
+                 : readField(*look.field(field->name()), type, data, dataSize);
+    }
+    whole = field->name();
+  }
   return regQueryValueEx(key, whole.data(), type, data, dataSize);
 }
 

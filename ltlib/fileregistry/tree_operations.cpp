@@ -15,10 +15,6 @@
 namespace LTLib::detail {
 namespace {
 
-std::string_view orDefault(const char* name) {
-  return name != nullptr ? name : "Default";
-}
-
 // Ends before the caller goes on to look: readers wait for nobody.
 void addSections(const QSFileKeyHandle& key) {
   const TreeWriting writing;
@@ -91,21 +87,47 @@ KeyLook::KeyLook(QSFileKeyHandle& key, Missing sections) : m_key(key) {
   }
 }
 
-const QSCfgDataField* KeyLook::field(const char* name) {
+const QSCfgDataField* KeyLook::field(std::string_view name) {
   if (m_section == nullptr) {
     return nullptr;
   }
   const FieldList& fields = m_section->fields();
-  m_key.fieldHint = fields.find(orDefault(name), m_key.fieldHint);
+  m_key.fieldHint = fields.find(name, m_key.fieldHint);
   return m_key.fieldHint != FieldList::kNowhere ? &fields.field(m_key.fieldHint) : nullptr;
 }
 
+// A count is a change, and so another turn; what was looked at before may be gone by then.
+template <class List>
+void KeyLook::countPlaces(List listOf) {
+  m_reading.end();
+  {
+    const TreeWriting writing;
+    if (QSCfgDataSection* const section = findSection(m_key); section != nullptr) {
+      listOf(*section).countPlaces();
+    }
+  }
+  m_reading.begin();
+  m_section = findSection(m_key);
+}
+
 const QSCfgDataField* KeyLook::fieldAt(std::size_t position) {
+  if (m_section != nullptr && m_section->fields().lacksCount(position)) {
+    countPlaces([](QSCfgDataSection& section) -> FieldList& { return section.fields(); });
+  }
   if (m_section == nullptr || position >= m_section->fields().size()) {
     return nullptr;
   }
   m_key.fieldHint = m_section->fields().placeOf(position);
   return &m_section->fields().field(m_key.fieldHint);
+}
+
+const QSCfgDataSection* KeyLook::childAt(std::size_t position) {
+  if (m_section != nullptr && m_section->lacksCount(position)) {
+    countPlaces([](QSCfgDataSection& section) -> QSCfgDataSection& { return section; });
+  }
+  return m_section != nullptr && position < m_section->sectionCount()
+             ? &m_section->sectionAt(position)
+             : nullptr;
 }
 
 bool cfgSetValue(QSFileKeyHandle& key, const char* name, std::string_view text,

@@ -23,25 +23,34 @@ class KeyLook {
 
   KeyLook(QSFileKeyHandle& key, Missing sections);
 
-  /// Null if the key does not exist, or did not.
-  [[nodiscard]] const QSCfgDataSection* section() const { return m_section; }
+  /// Whether there is a key.
+  explicit operator bool() const { return m_section != nullptr; }
+
   /// The first field of that name, or null.
-  [[nodiscard]] const QSCfgDataField* field(const char* name);
-  /// The field at a position, or null.
+  [[nodiscard]] const QSCfgDataField* field(std::string_view name);
+  /// The field or the child at a position, or null.
   [[nodiscard]] const QSCfgDataField* fieldAt(std::size_t position);
+  [[nodiscard]] const QSCfgDataSection* childAt(std::size_t position);
 
  private:
   QSFileKeyHandle& m_key;
   TreeReading m_reading;
   const QSCfgDataSection* m_section = nullptr;
+
+  template <class List>
+  void countPlaces(List listOf);
 };
+
+[[nodiscard]] inline std::string_view orDefault(const char* name) {
+  return name != nullptr ? name : "Default";
+}
 
 /// Finds a value, adding the sections of the path, and hands it to `use` in a look at its key. False
 /// if there is no such field.
 template <class Use>
 bool cfgQueryField(QSFileKeyHandle& key, const char* name, Use use) {
   KeyLook look(key, KeyLook::Missing::kIsAdded);
-  const QSCfgDataField* const field = look.field(name);
+  const QSCfgDataField* const field = look.field(orDefault(name));
   if (field != nullptr) {
     use(*field);
   }
@@ -59,28 +68,6 @@ bool cfgSetNumber(QSFileKeyHandle& key, const char* name, std::uint32_t number);
 
 /// Sets the default value to "0", which gives the key its place in the file.
 bool cfgCreateKey(QSFileKeyHandle& key, QSCfgTypeCode code);
-
-/// Hands the name of the child or field at a position to `use`, in tree order. False if the key does
-/// not exist or ends before it.
-template <class Use>
-bool cfgSectionName(QSFileKeyHandle& key, std::size_t position, Use use) {
-  const KeyLook look(key, KeyLook::Missing::kStays);
-  const bool found = look.section() != nullptr && position < look.section()->sectionCount();
-  if (found) {
-    use(look.section()->sectionAt(position).name());
-  }
-  return found;
-}
-
-template <class Use>
-bool cfgFieldName(QSFileKeyHandle& key, std::size_t position, Use use) {
-  KeyLook look(key, KeyLook::Missing::kStays);
-  const QSCfgDataField* const field = look.fieldAt(position);
-  if (field != nullptr) {
-    use(field->name());
-  }
-  return field != nullptr;
-}
 
 /// Destroys a key without children, and its fields. Adds nothing on the way.
 bool cfgDeleteKey(QSFileKeyHandle& key);

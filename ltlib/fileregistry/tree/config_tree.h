@@ -39,6 +39,12 @@ class QSCfgDataSection {
     return *m_children.at(position);
   }
 
+  /// As those of GapList, for the children.
+  [[nodiscard]] bool lacksCount(std::size_t position) const {
+    return m_children.lacksCount(position);
+  }
+  void countPlaces() noexcept { m_children.countPlaces(); }
+
   [[nodiscard]] LTLib::detail::FieldList& fields() { return m_fields; }
   [[nodiscard]] const LTLib::detail::FieldList& fields() const { return m_fields; }
 

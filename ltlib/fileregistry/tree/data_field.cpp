@@ -61,13 +61,24 @@ void QSCfgDataField::setValue(std::string_view text) {
 namespace LTLib::detail {
 
 std::size_t FieldList::find(std::string_view name, std::size_t hint) const {
-  if (m_index == nullptr) {
-    return findInRow(name, 0);
-  }
-  if (hint < m_fields.places() && !m_index->repeats && isAt(hint, name)) {
+  if (hint < m_fields.places() && isAt(hint, name) && isFirstOfName(hint)) {
     return hint;
   }
-  return findByIndex(name, hashOf(name));
+  return m_index != nullptr ? findByIndex(name, hashOf(name)) : findInRow(name, 0);
+}
+
+// May say no of a first one where there is an index.
+bool FieldList::isFirstOfName(std::size_t place) const {
+  if (m_index != nullptr) {
+    return !m_index->repeats;
+  }
+  const std::uint32_t hash = m_fields.slot(place).hash();
+  for (std::size_t before = 0; before < place; ++before) {
+    if (m_fields.slot(before).hash() == hash) {
+      return false;
+    }
+  }
+  return true;
 }
 
 std::size_t FieldList::findInRow(std::string_view name, std::size_t from) const {

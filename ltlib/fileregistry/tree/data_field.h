@@ -102,6 +102,11 @@ class FieldList {
   [[nodiscard]] std::size_t placeOf(std::size_t position) const {
     return m_fields.placeOf(position);
   }
+  /// As those of GapList.
+  [[nodiscard]] bool lacksCount(std::size_t position) const {
+    return m_fields.lacksCount(position);
+  }
+  void countPlaces() noexcept { m_fields.countPlaces(); }
   [[nodiscard]] const QSCfgDataField& at(std::size_t position) const {
     return m_fields.at(position);
   }
@@ -136,6 +141,7 @@ class FieldList {
   [[nodiscard]] bool isAt(std::size_t place, std::string_view name) const {
     return m_fields.slot(place) != nullptr && equalNames(m_fields.slot(place).name(), name);
   }
+  [[nodiscard]] bool isFirstOfName(std::size_t place) const;
   [[nodiscard]] std::size_t findInRow(std::string_view name, std::size_t from) const;
   [[nodiscard]] std::size_t findByIndex(std::string_view name, std::uint32_t hash) const;
   void makeIndex(std::size_t more);

@@ -2,7 +2,8 @@
 //
 // Positions count from 0 and close up behind a removal. What is taken leaves a gap, which is closed
 // once half of the list is gaps, so that closing costs no more than the removals that made the gaps.
-// Places count the gaps, positions do not. No lock: readers may go side by side, a change excludes
+// Places count the gaps, positions do not; what leads from one to the other among gaps is counted
+// when somebody asks. No lock: readers may go side by side, a change excludes
 // all others.
 #ifndef LTLIB_FILEREGISTRY_TREE_GAP_LIST_H
 #define LTLIB_FILEREGISTRY_TREE_GAP_LIST_H
@@ -37,6 +38,24 @@ class GapList {
     return m_gaps == 0 ? position : placeAmongGaps(position);
   }
 
+  /// Whether `placeOf` would have to go through the list.
+  [[nodiscard]] bool lacksCount(std::size_t position) const {
+    return m_gaps != 0 && position != 0 && m_taken == nullptr;
+  }
+  /// Spares `placeOf` that, unless there is no memory for it.
+  void countPlaces() noexcept {
+    try {
+      auto taken = std::make_unique<TakenPlaces>();
+      taken->makeRoom(m_slots.size());
+      for (const Slot& slot : m_slots) {
+        taken->append(!isGap(slot));
+      }
+      m_taken = std::move(taken);
+    } catch (const std::bad_alloc&) {
+      m_taken = nullptr;
+    }
+  }
+
   /// Makes room for so many slots more, whose `append` then cannot fail.
   void makeRoom(std::size_t more = 1) {
     if (m_taken != nullptr) {
@@ -61,15 +80,20 @@ class GapList {
   Slot take(std::size_t place, Moved moved) noexcept {
     Slot taken = std::exchange(m_slots[place], Slot());
     ++m_gaps;
+    if (m_taken != nullptr) {
+      m_taken->free(place);
+    }
     dropLastGaps();
     if (2 * m_gaps > m_slots.size()) {
-      std::erase_if(m_slots, isGap);
-      m_gaps = 0;
+      closeGaps();
       for (std::size_t i = 0; i < m_slots.size(); ++i) {
         moved(i);
       }
     }
-    noteGap(place);
+    m_first = m_slots.empty() ? 0 : m_first;
+    while (m_first < m_slots.size() && isGap(m_slots[m_first])) {
+      ++m_first;
+    }
     return taken;
   }
 
@@ -86,39 +110,23 @@ class GapList {
       m_slots.pop_back();
       --m_gaps;
     }
-  }
-
-  // The count of places stands as long as there are gaps, so that one is made for a first gap alone.
-  void noteGap(std::size_t place) noexcept {
-    if (m_gaps == 0) {
-      m_taken.reset();
-    } else if (m_taken != nullptr) {
-      m_taken->free(place);
+    if (m_taken != nullptr) {
       m_taken->shrink(m_slots.size());
-    } else {
-      m_taken = countPlaces();
     }
   }
 
-  // Null if there is no memory for it: positions are then counted each time.
-  std::unique_ptr<TakenPlaces> countPlaces() const noexcept {
-    try {
-      auto taken = std::make_unique<TakenPlaces>();
-      taken->makeRoom(m_slots.size());
-      for (const Slot& slot : m_slots) {
-        taken->append(!isGap(slot));
-      }
-      return taken;
-    } catch (const std::bad_alloc&) {
-      return nullptr;
-    }
+  void closeGaps() noexcept {
+    std::erase_if(m_slots, isGap);
+    m_gaps = 0;
+    m_first = 0;
+    m_taken.reset();
   }
 
   std::size_t placeAmongGaps(std::size_t position) const {
     if (m_taken != nullptr) {
       return m_taken->at(position);
     }
-    std::size_t place = 0;
+    std::size_t place = m_first;
     for (std::size_t passed = 0; passed < position || isGap(m_slots[place]); ++place) {
       passed += isGap(m_slots[place]) ? 0 : 1;
     }
@@ -126,8 +134,9 @@ class GapList {
   }
 
   std::vector<Slot> m_slots;  // the last is no gap
-  std::size_t m_gaps = 0;
-  std::unique_ptr<TakenPlaces> m_taken;  // null without gaps
+  std::uint32_t m_gaps = 0;   // no list has more places than fit in here
+  std::uint32_t m_first = 0;  // the place of the first slot that is no gap; 0 in an empty list
+  std::unique_ptr<TakenPlaces> m_taken;  // null unless there are gaps and a position was asked for
 };
 
 }  // namespace LTLib::detail
