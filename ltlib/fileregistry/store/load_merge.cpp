@@ -30,9 +30,12 @@ void walkDown(const QSCfgTree& tree, Taken forTop, Take take) {
   }
 }
 
+// A copy stands in no line.
 void copyField(const QSCfgDataField& field, QSCfgTree& tree, QSCfgDataSection& section) {
+  using Form = QSCfgDataField::Form;
   section.fields().append({tree.texts().keep(field.name()), field.type(),
-                           tree.texts().keep(field.getValue()), field.hasForm()});
+                           tree.texts().keep(field.getValue()),
+                           field.form() == Form::kLacks ? Form::kLacks : Form::kHas});
 }
 
 std::unique_ptr<QSCfgTree> copyOf(const QSCfgTree& tree) {

@@ -137,7 +137,7 @@ void Check::judgeField(const QSCfgDataField& field, std::string_view line) {
   if (m_depth == 1) {
     warn(Kind::kOutOfReach, line);
   }
-  if (!field.hasForm()) {
+  if (field.form() == QSCfgDataField::Form::kLacks) {
     warn(Kind::kNotSavable, line);
   }
 }

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "ltlib/fileregistry/text/text_writer.h"
 #include "ltlib/fileregistry/tree/folded_name.h"
 #include "ltlib/fileregistry/tree/key_path.h"
 #include "ltlib/foundation/kqsresult.h"
@@ -112,6 +113,20 @@ class TreeMaker final : public LineVisitor {
   std::vector<QSCfgDataField> m_fields;  // of its section, not brought in yet
 };
 
+// A bare text that a file ends in behind its last backslash may end in another one.
+QSCfgDataField::Form formOf(std::string_view line, std::size_t nameEnd, const TypeWord& type,
+                            std::string_view text) {
+  using Form = QSCfgDataField::Form;
+  if (!type.quoted && text.ends_with('\\')) {
+    return Form::kLacks;
+  }
+  const std::string_view opening = cfgOpeningOf(type.code);
+  return line.substr(nameEnd).starts_with(opening) &&
+                 text.data() == line.data() + nameEnd + opening.size()
+             ? Form::kInLine
+             : Form::kHas;
+}
+
 }  // namespace
 
 UnendedValue::UnendedValue()
@@ -183,9 +198,7 @@ QSCfgDataField cfgParseField(ReadContext& context, std::string_view line) {
       equals == nameEnd + 1 ? colon : line.find(word, nameEnd + 1) + word.size();
   const auto parse = type->quoted ? cfgParseQuoted : cfgParseBare;
   const std::string_view text = parse(context, line, wordEnd);
-  // A bare text that a file ends in behind its last backslash may end in another one.
-  const bool hasForm = type->quoted || !text.ends_with('\\');
-  return {line.substr(1, nameEnd - 1), type->code, text, hasForm};
+  return {line.substr(1, nameEnd - 1), type->code, text, formOf(line, nameEnd, *type, text)};
 }
 
 // The last mark of all the text so far decides, old parts included: a quote ends it, and a backslash

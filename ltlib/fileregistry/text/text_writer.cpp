@@ -73,6 +73,10 @@ void LineSink::write(std::string_view text) {
   }
 }
 
+std::string_view cfgOpeningOf(QSCfgTypeCode code) {
+  return formOf(code).opening;
+}
+
 std::string cfgFieldLine(std::string_view name, QSCfgTypeCode code, std::string_view text) {
   const FieldForm form = formOf(code);
   std::string line = "\"";
@@ -88,12 +92,16 @@ void cfgWriteFields(LineSink& sink, const QSCfgDataSection& section, std::string
       continue;
     }
     // What a load brought in and no line can hold would spoil the file for the next reader.
-    if (!field.hasForm()) {
+    if (field.form() == QSCfgDataField::Form::kLacks) {
       throwNoForm(__LINE__, path,
                   (" has the value " + std::string(field.name()) + ", which").c_str());
     }
     const FieldForm form = formOf(field.type());
-    sink.put({"\"", field.name(), form.opening, field.getValue(), form.closing});
+    if (field.form() == QSCfgDataField::Form::kInLine) {
+      sink.put({field.line(), form.closing});
+    } else {
+      sink.put({"\"", field.name(), form.opening, field.getValue(), form.closing});
+    }
   }
   sink.put({"\n"});
 }

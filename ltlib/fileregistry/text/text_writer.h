@@ -44,6 +44,9 @@ class LineSink {
   std::size_t m_size = 0;
 };
 
+/// What stands in a line between name and text.
+[[nodiscard]] std::string_view cfgOpeningOf(QSCfgTypeCode code);
+
 /// The line of a field, with its line feed.
 [[nodiscard]] std::string cfgFieldLine(std::string_view name, QSCfgTypeCode code,
                                        std::string_view text);

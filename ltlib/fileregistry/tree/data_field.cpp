@@ -22,11 +22,11 @@ std::uint32_t hashOf(std::string_view name) {
 }  // namespace
 
 QSCfgDataField::QSCfgDataField(std::string_view name, QSCfgTypeCode type, std::string_view text,
-                               bool hasForm)
+                               Form form)
     : m_is{name.data(),  const_cast<char*>(text.data()),
            sizeOf(name), sizeOf(text),
            hashOf(name), type,
-           hasForm} {}
+           form} {}
 
 // One block holds both, until a longer text comes.
 QSCfgDataField QSCfgDataField::copyOf(std::string_view name, QSCfgTypeCode type,
@@ -34,7 +34,7 @@ QSCfgDataField QSCfgDataField::copyOf(std::string_view name, QSCfgTypeCode type,
   auto block = std::make_unique_for_overwrite<char[]>(name.size() + text.size() + 1);
   char* const ownText = std::copy(name.begin(), name.end(), block.get());
   std::copy(text.begin(), text.end(), ownText);
-  QSCfgDataField field({block.get(), name.size()}, type, {ownText, text.size()}, true);
+  QSCfgDataField field({block.get(), name.size()}, type, {ownText, text.size()}, Form::kHas);
   field.m_is.ownsName = true;
   static_cast<void>(block.release());
   return field;
@@ -55,7 +55,7 @@ void QSCfgDataField::setValue(std::string_view text) {
     m_is.ownsText = true;
   }
   m_is.textSize = size;
-  m_is.hasForm = true;
+  m_is.form = m_is.ownsText || m_is.form != Form::kInLine ? Form::kHas : Form::kInLine;
 }
 
 namespace LTLib::detail {

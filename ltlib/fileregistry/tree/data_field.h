@@ -29,9 +29,13 @@ class QSCfgDataField {
   /// Holds nothing, as a gap of a list does.
   QSCfgDataField() noexcept = default;
 
+  /// What is known of a field's form in a file. In a line both name and text stand in a line as it would
+  /// be written.
+  enum class Form : std::uint8_t { kLacks, kHas, kInLine };
+
   /// Points at name and text, which must stay where they are as long as the field lives; the text's
-  /// bytes are the field's own to write to. `hasForm` as below.
-  QSCfgDataField(std::string_view name, QSCfgTypeCode type, std::string_view text, bool hasForm);
+  /// bytes are the field's own to write to.
+  QSCfgDataField(std::string_view name, QSCfgTypeCode type, std::string_view text, Form form);
 
   /// With name and text of its own, which have a form in a file.
   static QSCfgDataField copyOf(std::string_view name, QSCfgTypeCode type, std::string_view text);
@@ -52,9 +56,10 @@ class QSCfgDataField {
   /// The lower half of hashOfName.
   [[nodiscard]] std::uint32_t hash() const { return m_is.hash; }
 
-  /// Whether name and text are known to have a form in a file. True once a text was set, since none
-  /// is without that; a file may bring one that has none.
-  [[nodiscard]] bool hasForm() const { return m_is.hasForm; }
+  /// A text that was set has a form; a file may bring one that has none.
+  [[nodiscard]] Form form() const { return m_is.form; }
+  /// The bytes from the name's quote to the end of the text. Requires: it stands in a line.
+  [[nodiscard]] std::string_view line() const { return {m_is.name - 1, m_is.text + m_is.textSize}; }
 
   /// Replaces the text by one that has a form in a file; on failure it stands.
   void setValue(std::string_view text);
@@ -68,7 +73,7 @@ class QSCfgDataField {
     std::uint32_t textSize = 0;
     std::uint32_t hash = 0;
     QSCfgTypeCode type = kCfgULong;
-    bool hasForm = false;
+    Form form = Form::kLacks;
     bool ownsName = false;  // the name begins a block of this field
     bool ownsText = false;  // the text begins a block of this field
   };
