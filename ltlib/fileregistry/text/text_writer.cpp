@@ -108,17 +108,12 @@ void cfgWriteFields(LineSink& sink, const QSCfgDataSection& section, std::string
 
 // Depth first without recursion, since a tree is as deep as its file says.
 void cfgWriteSection(LineSink& sink, QSCfgDataSection& section) {
-  struct Level {
-    QSCfgDataSection* section;
-    std::size_t nextChild;
-    std::size_t pathSize;  // without this level
-  };
-  std::vector<Level> levels;
-  std::string path;
+  std::vector<std::pair<QSCfgDataSection*, std::size_t>> levels;  // and their next children
+  std::string held;
   const auto enter = [&](QSCfgDataSection& entered) {
-    levels.push_back({&entered, 0, path.size()});
-    path.append(path.empty() ? "" : "\\").append(entered.name());
+    levels.emplace_back(&entered, 0);
     if (entered.fields().size() != 0) {
+      const std::string_view path = entered.path(held);
       // A section without fields has no header, so that its name may be any.
       if (!sectionComesBack(entered)) {
         throwNoForm(__LINE__, path, " has a name that");
@@ -128,11 +123,10 @@ void cfgWriteSection(LineSink& sink, QSCfgDataSection& section) {
   };
   enter(section);
   while (!levels.empty()) {
-    Level& level = levels.back();
-    if (level.nextChild < level.section->sectionCount()) {
-      enter(level.section->sectionAt(level.nextChild++));
+    auto& [parent, nextChild] = levels.back();
+    if (nextChild < parent->sectionCount()) {
+      enter(parent->sectionAt(nextChild++));
     } else {
-      path.resize(level.pathSize);
       levels.pop_back();
     }
   }

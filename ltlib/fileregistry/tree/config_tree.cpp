@@ -8,6 +8,7 @@
 #include <new>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "ltlib/fileregistry/tree/folded_name.h"
 #include "ltlib/fileregistry/tree/key_path.h"
@@ -67,6 +68,22 @@ std::unique_ptr<QSCfgDataSection> QSCfgDataSection::make(QSCfgDataSection* paren
   made->m_hasPath = hasPath;
   made->m_hasBackslash = name.find('\\') != std::string_view::npos;
   return made;
+}
+
+std::string_view QSCfgDataSection::path(std::string& held) const {
+  if (m_hasPath) {
+    return {text(), m_textSize};
+  }
+  std::vector<const QSCfgDataSection*> way;
+  const QSCfgDataSection* at = this;
+  for (; !at->m_hasPath; at = at->m_parent) {
+    way.push_back(at);
+  }
+  held.assign(at->text(), at->m_textSize);
+  for (; !way.empty(); way.pop_back()) {
+    held.append("\\").append(way.back()->name());
+  }
+  return held;
 }
 
 bool QSCfgDataSection::isAt(std::string_view path) const {

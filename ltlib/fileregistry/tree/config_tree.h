@@ -31,6 +31,10 @@ class QSCfgDataSection {
   /// The section that this one is a child of; null for the top of a tree.
   [[nodiscard]] QSCfgDataSection* parent() const { return m_parent; }
 
+  /// The names from below the top to here, joined by backslashes. `held` holds it where the section has
+  /// it not at hand.
+  [[nodiscard]] std::string_view path(std::string& held) const;
+
   /// Whether a path of that text leads here, if it has as many names as the section lies deep.
   [[nodiscard]] bool isAt(std::string_view path) const;
 
