@@ -6,7 +6,7 @@ from html import escape
 STYLE = '''<style>
 .page{fill:#ffffff}text{fill:#1f2328;font:11px system-ui,sans-serif}.title{font-weight:600}
 .soft{fill:#59636e}.grid{stroke:#d8dee4;stroke-width:1}.line{fill:none;stroke-width:1.5}
-.own{stroke-width:2.8}.ring{fill:none;stroke:#59636e;stroke-width:1.5}
+.own{stroke-width:2.8}.leader{stroke-dasharray:2 3}.ring{fill:none;stroke:#59636e;stroke-width:1.5}
 .mark{stroke:#1f2328;stroke-width:2}
 .s0{stroke:#0550ae;fill:#0550ae}.s1{stroke:#bc4c00;fill:#bc4c00}.s2{stroke:#1a7f37;fill:#1a7f37}
 .s3{stroke:#8250df;fill:#8250df}.s4{stroke:#6e7781;fill:#6e7781}.line{fill:none}text{stroke:none}
@@ -88,9 +88,11 @@ def panel(left, top, title, series):
         parts.append(f'<polyline points="{path}" class="line {style}{own}"/>')
         parts += [f'<circle cx="{x.at(n):.1f}" cy="{y.at(value):.1f}" r="{3 if own else 2}" '
                   f'class="{style}"/>' for n, value in ends]
-    # A line that ends early is named where it ends, too, as far as the others leave room.
     places = apart([y.at(ends[-1][1]) for _, _, ends in series], 12)
     for (name, style, ends), place in zip(series, places):
+        n, value = ends[-1]
+        if x.at(n) < x1:
+            parts.append(line(x.at(n), y.at(value), x1 + 9, place, f'{style} leader'))
         parts.append(f'<g class="{style}"><circle cx="{x1 + 9}" cy="{place:.1f}" r="3"/></g>')
         parts.append(text(x1 + 16, place + 4, name, 'title' if name == 'ltlib' else ''))
     return parts
@@ -111,7 +113,7 @@ def growth(panels):
 
 def ratios(entries):
     """A line for each (name, before, goal, at least, now); left is faster than the peer."""
-    left, right, top, step = 300, 800, 58, 19
+    left, right, top, step = 340, 840, 58, 19
     bottom = top + step * len(entries)
     numbers = [value for _, before, goal, _, now in entries for value in (before, goal, now)
                if value]
@@ -122,7 +124,7 @@ def ratios(entries):
         parts += [f'<circle cx="{left + 6 + 125 * i}" cy="33" r="4.5" class="{style}"/>',
                   text(left + 16 + 125 * i, 37, words)]
     parts += [line(left + 386, 27, left + 386, 39, 'mark'), text(left + 394, 37, 'goal')]
-    for tick in x.ticks([1, 2, 5] if x.high - x.low < 2 else [1]):
+    for tick in x.ticks([1, 2, 5]):
         parts += [line(x.at(tick), top - 6, x.at(tick), bottom, 'grid'),
                   text(x.at(tick), bottom + 15, f'{tick:g}', 'soft', 'middle')]
     for i, (name, before, goal, least, now) in enumerate(entries):

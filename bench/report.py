@@ -174,6 +174,11 @@ def write(page, rows, figures, tree):
               'tool': tool_table(rows, figures, tree)}
     with open(page, encoding='utf-8') as source:
         text = source.read()
+    lines_by_hand = text.partition('## What is not reached')[2]
+    for work in dict.fromkeys(row.work for row in rows if row.ratios(figures)
+                              and row.met(statistics.median(row.ratios(figures))) is False):
+        if work not in lines_by_hand:
+            print(f'{page} has no line yet on what is not reached: {work}')
     for name, content in blocks.items():
         text = re.sub(rf'(<!-- figures: {name} -->\n).*?(\n<!-- end -->)',
                       lambda found, content=content: f'{found[1]}\n{content}\n{found[2]}', text,

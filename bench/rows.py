@@ -96,7 +96,7 @@ class Exponent(Row):
 
     def __init__(self, group, work, sizes, figure_of, more, goal, before):
         self.sizes, self.figure_of, self.more = sizes, figure_of, more
-        super().__init__(group, work, f'{SIZE_NAMES[sizes[0]]} to {SIZE_NAMES[sizes[-1]]}',
+        super().__init__(group, f'exponent: {work}', f'{SIZE_NAMES[sizes[0]]} to {SIZE_NAMES[sizes[-1]]}',
                          figure_of(sizes[-1]), goal=goal, before=before)
 
     def figures(self):
@@ -251,7 +251,7 @@ def small_rows():
             ('RWLock write, of the best', 'lockPair', 'OwnRWLock', read_write, '', 1.0, 0.92),
             ('NamedMutex free, of flock', 'lockPair', 'OwnNamedMutex', ['Flock'], '', 3.0, 5.4),
             ('NamedMutex, two processes, of flock', 'lockPairInTwoProcesses', 'OwnNamedMutex',
-             ['Flock'], '/iterations:1/repeats:5/manual_time', 1.5, 5.7),
+             ['Flock'], '/iterations:1/repeats:3/manual_time', 1.5, 5.7),
             ('NamedMutex free, of Boost', 'lockPair', 'OwnNamedMutex', ['BoostNamedMutex'], '',
              None, None)):
         add('foundation', work, program, f'{pair}<{own}>{end}',
@@ -289,6 +289,9 @@ def small_rows():
                     [(('first_load', 'dlopen'), 'first_load')], 1.0, 0.97))
     rows.append(Row('process', 'start with the library, of one without', '',
                     (('start', 'start_linked'), 'cpu'), [(('start', 'start_plain'), 'cpu')], 1.02,
+                    None))
+    rows.append(Row('process', 'start with the library, of one with two empty ones', '',
+                    (('start', 'start_linked'), 'cpu'), [(('start', 'start_empty'), 'cpu')], 1.02,
                     1.03))
     return rows
 
@@ -317,4 +320,7 @@ TOOL_PEERS = {
 
 
 def all_rows(large):
-    return store_rows(large) + small_rows() + tool_rows()
+    """The lines of one work stand together."""
+    rows = store_rows(large) + small_rows() + tool_rows()
+    works = list(dict.fromkeys(row.work for row in rows))
+    return sorted(rows, key=lambda row: works.index(row.work))
