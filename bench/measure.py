@@ -27,7 +27,7 @@ class Runner:
         self.programs = programs
         self.folder = folder
         self.once = once
-        self.filters = {}  # of a Google Benchmark program, what the rows ask it for
+        self.filters = {}  # of each child with Google Benchmark, what the rows ask it for
         self.prepared = {}
         self.ran = set()
         self.tools = None
@@ -77,10 +77,12 @@ class Runner:
             raise self.prepared[data]
         return fields(self.call(command + [work] + ['--once'] * self.once))
 
-    def run_gbench(self, program):
-        names = '|'.join(name for name in sorted(self.filters[program])
-                         if not (self.once and '00000' in name))
-        text = self.call([self.path(program), f'--benchmark_filter=^({names})$',
+    def run_gbench(self, program, own):
+        names = [name for name in sorted(self.filters['gbench', program, own])
+                 if not (self.once and '00000' in name)]
+        if not names:
+            return {}
+        text = self.call([self.path(program), f'--benchmark_filter=^({"|".join(names)})$',
                           '--benchmark_format=json',
                           '--benchmark_min_time=' + ('0.0001' if self.once else '0.03')], 120)
         found = {}
@@ -147,7 +149,7 @@ def measure(runner, rows, rounds, seconds, progress):
     for row in rows:
         for child, field in row.figures():
             if child[0] == 'gbench':
-                runner.filters.setdefault(child[1], set()).add(field)
+                runner.filters.setdefault(child, set()).add(field)
     order = random.Random(1)
     longest = 0
     for number in range(rounds):

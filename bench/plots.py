@@ -113,7 +113,7 @@ def growth(panels):
 
 def ratios(entries):
     """A line for each (name, before, goal, at least, now); left is faster than the peer."""
-    left, right, top, step = 340, 840, 58, 19
+    left, right, top, step = 365, 845, 58, 19
     bottom = top + step * len(entries)
     numbers = [value for _, before, goal, _, now in entries for value in (before, goal, now)
                if value]

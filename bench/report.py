@@ -124,8 +124,8 @@ def machine():
     with open('/etc/os-release', encoding='utf-8') as lines:
         system = dict(line.rstrip().split('=', 1) for line in lines if '=' in line)
     compiler = subprocess.run(['c++', '--version'], capture_output=True, text=True,
-                              check=False).stdout.partition('\n')[0]
-    return (f'Measured on a virtual machine with {cores} cores of {platform.machine()}, '
+                              check=False).stdout.partition('\n')[0].replace('c++', 'GCC', 1)
+    return (f'Measured on a machine with {cores} cores of {platform.machine()}, '
             f'{system.get("PRETTY_NAME", "").strip(chr(34))}, C library '
             f'{platform.libc_ver()[1]}, {compiler}.')
 
@@ -150,8 +150,9 @@ def data(rows, figures):
     """What was measured, for those who compare two runs."""
     return {
         'rows': [dict(zip(HEADINGS, cells(row, figures)), group=row.group) for row in rows],
-        'medians': {' '.join(map(str, child + (field,))): float(f'{figures.median((child, field)):.5g}')
-                    for child, field in sorted(figures.values, key=str)},
+        'medians': {' '.join(map(str, figure[0] + figure[1:])):
+                    float(f'{figures.median(figure):.5g}')
+                    for figure in sorted(figures.values, key=str)},
     }
 
 

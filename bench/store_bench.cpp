@@ -81,6 +81,12 @@ void reportSteps(const Task& task, const char* what, const std::vector<Place>& p
          timeOfPass(task, [&] { eachOf(places, step); }) / static_cast<double>(places.size()));
 }
 
+// The time of a pass over everything, for each value.
+template <class Pass>
+void reportWhole(const Task& task, const char* what, Pass pass) {
+  report(what, timeOfPass(task, pass) / static_cast<double>(task.count));
+}
+
 // For steps that cannot be done twice.
 template <class Step>
 void reportOnce(const char* what, const std::vector<Place>& places, Step step) {
@@ -187,62 +193,70 @@ void readByThreads(const Task& task) {
   }
 }
 
-// Works of a loaded peer, as far as it has them.
+// The works of a loaded peer; false for one that is not among them, or that the peer has not.
+
+template <class Peer>
+bool workOnValues(const Task& task, std::string_view name, Peer& peer) {
+  if (name == "read") {
+    reportSteps(task, "read", manyOf(task), [&](const Place& p) { demand(peer.read(p) > 0); });
+  } else if (name == "set") {
+    reportSteps(task, "set", manyOf(task), [&](const Place& p) { peer.set(p, "another text"); });
+  } else if (name == "insert") {
+    reportOnce("insert", besides(manyOf(task)),
+               [&](const Place& place) { peer.set(place, place.text.c_str()); });
+  } else if (name == "remove") {
+    reportOnce("remove", halfOf(task), [&](const Place& place) { peer.removeValue(place); });
+  } else {
+    return false;
+  }
+  return true;
+}
+
+template <class Peer>
+bool walk(const Task& task, std::string_view name, Peer& peer) {
+  const std::string key = "Software\\Example";
+  if (name == "walk_values") {
+    reportWhole(task, "walk_values", [&] { demand(peer.walkValues(key) >= task.count); });
+  } else if (name == "walk_keys") {
+    reportWhole(task, "walk_keys", [&] { demand(peer.walkKeys(key) >= task.count); });
+  } else {
+    return false;
+  }
+  return true;
+}
+
+template <class Peer>
+bool removeKeys(const Task& task, std::string_view name, Peer& peer) {
+  std::vector<Place> places;
+  if (name == "remove_keys") {
+    places = someOf(allOf(task), std::min<std::size_t>(1'000, task.count / 2));
+  } else if (name == "remove_keys_from_last") {
+    places = allOf(task);
+    std::reverse(places.begin(), places.end());
+  } else {
+    return false;
+  }
+  reportOnce(std::string(name).c_str(), places,
+             [&](const Place& place) { peer.removeKey(place.path); });
+  return true;
+}
+
 template <class Peer>
 bool work(const Task& task, std::string_view name) {
   Peer& peer = *new Peer(task.file);  // for good: the end of some would change their file
-  const auto walk = [&](const char* what, auto count) {
-    report(what, timeOfPass(task, [&] { demand(count() >= task.count); }) /
-                     static_cast<double>(task.count));
-  };
-  const std::string key = "Software\\Example";
   if constexpr (requires(Place place) { peer.read(place); }) {
-    if (name == "read") {
-      reportSteps(task, "read", manyOf(task), [&](const Place& p) { demand(peer.read(p) > 0); });
-      return true;
-    }
-    if (name == "set") {
-      reportSteps(task, "set", manyOf(task), [&](const Place& p) { peer.set(p, "another text"); });
-      return true;
-    }
-    if (name == "insert") {
-      reportOnce("insert", besides(manyOf(task)),
-                 [&](const Place& place) { peer.set(place, place.text.c_str()); });
-      return true;
-    }
-    if (name == "remove") {
-      reportOnce("remove", halfOf(task), [&](const Place& place) { peer.removeValue(place); });
-      return true;
-    }
-    if (name == "walk_values") {
-      walk("walk_values", [&] { return peer.walkValues(key); });
-      return true;
-    }
-    if (name == "walk_keys") {
-      walk("walk_keys", [&] { return peer.walkKeys(key); });
+    if (workOnValues(task, name, peer) || walk(task, name, peer)) {
       return true;
     }
   }
   if constexpr (requires { peer.save(""); }) {
     if (name == "save") {
-      const std::string saved = task.file + ".saved";
-      report("save", timeOfPass(task, [&] { peer.save(saved); }) / static_cast<double>(task.count));
+      reportWhole(task, "save", [&] { peer.save(task.file + ".saved"); });
       return true;
     }
   }
   if constexpr (requires { peer.removeKey(""); }) {
-    if (name == "remove_keys") {
-      reportOnce("remove_keys", someOf(allOf(task), std::min<std::size_t>(1'000, task.count / 2)),
-                 [&](const Place& place) { peer.removeKey(place.path); });
-      return true;
-    }
-    if (name == "remove_keys_from_last") {
-      std::vector<Place> places = allOf(task);
-      std::reverse(places.begin(), places.end());
-      reportOnce("remove_keys_from_last", places,
-                 [&](const Place& place) { peer.removeKey(place.path); });
-      return true;
-    }
+    return removeKeys(task, name, peer);
   }
   return false;
 }
