@@ -130,8 +130,8 @@ class Figures:
         for child in children:
             try:
                 found = runner.run(child)
-            except (Failure, OSError, ValueError) as failure:
-                self.failures[child] = str(failure)
+            except Exception as failure:  # whatever it is, the others go on
+                self.failures[child] = str(failure) or type(failure).__name__
                 continue
             for field, value in found.items():
                 self.values.setdefault((child, field), {})[number] = value

@@ -98,7 +98,8 @@ class Exponent(Row):
 
     def __init__(self, group, work, sizes, figure_of, more, goal, before):
         self.sizes, self.figure_of, self.more = sizes, figure_of, more
-        super().__init__(group, f'exponent: {work}', f'{SIZE_NAMES[sizes[0]]} to {SIZE_NAMES[sizes[-1]]}',
+        super().__init__(group, f'exponent: {work}',
+                         f'{SIZE_NAMES[sizes[0]]} to {SIZE_NAMES[sizes[-1]]}',
                          figure_of(sizes[-1]), goal=goal, before=before)
 
     def figures(self):

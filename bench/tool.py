@@ -3,9 +3,11 @@ import os
 import re
 import shutil
 import subprocess
+import threading
 import time
 
 ROOT = 'HKLM'
+TIMEOUT = 90  # seconds for one process
 
 
 class Missing(Exception):
@@ -18,7 +20,10 @@ def process(command, environment, cwd=None):
     with open(os.devnull, 'wb') as nothing:
         child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=nothing, stderr=nothing,
                                  env=environment, cwd=cwd)
+        limit = threading.Timer(TIMEOUT, child.kill)
+        limit.start()
         _, status, usage = os.wait4(child.pid, 0)
+        limit.cancel()
         child.returncode = os.waitstatus_to_exitcode(status)
     return {'wall': time.perf_counter() - begin, 'cpu': usage.ru_utime + usage.ru_stime,
             'peak': usage.ru_maxrss * 1024.0, 'status': child.returncode}
@@ -48,8 +53,8 @@ def generated_reg(path, keys):
     with open(path, 'w', encoding='utf-8') as out:
         out.write('Windows Registry Editor Version 5.00\n')
         for i in range(keys):
-            out.write(f'\n[HKEY_LOCAL_MACHINE\\Software\\Classes\\Group {i % 70}\\{{{i * 7919:032X}}}'
-                      f'\\InprocServer]\n')
+            out.write(f'\n[HKEY_LOCAL_MACHINE\\Software\\Classes\\Group {i % 70}\\'
+                      f'{{{i * 7919:032X}}}\\InprocServer]\n')
             for j in range(3):
                 out.write(f'"Value {j}"="the text number {i * 3 + j} of the tree"\n')
 
