@@ -104,11 +104,15 @@ class Runner:
             raise Failure(program + ' is not built')
         runs = 2 if self.once else 60
         return {'cpu': statistics.median(
-            tool.process([self.path(program)], self.environment)['cpu'] for _ in range(runs))}
+            tool.process(self.path('process_bench'), [self.path(program)],
+                         self.environment)['cpu'] for _ in range(runs))}
 
     def run_tool(self, name, verb):
         if self.tools is None:
-            self.tools = tool.Tools(self.path('ltreg'), self.folder, self.environment, self.once)
+            if os.path.exists(os.path.join(self.folder, 'tool')):
+                raise Failure('the tree was not made')
+            self.tools = tool.Tools(self.path('process_bench'), self.path('ltreg'), self.folder,
+                                    self.environment, self.once)
         try:
             return self.tools.run(name, verb)
         except tool.Missing as missing:

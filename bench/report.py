@@ -111,7 +111,8 @@ def tool_table(rows, figures, tree):
             cpu, wall, peak = (figures.median((('tool', program, work), field))
                                for field in ('cpu', 'wall', 'peak'))
             line.append('' if cpu is None else
-                        f'{cpu * 1000:.3g} ms, {wall * 1000:.3g} ms, {peak / 2**20:.0f} MiB')
+                        f'{number(cpu * 1000)} ms, {number(wall * 1000)} ms, '
+                        f'{peak / 2**20:.1f} MiB')
         lines.append('| ' + ' | '.join(line) + ' |')
     kind = 'a fresh system\'s own' if tree and tree.real else 'a generated one'
     count = tree.count if tree else 0

@@ -42,8 +42,8 @@ def main():
                 if re.search(options.filter, f'{row.group}: {row.name()}')]
     if not rows:
         sys.exit('no row has such a name')
-    if options.write and not os.path.exists(options.write):
-        sys.exit('there is no page ' + options.write)
+    if options.write and (options.filter or not os.path.exists(options.write)):
+        sys.exit('a page that is there is written with all lines')
     programs = os.path.abspath(options.programs)
     folder = measure.data_folder(os.path.join(os.path.dirname(programs), 'bench-data'))
     rounds, seconds = (1, 0) if options.once else (3, 150) if options.quick else (7, 720)

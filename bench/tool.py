@@ -3,8 +3,6 @@ import os
 import re
 import shutil
 import subprocess
-import threading
-import time
 
 ROOT = 'HKLM'
 TIMEOUT = 90  # seconds for one process
@@ -14,19 +12,12 @@ class Missing(Exception):
     """A tool, or a work that it does not have."""
 
 
-def process(command, environment, cwd=None):
+def process(launcher, command, environment, cwd=None):
     """Seconds that passed, seconds of processor time, and bytes at the peak, of one process."""
-    begin = time.perf_counter()
-    with open(os.devnull, 'wb') as nothing:
-        child = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=nothing, stderr=nothing,
-                                 env=environment, cwd=cwd)
-        limit = threading.Timer(TIMEOUT, child.kill)
-        limit.start()
-        _, status, usage = os.wait4(child.pid, 0)
-        limit.cancel()
-        child.returncode = os.waitstatus_to_exitcode(status)
-    return {'wall': time.perf_counter() - begin, 'cpu': usage.ru_utime + usage.ru_stime,
-            'peak': usage.ru_maxrss * 1024.0, 'status': child.returncode}
+    done = subprocess.run([launcher] + command, capture_output=True, text=True, env=environment,
+                          cwd=cwd, timeout=TIMEOUT, check=True)
+    return {name: float(number)
+            for name, number in (line.split() for line in done.stdout.splitlines())}
 
 
 def sections(store):
@@ -62,7 +53,8 @@ def generated_reg(path, keys):
 class Tools:
     """The stores of all tools, with the works that each of them has."""
 
-    def __init__(self, ltreg, folder, environment, once):
+    def __init__(self, launcher, ltreg, folder, environment, once):
+        self.launcher = launcher
         self.ltreg = ltreg
         self.folder = os.path.join(folder, 'tool')
         self.environment = environment
@@ -88,13 +80,15 @@ class Tools:
             home = dict(self.environment, WINEPREFIX=self.file('wine'), WINEDEBUG='-all',
                         WINEDLLOVERRIDES='winemenubuilder.exe=d;mscoree,mshtml=')
             home.pop('DISPLAY', None)
-            process([wine, 'reg', 'export', 'HKLM\\Software', 'real.reg', '/y'], home, self.folder)
+            process(self.launcher, [wine, 'reg', 'export', 'HKLM\\Software', 'real.reg', '/y'],
+                    home, self.folder)
             subprocess.run(['wineserver', '--kill'], env=home, check=False)
             shutil.rmtree(self.file('wine'), ignore_errors=True)
         self.real = os.path.exists(self.reg)
         if not self.real:
             generated_reg(self.reg, 100 if once else 7000)
-        made = process([self.ltreg, 'import', self.reg, '--lossy', '--store', self.store],
+        made = process(self.launcher,
+                       [self.ltreg, 'import', self.reg, '--lossy', '--store', self.store],
                        self.environment, self.folder)
         if made['status'] not in (0, 3) or not os.path.exists(self.store):
             raise Missing('the tree cannot be imported')
@@ -176,7 +170,8 @@ class Tools:
             raise Missing('absent')
         original = {'ltreg': 'real.cfg', 'crudini': 'real.ini', 'git': 'real.gitconfig'}[tool]
         shutil.copy(self.file(original), self.file('work'))
-        done = process([program] + self.works[tool][work], self.environment, self.folder)
+        done = process(self.launcher, [program] + self.works[tool][work], self.environment,
+                       self.folder)
         if done.pop('status') not in (0, 1):
             raise Missing(f'{tool} {work} fails')
         return done
