@@ -48,10 +48,11 @@ class LTLIB_EXPORT ltDoOnceInternal {
 /// it. A null `init` on a record that is not finished gives 0x8004102E and leaves it alone. Throws
 /// what `init` throws, to the caller that ran it. After that the cost is one byte test.
 inline QSResult ltDoOnce(volatile ltDoOnce_t& once, void (*init)()) {
-  if (once.done.load(std::memory_order_acquire) != 0) {
-    return LTLib::kInitialised;
+  // Told to the compiler, which else lets every caller jump around the call.
+  if (once.done.load(std::memory_order_acquire) == 0) [[unlikely]] {
+    return ltDoOnceInternal::ltDoOnceImpl(once, init);
   }
-  return ltDoOnceInternal::ltDoOnceImpl(once, init);
+  return LTLib::kInitialised;
 }
 
 #endif  // LTLIB_FOUNDATION_DO_ONCE_H
