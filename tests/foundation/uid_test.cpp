@@ -30,6 +30,8 @@ TEST(Uid, ParsesAsLenientlyAsItsFormat) {
       {kSample, kSample},
       {"01234567-89AB-CDEF-FEDC-BA9876543210 and more", kSample},
       {" 01234567- 89ab- cdef-\tfedc-\nba98 76543210", kSample},
+      {"01234567-89ab-cdef-fedc-ba987654321", "01234567-89ab-cdef-fedc-ba9807654321"},
+      {"0x234567-89ab-cdef-fedc-ba9876543210", "00234567-89ab-cdef-fedc-ba9876543210"},
       {"1-2-3-4-00056", "00000001-0002-0003-0004-000500000006"},
       {"01234567-89ab-cdef-fedc-ba98", kZero},
       {"01234567-89abcdef-fedc-ba9876543210", kZero},
