@@ -227,6 +227,18 @@ TEST_F(NamedMutexTest, ADescriptorThatBecameSomebodyElsesIsLeftAlone) {
   }
 }
 
+TEST_F(NamedMutexTest, ANumberThatBecameAnotherMutexesIsLeftAlone) {
+  const int number = descriptorOf(m_name.text());
+  ::close(number);
+  const MutexName other;
+  NamedMutex second(other.c_str());
+  ASSERT_EQ(descriptorOf(other.text()), number);
+  EXPECT_EQ(lockFailure(second), "");
+  EXPECT_EQ(passFailure(m_mutex), "");
+  EXPECT_TRUE(isHeld(other.text()));
+  second.unlock();
+}
+
 // With a limit of 0 no file may grow: a try ends the process. A daemon may have closed its standard
 // streams, too, and writes to them all the same.
 TEST_F(NamedMutexTest, ServesWhereNoFileMayGrowAndNoStreamIsOpen) {
@@ -239,7 +251,11 @@ TEST_F(NamedMutexTest, ServesWhereNoFileMayGrowAndNoStreamIsOpen) {
       ::close(standard);
     }
     NamedMutex made(fresh.c_str());
-    const bool passed = (passFailure(made) + passFailure(m_mutex) + lockFailure(m_mutex)).empty();
+    bool passed = (passFailure(made) + lockFailure(m_mutex)).empty();
+    // A hostile user makes the file shorter than its owner left it.
+    passed = ::truncate(lockFilePath(m_name.text()).c_str(), 0) == 0 && passed;
+    m_mutex.unlock();
+    passed = (passFailure(m_mutex) + lockFailure(m_mutex)).empty() && passed;
     return limited && passed && ::write(1, "told", 4) < 0 && errno == EBADF;
   }));
   EXPECT_EQ(passFailure(m_mutex), abandoned(m_name.text()));

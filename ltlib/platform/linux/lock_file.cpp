@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -37,6 +38,10 @@ constexpr int kAttempts = 100;
 
 // Enough for half a million owners until it has to grow again.
 constexpr rlim_t kFullLength = 1 << 20;
+
+// Far behind the end of whatever a program may read or write, and within what every file system
+// allows.
+constexpr off_t kFirstPosition = 0x9E3779B97F;
 
 // The mark of a file without length.
 // An owner without a right to make files grow, in a file that nobody ever did, leaves this bit.
@@ -101,6 +106,20 @@ int create(const char* path) noexcept {
   return error == EEXIST ? 0 : error;
 }
 
+// Even; 0 for a process that may not make files grow.
+// The limit holds for each process by itself; a signal would end one that goes beyond.
+off_t longestLength() noexcept {
+  rlimit limit{};
+  const bool known = getrlimit(RLIMIT_FSIZE, &limit) == 0;
+  return static_cast<off_t>(known ? std::min(limit.rlim_cur, kFullLength) / 2 * 2 : 0);
+}
+
+// Never the same, since a number that was closed may come back as that of another lock.
+off_t nextPosition() noexcept {
+  constinit static std::atomic<off_t> s_next{kFirstPosition};
+  return s_next.fetch_add(1, std::memory_order_relaxed);
+}
+
 // A second name would let one file be two locks, or a mark be set on somebody's other file.
 int accept(LockFile& file, int descriptor) noexcept {
   struct stat status {};
@@ -114,9 +133,14 @@ int accept(LockFile& file, int descriptor) noexcept {
   if (!S_ISREG(status.st_mode) || status.st_nlink != 1) {
     return closeWith(descriptor, EPERM);
   }
+  file.position = lseek(descriptor, nextPosition(), SEEK_SET);
+  if (file.position < 0) {
+    return closeWith(descriptor, errno);
+  }
   file.descriptor = descriptor;
   file.device = status.st_dev;
   file.inode = status.st_ino;
+  file.mayGrow = longestLength() == kFullLength;
   return 0;
 }
 
@@ -125,43 +149,38 @@ int openExisting(LockFile& file) noexcept {
   return descriptor < 0 ? errno : accept(file, descriptor);
 }
 
-// An open file keeps its number, so that equal numbers are one file.
-bool isStillOpen(const LockFile& file, struct stat& status) noexcept {
-  return file.descriptor >= 0 && fstat(file.descriptor, &status) == 0 &&
-         status.st_dev == file.device && status.st_ino == file.inode;
-}
-
 bool isMarked(const struct stat& status) noexcept {
   return status.st_size > 0 ? status.st_size % 2 != 0 : (status.st_mode & kOwnedMode) != 0;
 }
 
-// Even; 0 for a process that may not make files grow.
-// The limit holds for each process by itself; a signal would end one that goes beyond.
-off_t longestLength() noexcept {
-  rlimit limit{};
-  const bool known = getrlimit(RLIMIT_FSIZE, &limit) == 0;
-  return static_cast<off_t>(known ? std::min(limit.rlim_cur, kFullLength) / 2 * 2 : 0);
-}
-
-bool setMark(const LockFile& file, const struct stat& status) noexcept {
-  off_t length = status.st_size;
+bool setMark(LockFile& file, off_t length) noexcept {
   // An owner uses up two bytes, one as it comes and one as it goes.
   if (length <= 2) {
     length = std::max(length, longestLength());
   }
   if (length > 0) {
-    return ftruncate(file.descriptor, length - 1) == 0;
+    file.markedLength = length - 1;
+    return ftruncate(file.descriptor, file.markedLength) == 0;
   }
+  file.markedLength = 0;
   static_cast<void>(!fchmod(file.descriptor, kEverybody | kOwnedMode));
   return true;
 }
 
-// The mode is that of a file that was not made longer since it was the mark.
-void takeMarkAway(const LockFile& file, const struct stat& status) noexcept {
-  if (status.st_size > 0) {
-    static_cast<void>(!ftruncate(file.descriptor, status.st_size - 1));
+// Somebody may have made the file shorter. Where it may not grow that has to be found out, since
+// the try would end the process.
+off_t lengthToGoOnFrom(const LockFile& file) noexcept {
+  struct stat status {};
+  if (file.mayGrow || fstat(file.descriptor, &status) != 0) {
+    return file.markedLength;
   }
-  if ((status.st_mode & kOwnedMode) != 0) {
+  return std::min(file.markedLength, status.st_size);
+}
+
+void takeMarkAway(const LockFile& file) noexcept {
+  if (file.markedLength > 0) {
+    static_cast<void>(!ftruncate(file.descriptor, lengthToGoOnFrom(file) / 2 * 2));
+  } else {
     static_cast<void>(!fchmod(file.descriptor, kEverybody));
   }
 }
@@ -177,9 +196,12 @@ std::string lockFilePath(const std::string& name) {
          hexOf({reinterpret_cast<const std::uint8_t*>(name.data()), name.size()});
 }
 
+bool isOpenLockFile(const LockFile& file) noexcept {
+  return file.descriptor >= 0 && lseek(file.descriptor, 0, SEEK_CUR) == file.position;
+}
+
 int openLockFile(LockFile& file) noexcept {
-  struct stat status {};
-  if (isStillOpen(file, status)) {
+  if (isOpenLockFile(file)) {
     return 0;
   }
   file.descriptor = -1;
@@ -209,8 +231,7 @@ std::string describeObstacle(const LockFile& file, int error) {
 }
 
 void closeLockFile(LockFile& file) noexcept {
-  struct stat status {};
-  if (isStillOpen(file, status)) {
+  if (isOpenLockFile(file)) {
     close(file.descriptor);
   }
   file.descriptor = -1;
@@ -220,25 +241,26 @@ int waitForLockFile(const LockFile& file) noexcept {
   return waitForKernelLock(file.descriptor);
 }
 
-LockFileState markLockFile(const LockFile& file) noexcept {
+LockFileState markLockFile(LockFile& file) noexcept {
   struct stat status {};
   // Looked at anew under the lock: while this process waited, the file may have gone or been closed.
-  if (!isStillOpen(file, status) || status.st_nlink != 1) {
+  if (fstat(file.descriptor, &status) != 0 || status.st_dev != file.device ||
+      status.st_ino != file.inode || status.st_nlink != 1) {
     return LockFileState::kReplaced;
   }
   if (isMarked(status)) {
+    file.markedLength = status.st_size;
     return LockFileState::kAbandoned;
   }
-  return setMark(file, status) ? LockFileState::kFree : LockFileState::kFailed;
+  return setMark(file, status.st_size) ? LockFileState::kFree : LockFileState::kFailed;
 }
 
 void giveUpLockFile(const LockFile& file, LockFileEnd end) noexcept {
-  struct stat status {};
-  if (!isStillOpen(file, status)) {
+  if (!isOpenLockFile(file)) {
     return;
   }
   if (end == LockFileEnd::kReleased) {
-    takeMarkAway(file, status);
+    takeMarkAway(file);
   }
   // By itself and not by a close, since a forked child may hold a copy of the descriptor.
   flock(file.descriptor, LOCK_UN);

@@ -19,7 +19,9 @@
 //
 // A program may close descriptors that it does not know, and the number may come back as a file of
 // its own. Each call therefore makes sure that the number still stands for the lock file, and
-// leaves it alone where it does not.
+// leaves it alone where it does not: nothing is read or written here, so that the position in the
+// open file is free to be a number that no other has, and to ask for it costs half of what the
+// file's status does.
 #ifndef LTLIB_PLATFORM_LINUX_LOCK_FILE_H
 #define LTLIB_PLATFORM_LINUX_LOCK_FILE_H
 
@@ -38,7 +40,13 @@ struct LockFile {
   int descriptor = -1;
   dev_t device = 0;
   ino_t inode = 0;
+  off_t position = 0;      // in no other open file of the process
+  off_t markedLength = 0;  // while the lock is owned; 0 where the mark is no length
+  bool mayGrow = false;    // whether the process could make files long when it opened this one
 };
+
+/// Whether the file is open and nobody else has closed it meanwhile.
+[[nodiscard]] bool isOpenLockFile(const LockFile& file) noexcept;
 
 /// Opens the file, creating it for all users if need be; does nothing on one that is open still.
 /// Gives 0 or the system's number: for a link, a folder or anything but a regular file with one
@@ -64,7 +72,7 @@ enum class LockFileState {
 };
 
 /// Looks at the locked file and marks it as owned.
-[[nodiscard]] LockFileState markLockFile(const LockFile& file) noexcept;
+[[nodiscard]] LockFileState markLockFile(LockFile& file) noexcept;
 
 /// What a file's owner leaves behind.
 enum class LockFileEnd { kReleased, kAbandoned };

@@ -137,8 +137,11 @@ NamedLockWait failed(int error) noexcept {
 }
 
 // A child of a fork opens the file anew, and so does one whose file was removed by a cleaner or
-// closed by somebody else.
+// closed by somebody else. To look at the file its user needs no guard.
 int reopenFile(LockFile& file, bool replaced) noexcept {
+  if (!replaced && isOpenLockFile(file)) {
+    return 0;
+  }
   const ThreadLockScope guard(tableGuard());
   if (replaced) {
     closeLockFile(file);
