@@ -48,7 +48,9 @@ class Expansion {
   using Names = std::pmr::map<std::pmr::string, NameState, std::less<>>;
 
   QSResult replace(std::string_view name);
-  void note(ExpansionStep step);
+  void put(std::string_view replacement, std::size_t reference, bool nested);
+  void putAndNote(std::string_view name, std::string_view replacement, std::size_t reference,
+                  bool nested);
   QSResult repeat(const NameState& state, std::size_t reference);
   bool fits(std::size_t length, std::size_t reference) const;
   bool openSpan(std::string_view name, std::size_t textBehind);
@@ -110,21 +112,25 @@ QSResult Expansion::replace(std::string_view name) {
   if (nested && !openSpan(name, textBehind)) {
     return kFailure;
   }
-  ExpansionStep step;
-  if (m_steps != nullptr) {
-    step = {std::string(name), std::string(replacement), {}};
-  }
-  m_text.drop(reference, replacement.size());
-  nested ? m_text.prependPending(replacement) : m_text.appendSettled(replacement);
-  if (m_steps != nullptr) {
-    note(std::move(step));
+  if (m_steps == nullptr) {
+    put(replacement, reference, nested);
+  } else {
+    putAndNote(name, replacement, reference, nested);
   }
   return kSuccess;
 }
 
+void Expansion::put(std::string_view replacement, std::size_t reference, bool nested) {
+  m_text.drop(reference, replacement.size());
+  nested ? m_text.prependPending(replacement) : m_text.appendSettled(replacement);
+}
+
 // Each step has a copy of the text. Once nothing more is noted, repetitions need not be made one by
-// one any longer.
-void Expansion::note(ExpansionStep step) {
+// one any longer. Not inline, as nearly every expansion notes nothing and would pay for the texts.
+[[gnu::noinline]] void Expansion::putAndNote(std::string_view name, std::string_view replacement,
+                                             std::size_t reference, bool nested) {
+  ExpansionStep step{std::string(name), std::string(replacement), {}};
+  put(replacement, reference, nested);
   step.text = m_text.str();
   m_noted += sizeof step + step.name.size() + step.replacement.size() + step.text.size();
   m_steps->push_back(std::move(step));

@@ -5,6 +5,7 @@
 #define LTLIB_VARIABLES_GAP_TEXT_H
 
 #include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -30,16 +31,31 @@ class GapText {
   std::string_view pending() const { return std::string_view(m_text).substr(m_pending); }
 
   /// Settles the first `count` pending bytes.
-  void settle(std::size_t count);
+  void settle(std::size_t count) {
+    // Until something is replaced there is no gap, and nothing to move.
+    if (gap() != 0) {
+      std::memmove(m_text.data() + m_settled, m_text.data() + m_pending, count);
+    }
+    m_settled += count;
+    m_pending += count;
+  }
 
   /// Drops the first `count` pending bytes and makes room for `room` bytes in their place. On
   /// failure nothing has changed.
-  void drop(std::size_t count, std::size_t room);
+  void drop(std::size_t count, std::size_t room) {
+    if (room > count + gap()) {
+      makeRoom(room - count);
+    }
+    m_pending += count;
+  }
 
   // These fill the room that `drop` made.
 
   /// Puts bytes at the end of the settled part. `bytes` lie outside this text.
-  void appendSettled(std::string_view bytes);
+  void appendSettled(std::string_view bytes) {
+    bytes.copy(m_text.data() + m_settled, bytes.size());
+    m_settled += bytes.size();
+  }
 
   /// Puts a copy of settled bytes at the end of the settled part.
   void repeatSettled(std::size_t start, std::size_t count);
@@ -51,10 +67,13 @@ class GapText {
   std::string str() const { return m_text.substr(0, m_settled).append(pending()); }
 
  private:
+  std::size_t gap() const { return m_pending - m_settled; }
   void makeRoom(std::size_t count);
 
-  std::string& m_text;
+  // Not side by side: both go on by the same count, which the compiler would make one wide addition
+  // whose load has to wait until the two stores before it are through.
   std::size_t m_settled = 0;  // the end of the settled part
+  std::string& m_text;
   std::size_t m_pending = 0;  // the start of the pending part
 };
 

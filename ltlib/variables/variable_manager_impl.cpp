@@ -259,5 +259,7 @@ std::vector<LTLib::VariableReport> QSConfigVariableManagerImpl::report() {
   for (const auto& [name, variable] : m_variables) {
     all.push_back({name, variable.value, variable.origin});
   }
+  std::sort(all.begin(), all.end(),
+            [](const auto& one, const auto& other) { return one.name < other.name; });
   return all;
 }
