@@ -61,6 +61,7 @@ QSResult iqsCUnknown::Init() {
 
 bool iqsCUnknown::FinalRelease() {
   // With a count of 1 the destructor may hand the object out and take it back without dying twice.
-  m_refCount.exchange(1);
+  // No exchange, which would cost as much as a release: nobody else has the object any more.
+  m_refCount.store(1, std::memory_order_relaxed);
   return true;
 }
