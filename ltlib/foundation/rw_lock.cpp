@@ -14,21 +14,13 @@ namespace {
 using State = RWLockImpl::State;
 
 // 30 bits for the readers and 31 for the writers: more threads than a process can have.
-constexpr std::uint64_t kStateMask = 3;
-constexpr std::uint64_t kReadEventOpen = 4;  // since readers were let in that had waited
-constexpr std::uint64_t kOneReader = 8;
-constexpr std::uint64_t kOneWriter = std::uint64_t{1} << 33;
+constexpr std::uint64_t kWriting = 1;
+constexpr std::uint64_t kReadEventOpen = 2;  // since readers were let in that had waited
+constexpr std::uint64_t kOneReader = 4;
+constexpr std::uint64_t kOneWriter = std::uint64_t{1} << 32;
 // One holder, and nobody that waits.
-constexpr std::uint64_t kSoleReader = kOneReader | static_cast<std::uint64_t>(State::kReading);
-constexpr std::uint64_t kSoleWriter = kOneWriter | static_cast<std::uint64_t>(State::kWriting);
-
-State stateOf(std::uint64_t word) {
-  return static_cast<State>(word & kStateMask);
-}
-
-std::uint64_t withState(std::uint64_t word, State state) {
-  return (word & ~kStateMask) | static_cast<std::uint64_t>(state);
-}
+constexpr std::uint64_t kSoleReader = kOneReader;
+constexpr std::uint64_t kSoleWriter = kOneWriter | kWriting;
 
 std::uint32_t readersOf(std::uint64_t word) {
   return static_cast<std::uint32_t>(word % kOneWriter / kOneReader);
@@ -38,12 +30,20 @@ std::uint32_t writersOf(std::uint64_t word) {
   return static_cast<std::uint32_t>(word / kOneWriter);
 }
 
+// While nobody writes, readers hold the lock as soon as they count.
+State stateOf(std::uint64_t word) {
+  if ((word & kWriting) != 0) {
+    return State::kWriting;
+  }
+  return readersOf(word) != 0 ? State::kReading : State::kFree;
+}
+
 // Looks at the readers first, so that a waiting reader always beats a waiting writer.
 std::uint64_t admitted(std::uint64_t word) {
   if (readersOf(word) != 0) {
-    return withState(word, State::kReading) | kReadEventOpen;
+    return word | kReadEventOpen;
   }
-  return withState(word, writersOf(word) != 0 ? State::kWriting : State::kFree);
+  return writersOf(word) != 0 ? word | kWriting : word;
 }
 
 }  // namespace
@@ -61,22 +61,13 @@ RWLockImpl::EventHandle RWLockImpl::makeEvent(EventMaker maker, EventReset reset
 }
 
 // Who is let in at once need not look at an event: the events are for those that wait.
-// The first try takes the lock for free, which saves a look at it.
 void RWLockImpl::readLock() {
-  Word now = 0;
-  Word next = kSoleReader;
-  while (!m_word.compare_exchange_weak(now, next, std::memory_order_acq_rel,
-                                       std::memory_order_relaxed)) {
-    next = now + kOneReader;
-    if (stateOf(now) == State::kFree) {
-      next = withState(next, State::kReading);
-    }
-  }
-  if (stateOf(now) == State::kWriting) {
+  if ((m_word.fetch_add(kOneReader, std::memory_order_acq_rel) & kWriting) != 0) {
     Platform::waitForEvent(*m_readEvent);
   }
 }
 
+// The first try takes the lock for free, which saves a look at it.
 void RWLockImpl::writeLock() {
   Word now = 0;
   Word next = kSoleWriter;
@@ -84,7 +75,7 @@ void RWLockImpl::writeLock() {
                                        std::memory_order_relaxed)) {
     next = now + kOneWriter;
     if (stateOf(now) == State::kFree) {
-      next = withState(next, State::kWriting);
+      next |= kWriting;
     }
   }
   if (stateOf(now) != State::kFree) {
@@ -133,7 +124,7 @@ RWLockImpl::Word RWLockImpl::afterUnlock(Word now) {
       }
       return admitted(now);
     case State::kWriting:
-      return admitted(now - kOneWriter);
+      return admitted(now - kSoleWriter);
     // An unlock of a free lock does nothing, by contract.
     default:
       return now;

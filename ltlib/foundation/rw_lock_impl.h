@@ -41,7 +41,8 @@ class RWLockImpl {
   };
   using EventHandle = std::unique_ptr<Platform::Event, EventEnd>;
 
-  // The state, whether the read event is open, the readers and the writers, from the low bits on.
+  // Whether somebody writes, whether the read event is open, the readers and the writers, from the
+  // low bits on.
   using Word = std::uint64_t;
 
   static EventHandle makeEvent(EventMaker maker, Platform::EventReset reset);
