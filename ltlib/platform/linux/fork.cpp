@@ -102,6 +102,7 @@ struct ForkedChild {
   }
 
   static void goOn() {
+    forgetSleepers();
     // Both look at what the locks guard, and so come ahead of freeing them.
     giveBackWorks();
     callHooks();

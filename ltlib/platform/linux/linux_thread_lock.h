@@ -32,6 +32,9 @@ struct ThreadLock {
 /// Makes the lock free, whoever held it. Requires: the process has one thread, as after fork.
 void resetThreadLock(ThreadLock& lock) noexcept;
 
+/// Forgets who sleeps for any lock: in the child of a fork, where these threads do not exist.
+void forgetSleepers() noexcept;
+
 }  // namespace LTLib::Platform
 
 #endif  // LTLIB_PLATFORM_LINUX_LINUX_THREAD_LOCK_H

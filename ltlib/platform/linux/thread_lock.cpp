@@ -1,11 +1,16 @@
 #include "ltlib/platform/thread_lock.h"
 
 #include <linux/futex.h>
+#include <linux/membarrier.h>
 #include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
 
 #include <algorithm>
+#include <array>
 #include <ctime>
 #include <limits>
 #include <new>
@@ -16,7 +21,7 @@
 namespace LTLib::Platform {
 namespace {
 
-enum State : std::uint32_t { kFree, kHeld, kHeldWithWaiters };
+enum State : std::uint32_t { kFree, kHeld };
 
 static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t) &&
               std::atomic<std::uint32_t>::is_always_lock_free);
@@ -32,11 +37,59 @@ inline const void* thisThread() noexcept {
 #endif
 }
 
-// Without a limit, or for that long at most. Comes back at once where the lock is not contended any
-// longer, and may come back for no reason: callers look again.
-void sleepWhileContended(std::atomic<std::uint32_t>& state, const timespec* limit) noexcept {
-  syscall(SYS_futex, &state, FUTEX_WAIT_PRIVATE, kHeldWithWaiters, limit, nullptr, 0);
+// A lock is given back by a plain store and a look at who sleeps, at half the cost of an exchange
+// that tells both at once. Nothing orders the store ahead of the look, so that whoever is about to
+// sleep sees to that: it counts itself, and then has the system put a barrier into every running
+// thread of the process. A thread that had looked before has by then let its store be seen, and the
+// lock is found free; one that looks later sees the count. The counts lie outside the locks, since
+// a lock that was given back may be gone already; locks that share one are woken in vain, no more.
+constinit std::array<std::atomic<std::uint32_t>, 64> s_sleepers{};
+
+std::atomic<std::uint32_t>& sleepersOf(const ThreadLock& lock) noexcept {
+  constexpr std::uintptr_t kBytesApart = 32;
+  return s_sleepers[reinterpret_cast<std::uintptr_t>(&lock) / kBytesApart % s_sleepers.size()];
 }
+
+bool barrierInAllThreads() noexcept {
+  return syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0;
+}
+
+// Only what has been asked for once works; that takes long where there are threads already.
+bool ensureBarrierInAllThreads() noexcept {
+  return barrierInAllThreads() ||
+         (syscall(SYS_membarrier, MEMBARRIER_CMD_REGISTER_PRIVATE_EXPEDITED, 0, 0) == 0 &&
+          barrierInAllThreads());
+}
+
+// Stands around the sleep of a thread that wants the lock.
+class Sleeper {
+ public:
+  explicit Sleeper(ThreadLock& lock) noexcept : m_lock(lock), m_count(sleepersOf(lock)) {
+    m_count.fetch_add(1, std::memory_order_seq_cst);
+    m_isSeen = ensureBarrierInAllThreads();
+  }
+  ~Sleeper() { m_count.fetch_sub(1, std::memory_order_relaxed); }
+  Sleeper(const Sleeper&) = delete;
+  Sleeper& operator=(const Sleeper&) = delete;
+
+  // Until the lock is given back, at once where it is free, or for no reason: callers look again.
+  // Where the system has no such barrier it is looked at once a millisecond.
+  void sleep() noexcept { m_isSeen ? sleepFor(nullptr) : nap(); }
+
+  void nap() noexcept {
+    constexpr timespec kMillisecond{0, 1000000};
+    sleepFor(&kMillisecond);
+  }
+
+ private:
+  void sleepFor(const timespec* limit) noexcept {
+    syscall(SYS_futex, &m_lock.state, FUTEX_WAIT_PRIVATE, kHeld, limit, nullptr, 0);
+  }
+
+  ThreadLock& m_lock;
+  std::atomic<std::uint32_t>& m_count;
+  bool m_isSeen;
+};
 
 [[gnu::noinline]] void wakeOne(std::atomic<std::uint32_t>& state) noexcept {
   syscall(SYS_futex, &state, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
@@ -50,12 +103,29 @@ void relax() noexcept {
 #endif
 }
 
+// Whether the process has no other thread, as the C library knows. Only this thread can then make
+// one, so that between two steps of it nobody else looks at a lock: a plain store does. Who is made
+// later sees what was stored before.
+inline bool isOnlyThread() noexcept {
+#if __has_include(<sys/single_threaded.h>)
+  return __libc_single_threaded != 0;
+#else
+  return false;
+#endif
+}
+
 // Reads first: that spares a re-entrant owner a failing exchange, and while others hold the lock
 // it leaves them their cache line.
 bool tryTake(ThreadLock& lock) noexcept {
   std::uint32_t expected = kFree;
-  return lock.state.load(std::memory_order_relaxed) == kFree &&
-         lock.state.compare_exchange_strong(expected, kHeld, std::memory_order_acquire,
+  if (lock.state.load(std::memory_order_relaxed) != kFree) {
+    return false;
+  }
+  if (isOnlyThread()) {
+    lock.state.store(kHeld, std::memory_order_relaxed);
+    return true;
+  }
+  return lock.state.compare_exchange_strong(expected, kHeld, std::memory_order_acquire,
                                             std::memory_order_relaxed);
 }
 
@@ -82,10 +152,10 @@ bool takeBySpinning(ThreadLock& lock) noexcept {
   return false;
 }
 
-// A thread that slept cannot know whether others still do, so it takes the lock as contended.
 void takeBySleeping(ThreadLock& lock) noexcept {
-  while (lock.state.exchange(kHeldWithWaiters, std::memory_order_acquire) != kFree) {
-    sleepWhileContended(lock.state, nullptr);
+  Sleeper self(lock);
+  while (!tryTake(lock)) {
+    self.sleep();
   }
 }
 
@@ -125,15 +195,18 @@ bool enterThreadLock(ThreadLock& lock) noexcept {
   return holdsThreadLock(lock) ? enterAgain(lock) : waitAndEnter(lock);
 }
 
-// The owner goes first: after the exchange the lock may be another thread's already, or freed with
+// The owner goes first: after the store the lock may be another thread's already, or freed with
 // what it is part of. A wake-up goes by the address alone, and finds nobody there at worst.
 void leaveThreadLock(ThreadLock& lock) noexcept {
   if (lock.reentries > 0) {
     --lock.reentries;
     return;
   }
+  const std::atomic<std::uint32_t>& sleepers = sleepersOf(lock);
   lock.owner.store(nullptr, std::memory_order_relaxed);
-  if (lock.state.exchange(kFree, std::memory_order_release) == kHeldWithWaiters) {
+  lock.state.store(kFree, std::memory_order_release);
+  std::atomic_signal_fence(std::memory_order_seq_cst);
+  if (sleepers.load(std::memory_order_relaxed) != 0) {
     wakeOne(lock.state);
   }
 }
@@ -155,13 +228,12 @@ bool tryEnterThreadLock(ThreadLock& lock) noexcept {
 }
 
 bool enterThreadLockOrNap(ThreadLock& lock) noexcept {
-  constexpr timespec kMillisecond{0, 1000000};
-  if (lock.state.exchange(kHeldWithWaiters, std::memory_order_acquire) != kFree) {
-    sleepWhileContended(lock.state, &kMillisecond);
-    return false;
+  if (tryTake(lock)) {
+    becomeOwner(lock);
+    return true;
   }
-  becomeOwner(lock);
-  return true;
+  Sleeper(lock).nap();
+  return false;
 }
 
 // No order is needed: only this thread writes its own mark, and no other's equals it.
@@ -172,8 +244,13 @@ bool holdsThreadLock(const ThreadLock& lock) noexcept {
 void resetThreadLock(ThreadLock& lock) noexcept {
   lock.reentries = 0;
   lock.owner.store(nullptr, std::memory_order_relaxed);
-  // Whoever slept for the lock is no thread of this process.
   lock.state.store(kFree, std::memory_order_relaxed);
+}
+
+void forgetSleepers() noexcept {
+  for (std::atomic<std::uint32_t>& sleepers : s_sleepers) {
+    sleepers.store(0, std::memory_order_relaxed);
+  }
 }
 
 }  // namespace LTLib::Platform
