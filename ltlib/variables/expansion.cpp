@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <functional>
-#include <map>
 #include <memory_resource>
+#include <unordered_map>
 #include <utility>
 
 #include "ltlib/variables/gap_text.h"
+#include "ltlib/variables/name_hash.h"
 
 namespace LTLib::detail {
 namespace {
@@ -45,7 +46,7 @@ class Expansion {
   QSResult run();
 
  private:
-  using Names = std::pmr::map<std::pmr::string, NameState, std::less<>>;
+  using Names = std::pmr::unordered_map<std::pmr::string, NameState, NameHash, std::equal_to<>>;
 
   QSResult replace(std::string_view name);
   void put(std::string_view replacement, std::size_t reference, bool nested);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ltlib/variables/first_use_load.h"
+#include "ltlib/variables/name_hash.h"
 #include "ltlib/variables/table_lock.h"
 #include "ltlib/variables/variable_manager.h"
 #include "ltlib/variables/variable_report.h"
@@ -25,15 +26,10 @@ class QSConfigVariableManagerImpl final : public QSConfigVariableManager {
     std::string value;
     LTLib::VariableOrigin origin;
   };
-  // Finds names that lie in a text without a copy of them. A sorted map takes twice as long for the
-  // few variables of a plain process, and six times as long for 1,000.
-  struct NameHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view name) const {
-      return std::hash<std::string_view>()(name);
-    }
-  };
-  using Variables = std::unordered_map<std::string, Variable, NameHash, std::equal_to<>>;
+  // A sorted map takes twice as long for the few variables of a plain process, and six times as
+  // long for 1,000.
+  using Variables =
+      std::unordered_map<std::string, Variable, LTLib::detail::NameHash, std::equal_to<>>;
 
   explicit QSConfigVariableManagerImpl(LTLib::detail::FirstUseSources sources = {});
 
