@@ -144,9 +144,9 @@ void LastWalk::remember(std::string_view path, QSCfgDataSection* section) noexce
 }
 
 // Whoever deletes a branch goes on with the key above, unless that lies right below the top, where no
-// path leads.
+// path leads. A walk that is in use while something changes is one that a fork has cut off.
 void LastWalk::leave(const QSCfgDataSection& section) noexcept {
-  if (m_section == &section) {
+  if (!m_inUse.load(std::memory_order_relaxed) && m_section == &section) {
     m_path.resize(m_path.rfind('\\'));
     m_section = m_path.find('\\') != std::string::npos ? section.parent() : nullptr;
   }
