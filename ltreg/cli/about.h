@@ -11,13 +11,25 @@ inline constexpr char kAboutKeys[] =
     "variables. Words of your own that begin with '-' go behind '--'.";
 
 inline constexpr char kAboutExits[] =
-    "Exit codes: 0 done, 1 absent, 2 wrong usage, 3 bad input, 4 the store or its lock failed.\n"
+    "Exit codes: 0 done, 1 absent or different, 2 wrong usage, 3 bad input, 4 the store or its lock"
+    " failed,\n5 a component failed, 6 conflict: the store changed on disk since it was read.\n"
     "Data goes to standard output, everything else to standard error.";
 
-inline constexpr char kAboutStore[] = "The store file of the root, whatever the environment says";
-inline constexpr char kAboutBackend[] =
-    "Where roots lie, whatever programs go by: in store files, or in the operating system's "
-    "registry";
+// A name, a tab and what it does or holds, each in a line.
+inline constexpr char kAboutEnvironment[] =
+    "HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, ...\tThe store file of the root of that name; set to"
+    " nothing the root has none\n"
+    "NO_COLOR\tSet to anything, colours are left out unless --color says otherwise\n"
+    "PAGER\tThe command that --pager pipes the output into; less or more without it\n"
+    "LTTRACER\tSends the library's diagnostic lines to standard error";
+inline constexpr char kAboutFiles[] =
+    "HKEY_LOCAL_MACHINE.cfg, ...\tThe store file of a root, in the current folder where the"
+    " environment names no other\n"
+    "*.cfg_old\tThe version before the last save\n"
+    "*.cfg_new\tWhat a save is writing, or was when it was cut off\n"
+    "qsconfig.dat\tIn the folder of stores, the name of the lock that their programs share\n"
+    "registry.dat\tBeside the library, has programs of Windows use store files\n"
+    "LIBRARY.classes\tBeside a component library, the classes that it offers";
 
 }  // namespace ltreg
 

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <set>
 #include <string_view>
 #include <type_traits>
 #include <variant>
@@ -14,13 +13,26 @@ namespace ltreg {
 namespace {
 
 constexpr char kHelp[] = "help";
-constexpr char kStoreOption[] = "--store";
-constexpr char kBackendOption[] = "--backend";
 constexpr char kPlain = '\1';  // in front of a word that CLI11 must take as it is
 // The parser repeats a wrong word as a whole, however long it is.
 constexpr std::size_t kMostShown = 400;
 // A day: more is a mistyped number.
 constexpr int kMostSeconds = 86400;
+
+std::string unmarked(const std::string& word) {
+  return word.substr(word.starts_with(kPlain) ? 1 : 0);
+}
+
+std::string faultOfChoice(const std::string& word, const std::vector<std::string>& choices) {
+  if (std::find(choices.begin(), choices.end(), word) != choices.end()) {
+    return {};
+  }
+  std::string all;
+  for (const std::string& choice : choices) {
+    all += (all.empty() ? "" : ", ") + choice;
+  }
+  return inQuotes(word) + " is none of " + all + didYouMean(word, choices);
+}
 
 // Lets the parser fill the field of a parameter.
 void addParameter(CLI::App& command, Request& request, const Parameter& parameter) {
@@ -36,18 +48,33 @@ void addParameter(CLI::App& command, Request& request, const Parameter& paramete
         option.check(CLI::Range(1, kMostSeconds));
       } else if (parameter.fault != nullptr) {
         option.check(parameter.fault);
+      } else if (!parameter.choices.empty()) {
+        option.check([choices = parameter.choices, name = parameter.name](const std::string& word) {
+          return faultOfChoice(unmarked(word), choices);
+        });
       }
     }
   };
   std::visit(add, parameter.field);
 }
 
-// Each verb has them for itself, so that they may stand among its own words.
-// What every verb takes.
-void addCommonOptions(CLI::App& command, Request& request) {
-  command.add_option(kStoreOption, request.store, kAboutStore);
-  command.add_option(kBackendOption, request.backend, kAboutBackend)
-      ->check(CLI::IsMember(std::set<std::string>{kFileBackend, kSystemBackend}));
+void unmark(Request& request, const Verb& verb) {
+  const auto unmarkField = [&](auto field) {
+    auto& place = request.*field;
+    using Place = std::remove_reference_t<decltype(place)>;
+    if constexpr (std::is_same_v<Place, std::optional<std::string>>) {
+      if (place) {
+        place = unmarked(*place);
+      }
+    } else if constexpr (std::is_same_v<Place, std::vector<std::string>>) {
+      std::transform(place.begin(), place.end(), place.begin(), unmarked);
+    }
+  };
+  for (const std::vector<Parameter>* all : {&commonOptions(), &verb.parameters}) {
+    for (const Parameter& parameter : *all) {
+      std::visit(unmarkField, parameter.field);
+    }
+  }
 }
 
 void addVerb(CLI::App& app, Invocation& asked, const Verb& verb) {
@@ -57,18 +84,29 @@ void addVerb(CLI::App& app, Invocation& asked, const Verb& verb) {
     command.require_subcommand(1);
     return;
   }
-  command.callback([&asked, run = verb.command] { asked.command = run; });
+  command.callback([&asked, &verb] {
+    asked.command = verb.command;
+    unmark(asked.request, verb);
+  });
   if (verb.hidden) {
     command.group("");
   }
-  addCommonOptions(command, asked.request);
-  for (const Parameter& parameter : verb.parameters) {
-    addParameter(command, asked.request, parameter);
+  // Each verb has the common ones for itself, so that they may stand among its own words.
+  for (const std::vector<Parameter>* all : {&commonOptions(), &verb.parameters}) {
+    for (const Parameter& parameter : *all) {
+      addParameter(command, asked.request, parameter);
+    }
   }
 }
 
-std::string unmarked(const std::string& word) {
-  return word.substr(word.starts_with(kPlain) ? 1 : 0);
+std::vector<std::string> commandsOf(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (!command->get_group().empty()) {
+      names.push_back(command->get_name());
+    }
+  }
+  return names;
 }
 
 std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
@@ -81,10 +119,10 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
   }
   const std::string help = " (see '" + command + " --help'";
   const std::vector<std::string> unknown = innermost->remaining();
-  const bool wantsCommand =
-      !innermost->get_subcommands([](const CLI::App*) { return true; }).empty();
-  if (wantsCommand && !unknown.empty()) {
-    return inQuotes(unmarked(unknown.front())) + " is no command" + help + ')';
+  if (!commandsOf(*innermost).empty() && !unknown.empty()) {
+    const std::string word = unmarked(unknown.front());
+    return inQuotes(word) + " is no command" + didYouMean(word, commandsOf(*innermost)) + help +
+           ')';
   }
   const bool unexpected = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
   std::string what = error.what();
@@ -96,12 +134,14 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
 // Whether an option is followed by a word of its own, with whatever verb it may go.
 bool takesWord(const std::string& option, const std::vector<Verb>& verbs) {
   const auto takes = [&](const Parameter& parameter) {
-    return parameter.name == option && !std::holds_alternative<bool Request::*>(parameter.field);
+    return parameter.isNamed(option) && parameter.takesWord();
   };
-  return option == kStoreOption || option == kBackendOption ||
-         std::any_of(verbs.begin(), verbs.end(), [&](const Verb& verb) {
-           return std::any_of(verb.parameters.begin(), verb.parameters.end(), takes);
-         });
+  const auto anyTakes = [&](const std::vector<Parameter>& all) {
+    return std::any_of(all.begin(), all.end(), takes);
+  };
+  return anyTakes(commonOptions()) ||
+         std::any_of(verbs.begin(), verbs.end(),
+                     [&](const Verb& verb) { return anyTakes(verb.parameters); });
 }
 
 bool isGroup(const std::string& word, const std::vector<Verb>& verbs) {
@@ -132,6 +172,32 @@ std::vector<std::string> verbFirst(std::vector<std::string> words, const std::ve
   return words;
 }
 
+// Reads '/v' as '-v' where people write it so, and '/ve' as the value without a name. The verb comes
+// first.
+std::vector<std::string> dashesForSlashes(const std::vector<std::string>& words,
+                                          const std::vector<Verb>& verbs) {
+  const auto isAsked = [&](const Verb& verb) {
+    return verb.takesSlashes && !words.empty() && words.front() == verb.name;
+  };
+  const auto verb = std::find_if(verbs.begin(), verbs.end(), isAsked);
+  if (verb == verbs.end()) {
+    return words;
+  }
+  std::vector<std::string> read;
+  for (const std::string& word : words) {
+    const std::string option = word.starts_with('/') ? '-' + foldedName(word.substr(1)) : "";
+    const bool isKnown =
+        std::any_of(verb->parameters.begin(), verb->parameters.end(),
+                    [&](const Parameter& parameter) { return parameter.isNamed(option); });
+    if (option == "-ve") {
+      read.insert(read.end(), {"-v", ""});
+    } else {
+      read.push_back(isKnown ? option : word);
+    }
+  }
+  return read;
+}
+
 // Marks the words that CLI11 would read as more than plain words: those behind "--", and those
 // that begin like its own notations for several values. The last word comes first, as it wants.
 std::vector<std::string> markPlainWords(const std::vector<std::string>& words) {
@@ -148,19 +214,6 @@ std::vector<std::string> markPlainWords(const std::vector<std::string>& words) {
   }
   std::reverse(marked.begin(), marked.end());
   return marked;
-}
-
-void unmark(Request& request) {
-  for (std::optional<std::string>* word :
-       {&request.key, &request.target, &request.name, &request.text, &request.clsid, &request.file,
-        &request.fallback, &request.outputFile, &request.store}) {
-    if (*word) {
-      *word = unmarked(**word);
-    }
-  }
-  for (std::string& value : request.values) {
-    value = unmarked(value);
-  }
 }
 
 // The operating system's registry lies in no file that could be named.
@@ -186,8 +239,8 @@ Invocation parseArguments(int count, const char* const* words, const std::vector
     addVerb(app, asked, verb);
   }
   try {
-    app.parse(markPlainWords(verbFirst({words + 1, words + count}, verbs)));
-    unmark(asked.request);
+    app.parse(
+        markPlainWords(dashesForSlashes(verbFirst({words + 1, words + count}, verbs), verbs)));
     demandOneBackend(asked.request);
   } catch (const CLI::CallForHelp&) {
     asked.text = app.help();

@@ -11,6 +11,7 @@ Json::Json(const char* text) : m_value(std::make_unique<Value>(text)) {}
 Json::Json(const std::string& text) : m_value(std::make_unique<Value>(text)) {}
 Json::Json(const std::vector<std::string>& texts) : m_value(std::make_unique<Value>(texts)) {}
 Json::Json(std::uint64_t number) : m_value(std::make_unique<Value>(number)) {}
+Json::Json(bool truth) : m_value(std::make_unique<Value>(truth)) {}
 Json::Json(Json&& other) noexcept = default;
 Json& Json::operator=(Json&& other) noexcept = default;
 Json::~Json() = default;
@@ -25,12 +26,6 @@ void Json::push(Json element) {
   m_value->push_back(std::move(*element.m_value));
 }
 
-Json Json::first() && {
-  Json element;
-  *element.m_value = std::move(m_value->front());
-  return element;
-}
-
 Json Json::with(const char* name, Json value) && {
   (*m_value)[name] = std::move(*value.m_value);
   return std::move(*this);
@@ -38,6 +33,15 @@ Json Json::with(const char* name, Json value) && {
 
 std::string Json::text() const {
   return m_value->dump(2, ' ', false, Value::error_handler_t::replace);
+}
+
+std::string Json::lineText() const {
+  return m_value->dump(-1, ' ', false, Value::error_handler_t::replace);
+}
+
+Json versionedJson(const char* name, Json value) {
+  constexpr std::uint64_t kSchemaVersion = 1;
+  return Json().with("version", kSchemaVersion).with(name, std::move(value));
 }
 
 }  // namespace ltreg

@@ -20,6 +20,7 @@ class Json {
   Json(const std::string& text);
   Json(const std::vector<std::string>& texts);
   Json(std::uint64_t number);
+  Json(bool truth);
   Json(Json&& other) noexcept;
   Json& operator=(Json&& other) noexcept;
   ~Json();
@@ -28,18 +29,20 @@ class Json {
   /// Requires: this is an array.
   void push(Json element);
 
-  /// The first element. Requires: this is an array and has one.
-  [[nodiscard]] Json first() &&;
-
   /// The object with one more member at its end; null becomes an object.
   [[nodiscard]] Json with(const char* name, Json value) &&;
 
   /// Several lines of UTF-8, with U+FFFD in place of bytes that are none.
   [[nodiscard]] std::string text() const;
+  /// The same on one line.
+  [[nodiscard]] std::string lineText() const;
 
  private:
   std::unique_ptr<nlohmann::ordered_json> m_value;
 };
+
+/// An object as every verb writes it: the version of the schema, and then one member.
+[[nodiscard]] Json versionedJson(const char* name, Json value);
 
 }  // namespace ltreg
 

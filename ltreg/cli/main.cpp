@@ -1,10 +1,12 @@
 #include <cstdio>
 #include <exception>
+#include <string_view>
 
 #include "ltlib/platform/tool_process.h"
 #include "ltreg/cli/arguments.h"
 #include "ltreg/cli/failure.h"
 #include "ltreg/cli/output.h"
+#include "ltreg/cli/screen.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/verbs.h"
 #include "ltreg/registry/backend.h"
@@ -12,9 +14,19 @@
 namespace ltreg {
 namespace {
 
+bool asksForJson(int count, const char* const* words) {
+  for (int i = 1; i < count && std::string_view(words[i]) != "--"; ++i) {
+    if (std::string_view(words[i]) == "--json") {
+      return true;
+    }
+  }
+  return false;
+}
+
 ExitCode run(int count, const char* const* words, std::FILE* data) {
   const Invocation asked = parseArguments(count, words, allVerbs());
-  Output output(data);
+  const Screen screen(asked.request, data);
+  Output output(screen.stream(), screen.look());
   ExitCode code = ExitCode::kDone;
   if (asked.command != nullptr) {
     chooseBackend(asked.request);
@@ -27,15 +39,23 @@ ExitCode run(int count, const char* const* words, std::FILE* data) {
   return code;
 }
 
+ExitCode report(const Failure& failure, bool inJson) {
+  if (inJson) {
+    complainInJson(failure);
+  } else {
+    complain(failure.what());
+  }
+  return failure.code();
+}
+
 ExitCode runAndReport(int count, const char* const* words, std::FILE* data) {
+  const bool inJson = asksForJson(count, words);
   try {
     return run(count, words, data);
   } catch (const Failure& failure) {
-    complain(failure.what());
-    return failure.code();
+    return report(failure, inJson);
   } catch (const std::exception& failure) {
-    complain(escapeControls(failure.what()));
-    return ExitCode::kStoreFailed;
+    return report({ExitCode::kStoreFailed, escapeControls(failure.what())}, inJson);
   }
 }
 

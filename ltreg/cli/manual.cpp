@@ -1,5 +1,6 @@
 #include "ltreg/cli/manual.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "ltreg/cli/about.h"
@@ -7,20 +8,19 @@
 namespace ltreg {
 namespace {
 
-bool isOption(const Parameter& parameter) {
-  return parameter.name[0] == '-';
-}
-
-bool takesSeveral(const Parameter& parameter) {
-  return std::holds_alternative<std::vector<std::string> Request::*>(parameter.field);
-}
-
 // What follows the name of an option, with a blank in front.
 std::string argumentOf(const Parameter& parameter) {
-  if (!isOption(parameter) || std::holds_alternative<bool Request::*>(parameter.field)) {
+  if (!parameter.isOption() || !parameter.takesWord()) {
     return {};
   }
-  return std::holds_alternative<int Request::*>(parameter.field) ? " SECONDS" : " WORD";
+  if (parameter.choices.empty()) {
+    return std::holds_alternative<int Request::*>(parameter.field) ? " SECONDS" : " WORD";
+  }
+  std::string words;
+  for (const std::string& choice : parameter.choices) {
+    words += (words.empty() ? ' ' : '|') + choice;
+  }
+  return words;
 }
 
 // A text as the formatter takes it: it reads a backslash as a command of its own, and so a dot or a
@@ -42,14 +42,30 @@ std::string section(const char* name, std::string_view text) {
   return std::string(".SH ") + name + '\n' + inTroff(text) + '\n';
 }
 
-std::string entry(const std::string& term, const char* about) {
+std::string entry(std::string_view term, std::string_view about) {
   return ".TP\n.B " + inTroff(term) + '\n' + inTroff(about) + ".\n";
+}
+
+std::string entry(const Parameter& parameter) {
+  return entry(parameter.name + argumentOf(parameter), parameter.about);
+}
+
+// A section of lines with a term, a tab and what is said of it.
+std::string entries(const char* name, std::string_view lines) {
+  std::string text = std::string(".SH ") + name + '\n';
+  while (!lines.empty()) {
+    const std::string_view line = lines.substr(0, lines.find('\n'));
+    const std::size_t tab = line.find('\t');
+    text += entry(line.substr(0, tab), line.substr(tab + 1));
+    lines.remove_prefix(std::min(lines.size(), line.size() + 1));
+  }
+  return text;
 }
 
 std::string chapter(const Verb& verb) {
   std::string text = ".SS " + inTroff(usageOf(verb)) + '\n' + inTroff(verb.about) + ".\n";
   for (const Parameter& parameter : verb.parameters) {
-    text += entry(parameter.name + argumentOf(parameter), parameter.about);
+    text += entry(parameter);
   }
   return text;
 }
@@ -64,7 +80,7 @@ std::string usageOf(const Verb& verb) {
   std::string usage = wordsOf(verb);
   for (const Parameter& parameter : verb.parameters) {
     const std::string word =
-        parameter.name + argumentOf(parameter) + (takesSeveral(parameter) ? "..." : "");
+        parameter.name + argumentOf(parameter) + (parameter.takesSeveral() ? "..." : "");
     usage += parameter.required ? ' ' + word : " [" + word + ']';
   }
   return usage;
@@ -80,9 +96,12 @@ std::string manualPage(const std::vector<Verb>& verbs) {
       page += chapter(verb);
     }
   }
-  page += ".SH COMMON OPTIONS\n" + entry("--store WORD", kAboutStore) +
-          entry("--backend WORD", kAboutBackend);
-  return page + section("EXIT STATUS", kAboutExits);
+  page += ".SH COMMON OPTIONS\n";
+  for (const Parameter& option : commonOptions()) {
+    page += entry(option);
+  }
+  return page + section("EXIT STATUS", kAboutExits) + entries("ENVIRONMENT", kAboutEnvironment) +
+         entries("FILES", kAboutFiles);
 }
 
 }  // namespace ltreg

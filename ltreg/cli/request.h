@@ -15,11 +15,17 @@ namespace ltreg {
 inline constexpr char kFileBackend[] = "file";
 inline constexpr char kSystemBackend[] = "os";
 
+/// The words of --view.
+inline constexpr char kNarrowView[] = "32";
+inline constexpr char kWideView[] = "64";
+
 /// The arguments of all commands; each uses those that belong to it, as they were given.
 struct Request {
   std::optional<std::string> key;         // KEY or ROOT
   std::optional<std::string> target;      // the second KEY
   std::optional<std::string> name;        // NAME
+  std::optional<std::string> valueName;   // --value
+  std::optional<std::string> data;        // --data
   std::optional<std::string> text;        // TEXT, PATTERN
   std::optional<std::string> clsid;       // CLASS
   std::optional<std::string> file;        // FILE
@@ -31,12 +37,16 @@ struct Request {
   std::vector<std::string> values;        // VALUE...
   std::optional<std::string> store;       // --store
   std::optional<std::string> backend;     // --backend
+  std::optional<std::string> view;        // --view
+  std::optional<std::string> colour;      // --color
+  bool pager = false;
   bool json = false;
   bool recursive = false;
   bool trace = false;
   bool asPatch = false;  // --patch
   bool dryRun = false;
   bool lossy = false;
+  bool force = false;
   bool null = false;  // -0
   bool glob = false;
   bool regex = false;

@@ -2,8 +2,10 @@
 #ifndef LTREG_CLI_SHOWN_TEXT_H
 #define LTREG_CLI_SHOWN_TEXT_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ltreg {
 
@@ -15,6 +17,24 @@ namespace ltreg {
 
 /// The text for a message: in single quotes, escaped, and cut where it is very long.
 [[nodiscard]] std::string inQuotes(std::string_view text);
+
+/// A list on one line as people read it.
+[[nodiscard]] std::string commasForTabs(std::string_view text);
+
+/// The columns that the text takes on a screen, for characters of one column each; and the blanks
+/// that bring it to a width.
+[[nodiscard]] std::size_t widthOf(std::string_view text);
+[[nodiscard]] std::string blanksBehind(std::string_view text, std::size_t width);
+
+/// The candidate that the word was most likely meant to be, whatever the letter case; null if none is
+/// near.
+[[nodiscard]] const std::string* nearestTo(std::string_view word,
+                                           const std::vector<std::string>& candidates);
+
+/// "; did you mean ...?" for that candidate behind a prefix, or nothing.
+[[nodiscard]] std::string didYouMean(std::string_view word,
+                                     const std::vector<std::string>& candidates,
+                                     const std::string& prefix = {});
 
 /// The name with the ASCII letters in lower case, by which the registry tells names apart.
 [[nodiscard]] std::string foldedName(std::string_view name);

@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -27,6 +28,20 @@ struct Parameter {
   bool required = false;
   /// What is wrong with a word; empty if nothing is.
   std::string (*fault)(const std::string& word) = nullptr;
+  std::vector<std::string> choices{};  // the words that there are; empty where any will do
+
+  [[nodiscard]] bool isOption() const { return name[0] == '-'; }
+  [[nodiscard]] bool takesWord() const { return !std::holds_alternative<bool Request::*>(field); }
+  [[nodiscard]] bool takesSeveral() const {
+    return std::holds_alternative<std::vector<std::string> Request::*>(field);
+  }
+  /// Whether a word is its name, or one of its two.
+  [[nodiscard]] bool isNamed(std::string_view word) const {
+    const std::string_view names = name;
+    const std::size_t comma = names.find(',');
+    return word == names.substr(0, comma) ||
+           (comma != std::string_view::npos && word == names.substr(comma + 1));
+  }
 };
 
 struct Verb {
@@ -36,7 +51,11 @@ struct Verb {
   std::vector<Parameter> parameters;
   const char* group = nullptr;  // the word that stands in front; its own row comes first
   bool hidden = false;          // from the help: the tool alone asks for it
+  bool takesSlashes = false;    // for the dash of an option
 };
+
+/// The options that every verb takes.
+[[nodiscard]] const std::vector<Parameter>& commonOptions();
 
 /// A row that is no verb, but the first word of several.
 [[nodiscard]] inline Verb verbGroup(const char* name, const char* about) {

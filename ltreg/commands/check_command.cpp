@@ -1,5 +1,6 @@
-#include <algorithm>
+#include <cstdint>
 
+#include "ltreg/cli/json.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/registry/backend.h"
@@ -16,27 +17,78 @@ std::string countOf(std::size_t count, const char* what) {
   return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
 
-// Writes the report of one store file: its warnings, and a line that sums up.
-ExitCode checkStore(const std::string& pathname, Output& output) {
-  const LTLib::StoreReport report = LTLib::checkStoreFile(pathname);
-  for (const LTLib::StoreFault& warning : report.warnings) {
-    output.line(placeOf(pathname, warning));
-  }
-  if (const std::string left = whatIsLeft(pathname, report); !left.empty()) {
-    output.line(left);
-  }
-  if (!report.loads()) {
-    complain(whyNotLoaded(pathname, report));
-    output.line(escapeControls(pathname) + ": does not load");
-    return ExitCode::kStoreFailed;
-  }
-  output.line(escapeControls(pathname) + ": " +
-              (report.exists ? "loads, " + countOf(report.lineCount, "line") + ", " +
-                                   countOf(report.valueCount, "value") + ", " +
-                                   countOf(report.warningCount, "warning")
-                             : std::string("does not exist")));
-  return report.exists ? ExitCode::kDone : ExitCode::kAbsent;
+Json jsonOf(const LTLib::StoreFault& fault) {
+  return Json()
+      .with("line", fault.line == 0 ? Json() : Json(std::uint64_t{fault.line}))
+      .with("message", LTLib::describeStoreFault(fault.kind))
+      .with("text", fault.text);
 }
+
+// Takes the reports of store files and tells of them, one by one or as a whole.
+class Reports {
+ public:
+  Reports(const Request& request, Output& output) : m_inJson(request.json), m_output(output) {}
+
+  ExitCode add(const std::string& pathname) {
+    const LTLib::StoreReport report = LTLib::checkStoreFile(pathname);
+    if (m_inJson) {
+      m_all.push(jsonOf(pathname, report));
+    } else {
+      tell(pathname, report);
+    }
+    return !report.loads() ? ExitCode::kStoreFailed
+           : report.exists ? ExitCode::kDone
+                           : ExitCode::kAbsent;
+  }
+
+  ExitCode finish(ExitCode code) {
+    if (m_inJson) {
+      m_output.json(versionedJson("stores", std::move(m_all)));
+    }
+    return code;
+  }
+
+ private:
+  static Json jsonOf(const std::string& pathname, const LTLib::StoreReport& report) {
+    Json warnings = Json::array();
+    for (const LTLib::StoreFault& warning : report.warnings) {
+      warnings.push(ltreg::jsonOf(warning));
+    }
+    return Json()
+        .with("file", pathname)
+        .with("exists", report.exists)
+        .with("loads", report.loads())
+        .with("fault", report.fault ? ltreg::jsonOf(*report.fault) : Json())
+        .with("lines", std::uint64_t{report.lineCount})
+        .with("values", std::uint64_t{report.valueCount})
+        .with("warningCount", std::uint64_t{report.warningCount})
+        .with("warnings", std::move(warnings))
+        .with("left", report.left);
+  }
+
+  // The warnings, and a line that sums up.
+  void tell(const std::string& pathname, const LTLib::StoreReport& report) {
+    for (const LTLib::StoreFault& warning : report.warnings) {
+      m_output.line(placeOf(pathname, warning));
+    }
+    if (const std::string left = whatIsLeft(pathname, report); !left.empty()) {
+      m_output.line(left);
+    }
+    std::string sum = "does not exist";
+    if (!report.loads()) {
+      complain(whyNotLoaded(pathname, report));
+      sum = "does not load";
+    } else if (report.exists) {
+      sum = "loads, " + countOf(report.lineCount, "line") + ", " +
+            countOf(report.valueCount, "value") + ", " + countOf(report.warningCount, "warning");
+    }
+    m_output.line(escapeControls(pathname) + ": " + sum);
+  }
+
+  bool m_inJson;
+  Output& m_output;
+  Json m_all = Json::array();
+};
 
 }  // namespace
 
@@ -44,24 +96,27 @@ ExitCode checkStores(const Request& request, Output& output) {
   const enumRegRoot root = request.key ? parseRoot(*request.key) : REG_ROOT_NONE;
   const Backend backend(request, root != REG_ROOT_NONE ? root : REG_ROOT_LOCAL_MACHINE);
   if (!backend.onFiles()) {
-    output.line("there is no store to check: the roots lie in the operating system's registry");
+    const char kNoStore[] =
+        "there is no store to check: the roots lie in the operating system's registry";
+    request.json ? complain(kNoStore) : output.line(kNoStore);
     return request.key ? ExitCode::kAbsent : ExitCode::kDone;
   }
+  Reports reports(request, output);
   if (request.store) {
-    return checkStore(*request.store, output);
+    return reports.finish(reports.add(*request.store));
   }
   if (root != REG_ROOT_NONE) {
-    return checkStore(backend.storeOf(root), output);
+    return reports.finish(reports.add(backend.storeOf(root)));
   }
   // That a root has no store file yet is nothing wrong.
   ExitCode worst = ExitCode::kDone;
   for (const enumRegRoot each : kAllRoots) {
     const std::string pathname = backend.manager().GetConfigurationPathname(each);
-    if (!pathname.empty() && checkStore(pathname, output) == ExitCode::kStoreFailed) {
+    if (!pathname.empty() && reports.add(pathname) == ExitCode::kStoreFailed) {
       worst = ExitCode::kStoreFailed;
     }
   }
-  return worst;
+  return reports.finish(worst);
 }
 
 }  // namespace ltreg

@@ -2,11 +2,15 @@
 #ifndef LTREG_COMMANDS_COMMANDS_H
 #define LTREG_COMMANDS_COMMANDS_H
 
+#include <string>
+#include <vector>
+
 #include "ltreg/cli/request.h"
 
 namespace ltreg {
 
 ExitCode listKey(const Request& request, Output& output);
+ExitCode listAll(const Request& request, Output& output);
 ExitCode showTree(const Request& request, Output& output);
 ExitCode getValues(const Request& request, Output& output);
 ExitCode findEntries(const Request& request, Output& output);
@@ -14,6 +18,13 @@ ExitCode showDifferences(const Request& request, Output& output);
 ExitCode showPath(const Request& request, Output& output);
 
 ExitCode setValue(const Request& request, Output& output);
+
+// As the system's tool has them, which parts words by a slash.
+ExitCode queryKey(const Request& request, Output& output);
+ExitCode addValue(const Request& request, Output& output);
+/// The words for types, its own and that tool's.
+[[nodiscard]] std::vector<std::string> typeWordsOfAdd();
+
 ExitCode copyKey(const Request& request, Output& output);
 ExitCode renameEntry(const Request& request, Output& output);
 ExitCode exportKey(const Request& request, Output& output);

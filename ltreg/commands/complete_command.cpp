@@ -12,14 +12,6 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-bool takesWord(const Parameter& parameter) {
-  return !std::holds_alternative<bool Request::*>(parameter.field);
-}
-
-bool isOption(std::string_view name) {
-  return name.starts_with('-');
-}
-
 // What the words ahead of the last one have settled.
 struct Place {
   const Verb* verb = nullptr;
@@ -41,9 +33,9 @@ class Completion {
   // What begins as the last word does.
   [[nodiscard]] Words candidates() const {
     Words found = m_place.verb == nullptr     ? verbs()
-                  : m_place.option != nullptr ? wordsOf(m_place.option->name)
-                  : isOption(m_prefix)        ? options()
-                  : parameterAt() != nullptr  ? wordsOf(parameterAt()->name)
+                  : m_place.option != nullptr ? wordsOf(*m_place.option)
+                  : m_prefix.starts_with('-') ? options()
+                  : parameterAt() != nullptr  ? wordsOf(*parameterAt())
                                               : Words();
     std::erase_if(found, [&](const std::string& word) {
       return word.size() < m_prefix.size() ||
@@ -59,7 +51,7 @@ class Completion {
           std::get<std::optional<std::string> Request::*>(m_place.option->field);
       m_request.*field = word;
       m_place.option = nullptr;
-    } else if (isOption(word)) {
+    } else if (word.starts_with('-')) {
       m_place.option = optionOf(word);
     } else if (m_place.verb == nullptr) {
       passVerb(word);
@@ -84,12 +76,11 @@ class Completion {
   // An option that a word follows; null for a flag.
   [[nodiscard]] const Parameter* optionOf(const std::string& word) const {
     const auto is = [&](const Parameter& parameter) {
-      const std::string_view name = parameter.name;
-      return takesWord(parameter) &&
-             (name == word || name.ends_with(',' + word) || name.starts_with(word + ','));
+      return parameter.takesWord() && parameter.isNamed(word);
     };
     for (const std::vector<Parameter>* all :
-         {&m_common, m_place.verb != nullptr ? &m_place.verb->parameters : &m_common}) {
+         {&commonOptions(),
+          m_place.verb != nullptr ? &m_place.verb->parameters : &commonOptions()}) {
       if (const auto found = std::find_if(all->begin(), all->end(), is); found != all->end()) {
         return std::holds_alternative<std::optional<std::string> Request::*>(found->field)
                    ? &*found
@@ -103,9 +94,7 @@ class Completion {
   [[nodiscard]] const Parameter* parameterAt() const {
     std::size_t left = m_place.operands.size();
     for (const Parameter& parameter : m_place.verb->parameters) {
-      const bool several =
-          std::holds_alternative<std::vector<std::string> Request::*>(parameter.field);
-      if (!isOption(parameter.name) && (several || left-- == 0)) {
+      if (!parameter.isOption() && (parameter.takesSeveral() || left-- == 0)) {
         return &parameter;
       }
     }
@@ -125,10 +114,9 @@ class Completion {
   // The long names.
   [[nodiscard]] Words options() const {
     Words names;
-    for (const std::vector<Parameter>* all : {&m_place.verb->parameters, &m_common}) {
+    for (const std::vector<Parameter>* all : {&m_place.verb->parameters, &commonOptions()}) {
       for (const Parameter& parameter : *all) {
-        const std::string_view name = parameter.name;
-        if (isOption(name)) {
+        if (const std::string_view name = parameter.name; parameter.isOption()) {
           names.emplace_back(name.substr(name.find("--")));
         }
       }
@@ -136,29 +124,18 @@ class Completion {
     return names;
   }
 
-  [[nodiscard]] Words wordsOf(std::string_view parameter) const {
-    if (parameter == "--type") {
-      return typeWords();
+  [[nodiscard]] Words wordsOf(const Parameter& row) const {
+    if (!row.choices.empty()) {
+      return row.choices;
     }
-    if (parameter == "--backend") {
-      return {kFileBackend, kSystemBackend};
-    }
-    if (parameter == "--in") {
-      return {"keys", "names", "values"};
-    }
-    if (parameter == "--encoding") {
-      return {"utf8", "utf16"};
-    }
-    if (parameter == "SHELL") {
-      return {"bash", "zsh", "fish"};
-    }
+    const std::string_view parameter = row.name;
     // A registry that cannot be read completes nothing; the command itself will tell why.
     try {
-      return parameter == "ROOT"                           ? roots("")
-             : parameter == "KEY" || parameter == "NEWKEY" ? keys()
-             : parameter == "NAME" || parameter == "NAMES" ? names()
-             : parameter == "CLASS"                        ? classes()
-                                                           : Words();
+      return parameter == "ROOT"                                                        ? roots("")
+             : parameter == "KEY" || parameter == "NEWKEY"                              ? keys()
+             : parameter == "NAME" || parameter == "NAMES" || parameter == "-v,--value" ? names()
+             : parameter == "CLASS"                                                     ? classes()
+                                                                                        : Words();
     } catch (const std::exception&) {
       return {};
     }
@@ -212,8 +189,6 @@ class Completion {
 
   std::string m_prefix;
   std::vector<Verb> m_verbs;
-  std::vector<Parameter> m_common{{"--store", "", &Request::store},
-                                  {"--backend", "", &Request::backend}};
   Request m_request;
   Place m_place;
 };

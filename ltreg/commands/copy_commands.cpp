@@ -3,6 +3,7 @@
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/commands/read_key.h"
+#include "ltreg/registry/absent.h"
 #include "ltreg/registry/branch.h"
 #include "ltreg/registry/changes.h"
 
@@ -57,8 +58,7 @@ void renameValue(Session& session, const KeyArgument& key, const std::string& na
                  const std::string& renamed) {
   const std::optional<Value> value = session.value(key.path, name);
   if (!value) {
-    session.throwAbsent("the value " + inQuotes(name) + " of " +
-                        inQuotes(fullName(key.root, key.path)));
+    throwAbsentValue(session, key, name);
   }
   const bool isFree = !sameName(name, renamed);
   if (isFree && session.value(key.path, renamed)) {
@@ -100,7 +100,7 @@ ExitCode renameEntry(const Request& request, Output& /*output*/) {
   KeyArgument key = parseKey(*request.key);
   Session session(request, key, Access::kWrite);
   if (!session.keyExists(key.path)) {
-    session.throwAbsent("the key " + inQuotes(fullName(key.root, key.path)));
+    throwAbsentKey(session, key);
   }
   if (request.values.size() == 1) {
     renameKey(session, key, request.values[0]);

@@ -7,6 +7,7 @@
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/exchange/reg_text.h"
+#include "ltreg/registry/absent.h"
 #include "ltreg/registry/branch.h"
 #include "ltreg/registry/text_file.h"
 
@@ -103,7 +104,7 @@ Branch readSide(const Request& request, const Side& side, const std::string& top
     KeyArgument key = *side.key;
     Session session(request, key, Access::kRead);
     if (!session.keyExists(key.path)) {
-      session.throwAbsent("the key " + inQuotes(fullName(key.root, key.path)));
+      throwAbsentKey(session, key);
     }
     return readBranch(session, key.path);
   }
@@ -200,10 +201,12 @@ class Comparison {
   void tell(char sign, const std::string& key, const NamedValue* value) {
     m_different = true;
     if (!m_request.asPatch) {
-      m_output.line(std::string(1, sign) + '\t' + escapeControls(key) +
-                    (value != nullptr ? '\t' + escapeControls(value->name) + '\t' +
-                                            typeWord(value->value) + '\t' + onOneLine(value->value)
-                                      : std::string()));
+      m_output.row(
+          std::string(1, sign) + '\t' + escapeControls(key) +
+              (value != nullptr ? '\t' + escapeControls(value->name) + '\t' +
+                                      typeWord(value->value) + '\t' + onOneLine(value->value)
+                                : std::string()),
+          4);
     }
   }
 

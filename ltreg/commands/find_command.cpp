@@ -96,16 +96,14 @@ class Search {
     }
     for (const NamedValue& value : key.session().values(path)) {
       if (isHit(value)) {
-        found(typeWord(value.value) + '\t' + escapeControls(name) + '\t' +
-                  escapeControls(value.name) + '\t' + onOneLine(value.value),
-              std::move(jsonOf(value)).with("key", name));
+        found(lineOf(value, name), jsonOf(value).with("key", name));
       }
     }
   }
 
   ExitCode finish(ExitCode readOutcome) {
     if (m_request.json) {
-      m_output.line(m_all.text());
+      m_output.json(versionedJson("found", std::move(m_all)));
     }
     return readOutcome == ExitCode::kDone && !m_any ? ExitCode::kAbsent : readOutcome;
   }
@@ -122,7 +120,7 @@ class Search {
     if (m_request.json) {
       m_all.push(std::move(json));
     } else {
-      m_output.line(line);
+      m_output.row(line, 3);
     }
   }
 

@@ -1,22 +1,10 @@
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/commands/read_key.h"
-#include "ltreg/registry/key_walk.h"
+#include "ltreg/registry/absent.h"
 
 namespace ltreg {
 namespace {
-
-std::string lineOf(const NamedValue& value) {
-  return typeWord(value.value) + '\t' + escapeControls(value.name) + '\t' + onOneLine(value.value);
-}
-
-Json jsonOf(const std::vector<NamedValue>& values) {
-  Json all = Json::array();
-  for (const NamedValue& value : values) {
-    all.push(jsonOf(value));
-  }
-  return all;
-}
 
 Value textValue(const std::string& text) {
   return {{REG_SZ}, text};
@@ -27,7 +15,7 @@ Value wantedValue(const Request& request, ReadKey& key, const std::string& name)
     return std::move(*value);
   }
   if (!request.fallback) {
-    key.session().throwAbsent("the value " + inQuotes(name) + " of " + inQuotes(key.name()));
+    throwAbsentValue(key.session(), key.key(), name);
   }
   return textValue(*request.fallback);
 }
@@ -64,55 +52,34 @@ void showText(const Value& value, Output& output) {
 }  // namespace
 
 ExitCode listKey(const Request& request, Output& output) {
+  if (request.recursive) {
+    return listAll(request, output);
+  }
   ReadKey key(request);
   const std::vector<std::string> subKeys = key.session().subKeys(key.path());
   const std::vector<NamedValue> values = key.session().values(key.path());
   if (request.json) {
-    output.line(
-        Json().with("key", key.name()).with("keys", subKeys).with("values", jsonOf(values)).text());
+    output.json(
+        versionedJson("key", key.name()).with("keys", subKeys).with("values", jsonOf(values)));
     return key.outcome();
   }
   for (const std::string& name : subKeys) {
-    output.line("key\t" + escapeControls(name));
+    output.row("key\t" + escapeControls(name), 2);
   }
   for (const NamedValue& value : values) {
-    output.line(lineOf(value));
-  }
-  return key.outcome();
-}
-
-ExitCode showTree(const Request& request, Output& output) {
-  ReadKey key(request);
-  Json all = Json::array();
-  walkKeys(key.session(), key.path(), [&](const std::string& path) {
-    const std::string name = fullName(key.root(), path);
-    const std::vector<NamedValue> values = key.session().values(path);
-    if (request.json) {
-      all.push(Json().with("key", name).with("values", jsonOf(values)));
-      return;
-    }
-    output.line(escapeControls(name));
-    for (const NamedValue& value : values) {
-      output.line('\t' + lineOf(value));
-    }
-  });
-  if (request.json) {
-    output.line(all.text());
+    output.row(lineOf(value), 2);
   }
   return key.outcome();
 }
 
 ExitCode getValues(const Request& request, Output& output) {
-  Json all = Json::array();
-  for (const NamedValue& value : wantedValues(request)) {
-    if (request.json) {
-      all.push(jsonOf(value));
-    } else {
-      showText(value.value, output);
-    }
-  }
+  const std::vector<NamedValue> values = wantedValues(request);
   if (request.json) {
-    output.line((request.values.size() == 1 ? std::move(all).first() : std::move(all)).text());
+    output.json(versionedJson("values", jsonOf(values)));
+    return ExitCode::kDone;
+  }
+  for (const NamedValue& value : values) {
+    showText(value.value, output);
   }
   return ExitCode::kDone;
 }
@@ -124,7 +91,12 @@ ExitCode showPath(const Request& request, Output& output) {
     throw Failure(ExitCode::kAbsent, std::string(LTLib::registryRootName(root)) +
                                          " lies in the operating system's registry, not in a file");
   }
-  output.line(backend.storeOf(root));
+  if (request.json) {
+    output.json(
+        versionedJson("root", LTLib::registryRootName(root)).with("file", backend.storeOf(root)));
+  } else {
+    output.line(backend.storeOf(root));
+  }
   return ExitCode::kDone;
 }
 

@@ -51,27 +51,45 @@ Json jsonOf(const VariableReport& variable, const std::optional<std::string>& ex
       .with("origin", wordFor(variable.origin));
 }
 
+Json jsonOf(const std::string& text, const std::string& expanded,
+            const std::vector<LTLib::ExpansionStep>* steps) {
+  Json json = versionedJson("text", text).with("expanded", expanded);
+  if (steps == nullptr) {
+    return json;
+  }
+  Json all = Json::array();
+  for (const LTLib::ExpansionStep& step : *steps) {
+    all.push(Json()
+                 .with("name", step.name)
+                 .with("replacement", step.replacement)
+                 .with("text", step.text));
+  }
+  return std::move(json).with("steps", std::move(all));
+}
+
+void showSteps(const std::vector<LTLib::ExpansionStep>& steps, Output& output) {
+  for (const LTLib::ExpansionStep& step : steps) {
+    output.line(escapeControls(step.name) + '\t' + escapeControls(step.replacement) + '\t' +
+                escapeControls(step.text));
+  }
+}
+
 }  // namespace
 
 ExitCode expandText(const Request& request, Output& output) {
   openVariables(request);
-  if (!request.trace) {
-    output.line(expandReferences(*request.text));
-    return ExitCode::kDone;
-  }
   std::vector<LTLib::ExpansionStep> steps;
-  const auto showSteps = [&] {
-    for (const LTLib::ExpansionStep& step : steps) {
-      output.line(escapeControls(step.name) + '\t' + escapeControls(step.replacement) + '\t' +
-                  escapeControls(step.text));
-    }
-  };
   try {
-    const std::string expanded = expandReferences(*request.text, steps);
-    showSteps();
+    const std::string expanded =
+        request.trace ? expandReferences(*request.text, steps) : expandReferences(*request.text);
+    if (request.json) {
+      output.json(jsonOf(*request.text, expanded, request.trace ? &steps : nullptr));
+      return ExitCode::kDone;
+    }
+    showSteps(steps, output);
     output.line(expanded);
   } catch (const Failure&) {
-    showSteps();
+    showSteps(steps, output);
     output.finish();
     throw;
   }
@@ -86,12 +104,13 @@ ExitCode showVariables(const Request& request, Output& output) {
     if (request.json) {
       all.push(jsonOf(variable, expanded));
     } else {
-      output.line(escapeControls(variable.name) + '\t' + escapeControls(variable.value) + '\t' +
-                  escapeControls(expanded.value_or("")) + '\t' + wordFor(variable.origin));
+      output.row(escapeControls(variable.name) + '\t' + escapeControls(variable.value) + '\t' +
+                     escapeControls(expanded.value_or("")) + '\t' + wordFor(variable.origin),
+                 3);
     }
   }
   if (request.json) {
-    output.line(all.text());
+    output.json(versionedJson("variables", std::move(all)));
   }
   return ExitCode::kDone;
 }

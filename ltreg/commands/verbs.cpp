@@ -11,18 +11,11 @@ namespace {
 
 constexpr bool kRequired = true;
 constexpr char kComponent[] = "component";
+constexpr bool kTakesSlashes = true;
+constexpr auto kNoFault = nullptr;
 
 std::string faultOfType(const std::string& word) {
   return typeOfWord(word) ? std::string() : '\'' + word + "' is no type";
-}
-
-std::string faultOfEncoding(const std::string& word) {
-  return word == "utf8" || word == "utf16" ? std::string() : '\'' + word + "' is no encoding";
-}
-
-std::string faultOfShell(const std::string& word) {
-  return word == "bash" || word == "zsh" || word == "fish" ? std::string()
-                                                           : '\'' + word + "' is no shell known";
 }
 
 // Words parted by commas.
@@ -57,7 +50,14 @@ const Parameter kTimeout{"--timeout",
 
 std::vector<Verb> allVerbs() {
   return {
-      {"list", "Sub-keys, and values with type and text", listKey, {kKey, kNull, kJson, kLiteral}},
+      {"list",
+       "Sub-keys, and values with type and text",
+       listKey,
+       {kKey,
+        {"-r,--recursive", "All below the key, too, each line with its key", &Request::recursive},
+        kNull,
+        kJson,
+        kLiteral}},
       {"tree", "A key and all below it", showTree, {kKey, kJson, kLiteral}},
       {"get",
        "One value, or several",
@@ -75,9 +75,14 @@ std::vector<Verb> allVerbs() {
         {"PATTERN", "A part of the text to find", &Request::text, kRequired},
         {"--glob", "PATTERN is all of it, with * and ? for any characters", &Request::glob},
         {"--regex", "PATTERN is a regular expression", &Request::regex},
-        {"--in", "Where to look: keys, names, values, or several with commas", &Request::places,
-         !kRequired, faultOfPlaces},
-        {"--type", "Values of this type alone", &Request::type, !kRequired, faultOfType},
+        {"--in",
+         "Where to look: keys, names, values, or several with commas",
+         &Request::places,
+         !kRequired,
+         faultOfPlaces,
+         {"keys", "names", "values"}},
+        {"--type", "Values of this type alone", &Request::type, !kRequired, faultOfType,
+         typeWords()},
         {"-i,--ignore-case", "Take the letters A to Z for a to z", &Request::ignoreCase},
         kNull,
         kJson,
@@ -91,7 +96,7 @@ std::vector<Verb> allVerbs() {
          "The type; without it that of the present value, or else string. In store files there are"
          " string, ulong, binary and list, in the operating system's registry expand, qword, none,"
          " link and type-N as well",
-         &Request::type, !kRequired, faultOfType},
+         &Request::type, !kRequired, faultOfType, typeWords()},
         {"VALUE", "The value; for a list, any number of items", &Request::values},
         kLiteral}},
       {"delete",
@@ -101,6 +106,35 @@ std::vector<Verb> allVerbs() {
         {"NAME", "The value; without it the key goes", &Request::name},
         {"-r,--recursive", "Delete the sub-keys, too", &Request::recursive},
         kLiteral}},
+      {"query",
+       "What list or get shows, in the words of the system's tool",
+       queryKey,
+       {kKey,
+        {"NAME", kNameAbout, &Request::name},
+        {"-v,--value", "The value, as NAME; also /v NAME, and /ve for the default value",
+         &Request::valueName},
+        {"-s,--recursive", "All below the key, too; also /s", &Request::recursive},
+        kJson,
+        kLiteral},
+       nullptr,
+       false,
+       kTakesSlashes},
+      {"add",
+       "Set a value and save, in the words of the system's tool",
+       addValue,
+       {kKey,
+        {"NAME", kNameAbout, &Request::name},
+        {"VALUE", "The value; for a list, any number of items", &Request::values},
+        {"-v,--value", "The value, as NAME; also /v NAME, and /ve for the default value",
+         &Request::valueName},
+        {"-t,--type", "The type, as that of set or as REG_DWORD; also /t TYPE", &Request::type,
+         !kRequired, kNoFault, typeWordsOfAdd()},
+        {"-d,--data", "The text, as VALUE; also /d TEXT", &Request::data},
+        {"-f,--force", "Changes nothing: an add never asks; also /f", &Request::force},
+        kLiteral},
+       nullptr,
+       false,
+       kTakesSlashes},
       {"copy",
        "Copy a key and all below it, and save",
        copyKey,
@@ -116,8 +150,12 @@ std::vector<Verb> allVerbs() {
        exportKey,
        {kKey,
         {"-o,--output", "The file to write, in place of standard output", &Request::outputFile},
-        {"--encoding", "utf16, which is usual, or utf8", &Request::encoding, !kRequired,
-         faultOfEncoding},
+        {"--encoding",
+         "utf16, which is usual, or utf8",
+         &Request::encoding,
+         !kRequired,
+         kNoFault,
+         {"utf8", "utf16"}},
         kLiteral}},
       {"import",
        "Set and delete what such a text says, and save once",
@@ -132,14 +170,15 @@ std::vector<Verb> allVerbs() {
          kRequired},
         {"B", "What to compare it with, likewise", &Request::target, kRequired},
         {"--patch", "Write what makes B out of A, for the import", &Request::asPatch}}},
-      {"path", "The file that holds a root", showPath, {root(kRequired)}},
-      {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
+      {"path", "The file that holds a root", showPath, {root(kRequired), kJson}},
+      {"check", "What is wrong with store files", checkStores, {root(!kRequired), kJson}},
 
       {"expand",
        "A text with its %NAME% references replaced",
        expandText,
        {{"TEXT", "The text", &Request::text, kRequired},
-        {"--trace", "Show each step", &Request::trace}}},
+        {"--trace", "Show each step", &Request::trace},
+        kJson}},
       {"vars", "The configuration variables", showVariables, {kJson}},
 
       {"manual", "The manual page, for 'man -l'", showManual, {}},
@@ -147,7 +186,12 @@ std::vector<Verb> allVerbs() {
       {"completion",
        "What a shell has to read to complete command lines of the tool",
        showCompletion,
-       {{"SHELL", "bash, zsh or fish", &Request::text, kRequired, faultOfShell}}},
+       {{"SHELL",
+         "bash, zsh or fish",
+         &Request::text,
+         kRequired,
+         kNoFault,
+         {"bash", "zsh", "fish"}}}},
       {"complete",
        "The words that could come next; what a shell's completion asks for",
        completeWords,

@@ -2,6 +2,7 @@
 
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
+#include "ltreg/registry/absent.h"
 #include "ltreg/registry/changes.h"
 #include "ltreg/registry/key_argument.h"
 #include "ltreg/registry/session.h"
@@ -29,8 +30,7 @@ ValueType typeToSet(const Session& session, const Request& request,
 
 void deleteOneValue(Session& session, const KeyArgument& key, const std::string& name) {
   if (!session.value(key.path, name)) {
-    session.throwAbsent("the value " + inQuotes(name) + " of " +
-                        inQuotes(fullName(key.root, key.path)));
+    throwAbsentValue(session, key, name);
   }
   eraseValue(session, key.path, name);
 }
@@ -40,13 +40,12 @@ void deleteWholeKey(Session& session, const KeyArgument& key, bool recursive) {
   if (key.path.empty()) {
     throw Failure(ExitCode::kBadInput, "a root cannot be deleted; delete the keys below it");
   }
-  const std::string name = fullName(key.root, key.path);
   if (!session.keyExists(key.path)) {
-    session.throwAbsent("the key " + inQuotes(name));
+    throwAbsentKey(session, key);
   }
   if (!recursive && !session.subKeys(key.path).empty()) {
-    throw Failure(ExitCode::kBadInput,
-                  "the key " + inQuotes(name) + " has sub-keys; --recursive deletes them, too");
+    throw Failure(ExitCode::kBadInput, "the key " + inQuotes(fullName(key.root, key.path)) +
+                                           " has sub-keys; --recursive deletes them, too");
   }
   deleteBranch(session, key);
 }

@@ -16,7 +16,7 @@ void tellLine(Output& output, std::string_view line) {
 
 std::optional<Verdict> readVerdict(std::string_view line) {
   line.remove_prefix(kVerdict.size());
-  if (line.size() < 2 || line[0] < '0' || line[0] > '4' || line[1] != ' ') {
+  if (line.size() < 2 || line[0] < '0' || line[0] > '6' || line[1] != ' ') {
     return std::nullopt;
   }
   return Verdict{static_cast<ExitCode>(line[0] - '0'), std::string(line.substr(2))};

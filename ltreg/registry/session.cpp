@@ -94,7 +94,8 @@ void Session::openStore(Access access, bool quiet) {
     lockAndCheck();
   }
   if (!m_report.loads()) {
-    throw Failure(ExitCode::kStoreFailed, whyNotLoaded(m_pathname, m_report));
+    throw Failure(ExitCode::kStoreFailed, whyNotLoaded(m_pathname, m_report),
+                  {m_pathname, m_report.fault->line});
   }
   if (!quiet) {
     complainOfWarnings();
@@ -231,12 +232,12 @@ void Session::save() {
   }
 }
 
-void Session::throwAbsent(const std::string& what) const {
+void Session::throwAbsent(const std::string& what, const std::string& hint) const {
   // A mistyped --store shows by its file, not by the key.
   const bool noFile = onFiles() && !m_report.exists;
   throw Failure(ExitCode::kAbsent,
                 what + " does not exist" +
-                    (noFile ? "; there is no store file " + inQuotes(m_pathname) : std::string()));
+                    (noFile ? "; there is no store file " + inQuotes(m_pathname) : hint));
 }
 
 }  // namespace ltreg

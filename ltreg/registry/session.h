@@ -55,8 +55,8 @@ class Session {
   /// reach. Throws Failure if that is impossible; the store file is then as it was.
   void save();
 
-  /// Ends a command for a key or value that is not there.
-  [[noreturn]] void throwAbsent(const std::string& what) const;
+  /// Ends a command for a key or value that is not there, with a hint at the message's end.
+  [[noreturn]] void throwAbsent(const std::string& what, const std::string& hint = {}) const;
 
  private:
   void openStore(Access access, bool quiet);

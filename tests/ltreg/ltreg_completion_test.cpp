@@ -55,7 +55,7 @@ ask ltreg get "'HKLM\A\B'" tw
   for (const char* shell : {"zsh", "fish"}) {
     contains(run(std::string("completion ") + shell).output, {"ltreg complete --"});
   }
-  fails(2, "completion ksh", "'ksh' is no shell known", kOne);
+  fails(2, "completion ksh", "'ksh' is none of bash, zsh, fish; did you mean 'zsh'?", kOne);
 }
 
 }  // namespace

@@ -92,7 +92,7 @@ TEST_F(LtregExchange, ChangesNothingWhereALineMakesNoSense) {
     refuses(key + line, why);
   }
   fails(1, "import absent.reg", "cannot be read", kOne);
-  fails(2, "export @ --encoding latin1", "no encoding", kOne);
+  fails(2, "export @ --encoding latin1", "is none of utf8, utf16", kOne);
 }
 
 TEST_F(LtregExchange, TellsWhatAStoreFileCannotHold) {

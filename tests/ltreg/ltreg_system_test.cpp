@@ -71,8 +71,10 @@ TEST_F(LtregSystem, ShowsWhatOthersWrote) {
        "\tstring\t\u4E2D\t\u0107\U0001F600\n", "\tbinary\tb\t00ff\n", "\tbinary\tb0\t\n",
        "\ttype-4\td\t0102\n", "\tlist\tl0\t\n", "\tlist\tl1\t\ta\t\tb\n", "\ttype-5\tm\t01020304\n",
        "\tnone\to\t78\n", "\tstring\ts\ta\\x00b\\x00\n", "\tstring\tt\topen\n"});
-  shows("get --json " + m_key + " q", R"({"name": "q","type": "qword","value": 4294967296})", {});
-  shows("get --json " + m_key + " o", R"({"name": "o","type": "none","value": "78"})", {});
+  shows("get --json " + m_key + " q",
+        R"({"version": 1,"values": [{"name": "q","type": "qword","value": 4294967296}]})", {});
+  shows("get --json " + m_key + " o",
+        R"({"version": 1,"values": [{"name": "o","type": "none","value": "78"}]})", {});
   shows("get " + m_key + " l0", "", {});
   put("large", REG_SZ, std::string(1 << 20, 'x') + "\u00E4");
   shows("get " + m_key + " large", std::string(1 << 20, 'x') + "\u00E4\n", {});

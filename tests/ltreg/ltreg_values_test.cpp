@@ -35,16 +35,20 @@ TEST_F(LtregValues, ShowsValuesOfEachType) {
 }
 
 TEST_F(LtregValues, WritesJson) {
-  shows("get --json @ n", "{\"name\": \"n\",\"type\": \"string\",\"value\": \"a\\\"\xEF\xBF\xBD\"}",
+  shows("get --json @ n",
+        "{\"version\": 1,\"values\": "
+        "[{\"name\": \"n\",\"type\": \"string\",\"value\": \"a\\\"\xEF\xBF\xBD\"}]}",
         holding("\"n\"=string:\"a\"\xFF\""));
   shows("list @ --json",
-        R"({"key": "HKEY_LOCAL_MACHINE\\A\\B","keys": [],"values": )"
+        R"({"version": 1,"key": "HKEY_LOCAL_MACHINE\\A\\B","keys": [],"values": )"
         R"([{"name": "n","type": "ulong","value": 4294967295}]})",
         holding("\"n\"=ulong:-1"));
-  shows("tree @ --json",
-        R"([{"key": "HKEY_LOCAL_MACHINE\\A\\B","values": )"
-        R"([{"name": "l","type": "list","value": ["a","b"]}]}])",
-        holding("\"l\"=liststring:\"a\",\"b\""));
+  for (const char* line : {"tree @ --json", "list -r @ --json"}) {
+    shows(line,
+          R"({"version": 1,"keys": [{"key": "HKEY_LOCAL_MACHINE\\A\\B","values": )"
+          R"([{"name": "l","type": "list","value": ["a","b"]}]}]})",
+          holding("\"l\"=liststring:\"a\",\"b\""));
+  }
 }
 
 TEST_F(LtregValues, ShowsWhatTheBackendCannotEnumerate) {
@@ -127,7 +131,8 @@ TEST_F(LtregValues, Finds) {
   shows("find HKLM h*B --glob -i", title, text);
   shows("find HKLM ? --glob --in names", number + title, text);
   shows("find HKLM ^1.$ --regex --type ulong", number, text);
-  shows("find HKLM B --json", R"([{"key": "HKEY_LOCAL_MACHINE\\A\\B"}])", text);
+  shows("find HKLM B --json", R"({"version": 1,"found": [{"key": "HKEY_LOCAL_MACHINE\\A\\B"}]})",
+        text);
   EXPECT_EQ(run("find HKLM x").exitCode, 1);
   EXPECT_EQ(run("find HKLM h*b* --glob").exitCode, 1);
   fails(3, "find HKLM ( --regex", "is no regular expression", text);
@@ -151,7 +156,8 @@ TEST_F(LtregValues, GetsSeveralValuesAndDefaults) {
   shows("get HKLM\\A\\X x --default ''", "\n", text);
   shows("get @ x --default y", "y\n", {});
   shows("get @ n x --default y --json",
-        R"([{"name": "n","type": "ulong","value": 1},{"name": "x","type": "string","value": "y"}])",
+        R"({"version": 1,"values": [{"name": "n","type": "ulong","value": 1},)"
+        R"({"name": "x","type": "string","value": "y"}]})",
         text);
   fails(1, "get @ n x", "the value 'x'", text);
   fails(4, "get @ n --default y", "does not load", "[]\n");
@@ -216,7 +222,8 @@ TEST_F(LtregValues, TellsWrongUsageAndAboutItself) {
                                   ".SS component check CLASS [\\-\\-create]", "'HKLM\\eSoftware",
                                   ".B \\-\\-timeout SECONDS\n", ".SH EXIT STATUS\n"});
   EXPECT_EQ(run("manual").output.find("probe"), std::string::npos);
-  shows("--backend file --json get @ n", R"({"name": "n","type": "ulong","value": 1})", kOne);
+  shows("--backend file --json get @ n",
+        R"({"version": 1,"values": [{"name": "n","type": "ulong","value": 1}]})", kOne);
 }
 
 TEST_F(LtregValues, RefusesTheRegistryThatTheSystemDoesNotHave) {

@@ -64,8 +64,8 @@ TEST_F(LtregVariables, ShowsVariables) {
       all,
       {"\nCompanyName\tTarn Quillmere\tTarn Quillmere\tdefault\n", "\nNone\t\t\tpublic\n",
        "\nWhere\tA\\%Leaf%\tA\\B\tpublic\n", "\nOne\t%Two%\t\tpublic\n",
-       "warning: the variable 'One': '%Two%'", "\"value\": \"%Two%\",\n    \"expanded\": null,",
-       "\"name\": \"Where\",\n    \"value\": \"A\\\\%Leaf%\",\n    \"expanded\": \"A\\\\B\"",
+       "warning: the variable 'One': '%Two%'", "\"value\": \"%Two%\",\n      \"expanded\": null,",
+       "\"name\": \"Where\",\n      \"value\": \"A\\\\%Leaf%\",\n      \"expanded\": \"A\\\\B\"",
        "\"origin\": \"public\""});
 }
 

@@ -1,0 +1,36 @@
+#include "ltreg/cli/verb.h"
+
+namespace ltreg {
+
+const std::vector<Parameter>& commonOptions() {
+  static const std::vector<Parameter> all{
+      {"--store", "The store file of the root, whatever the environment says", &Request::store},
+      {"--backend",
+       "Where roots lie, whatever programs go by: in store files, or in the operating system's"
+       " registry",
+       &Request::backend,
+       false,
+       nullptr,
+       {kFileBackend, kSystemBackend}},
+      {"--view",
+       "Which programs' part of the operating system's registry, where it has two: those of 32 "
+       "bits,"
+       " or those of 64",
+       &Request::view,
+       false,
+       nullptr,
+       {kNarrowView, kWideView}},
+      {"--color",
+       "Whether to write in colours; auto, as without it, does where a person looks, unless "
+       "NO_COLOR"
+       " is set",
+       &Request::colour,
+       false,
+       nullptr,
+       {"auto", "always", "never"}},
+      {"--pager", "Show the output page by page, where a person looks", &Request::pager},
+  };
+  return all;
+}
+
+}  // namespace ltreg
