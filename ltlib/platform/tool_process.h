@@ -26,6 +26,10 @@ namespace LTLib::Platform {
 /// output yet.
 [[nodiscard]] std::FILE* divertStandardOutput() noexcept;
 
+/// What to add to the rights that a key of the operating system's registry is opened for, so that it
+/// lies in the part of programs of so many bits, 32 or 64; 0 on a system whose registry is one.
+[[nodiscard]] int registryViewAccess(int bits) noexcept;
+
 /// The file of the running program; empty if the system does not tell.
 [[nodiscard]] std::string programPath();
 

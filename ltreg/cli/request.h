@@ -28,6 +28,7 @@ struct Request {
   std::optional<std::string> data;        // --data
   std::optional<std::string> text;        // TEXT, PATTERN
   std::optional<std::string> clsid;       // CLASS
+  std::optional<std::string> library;     // --all
   std::optional<std::string> file;        // FILE
   std::optional<std::string> type;        // --type
   std::optional<std::string> outputFile;  // -o
@@ -47,6 +48,8 @@ struct Request {
   bool dryRun = false;
   bool lossy = false;
   bool force = false;
+  bool missing = false;
+  bool load = false;
   bool null = false;  // -0
   bool glob = false;
   bool regex = false;

@@ -1,9 +1,12 @@
 #include <filesystem>
+#include <sstream>
 #include <system_error>
 
 #include "ltreg/cli/json.h"
+#include "ltreg/cli/progress.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
+#include "ltreg/component/component_check.h"
 #include "ltreg/component/component_entry.h"
 #include "ltreg/registry/changes.h"
 
@@ -12,18 +15,18 @@ namespace {
 
 // The loader hands the text to the system as it is, so that a relative one would depend on the
 // folder of each process.
-std::string libraryToEnter(const Request& request) {
-  if (request.file->empty()) {
+std::string libraryToEnter(const Request& request, const std::string& library) {
+  if (library.empty()) {
     throw Failure(ExitCode::kBadInput, "FILE is empty; give the file of the library");
   }
   if (request.asIs) {
-    return *request.file;
+    return library;
   }
   std::error_code error;
-  const std::filesystem::path absolute = std::filesystem::absolute(fileOf(*request.file), error);
+  const std::filesystem::path absolute = std::filesystem::absolute(fileOf(library), error);
   if (error) {
-    throw Failure(ExitCode::kBadInput, "the file " + inQuotes(*request.file) +
-                                           " cannot be made absolute: " + error.message());
+    throw Failure(ExitCode::kBadInput,
+                  "the file " + inQuotes(library) + " cannot be made absolute: " + error.message());
   }
   std::string file = textOf(absolute);
   if (!std::filesystem::exists(absolute, error)) {
@@ -32,59 +35,156 @@ std::string libraryToEnter(const Request& request) {
   return file;
 }
 
-bool isEmptyKey(Session& session, const std::string& path) {
-  return session.values(path).empty() && session.subKeys(path).empty();
+// References in an identifier are replaced, as the loader has it. Requires: the variables are loaded.
+std::string pathOfClass(const std::string& id) {
+  if (id.find('\\') != std::string::npos) {
+    throw Failure(ExitCode::kBadInput, "the identifier " + inQuotes(id) +
+                                           " holds a backslash, which parts keys; leave it out");
+  }
+  return expandPath(classKey(id).path);
+}
+
+// The classes that a library offers, by the file that its build has written beside it.
+std::vector<std::string> classesOf(const std::string& library) {
+  const std::string file = textOf(fileOf(library).replace_extension(".classes"));
+  std::error_code error;
+  if (!std::filesystem::exists(fileOf(file), error)) {
+    throw Failure(ExitCode::kAbsent,
+                  "there is no file " + inQuotes(file) +
+                      ", which a build with ltlib_add_component(... CLASSES ...) writes; name each"
+                      " class of the library");
+  }
+  std::vector<std::string> classes;
+  std::istringstream lines(readTextFile(file));
+  for (std::string id; std::getline(lines, id);) {
+    if (!id.empty()) {
+      classes.push_back(id);
+    }
+  }
+  return classes;
+}
+
+void enterClass(Session& session, const std::string& path, const std::string& library) {
+  demandPlace(session, path, kLibraryValue);
+  // A value keeps its type in a store file, and the loader reads strings alone.
+  const std::optional<Value> present = session.value(path, kLibraryValue);
+  if (present && present->type != REG_SZ) {
+    eraseValue(session, path, kLibraryValue);
+  }
+  putValue(session, path, kLibraryValue, {REG_SZ}, {library});
+}
+
+// What else somebody keeps in the key stays.
+void eraseClass(Session& session, const std::string& path) {
+  eraseValue(session, path, kLibraryValue);
+  if (session.keyExists(path) && session.values(path).empty() && session.subKeys(path).empty()) {
+    demandDone(session.deleteKey(path), "deleting the key " + inQuotes(path));
+  }
+}
+
+std::vector<std::string> idsOf(const std::vector<ClassEntry>& entries) {
+  std::vector<std::string> ids;
+  for (const ClassEntry& entry : entries) {
+    ids.push_back(entry.id);
+  }
+  return ids;
+}
+
+void showClass(const ClassEntry& entry, Output& output) {
+  output.row(escapeControls(entry.id) + '\t' + onOneLine(entry.value), 1);
+}
+
+std::string faultOf(const Value& entry) {
+  return entry.type != REG_SZ   ? "it is a " + typeWord(entry) + ", no string"
+         : entry.data.empty()   ? "it names no file"
+         : isLibraryGone(entry) ? "there is no such file"
+                                : std::string();
 }
 
 }  // namespace
 
-ExitCode registerClass(const Request& request, Output& /*output*/) {
-  KeyArgument key = classKey(*request.clsid);
-  if (request.clsid->find('\\') != std::string::npos) {
-    throw Failure(ExitCode::kBadInput, "the identifier " + inQuotes(*request.clsid) +
-                                           " holds a backslash, which parts keys; leave it out");
+ExitCode registerClass(const Request& request, Output& output) {
+  if (request.library.has_value() == request.clsid.has_value() ||
+      request.clsid.has_value() != request.file.has_value()) {
+    throw Failure(ExitCode::kUsage,
+                  "register takes CLASS and FILE, or --all LIBRARY in their place");
   }
-  const std::string library = libraryToEnter(request);
+  const std::vector<std::string> classes =
+      request.library ? classesOf(*request.library) : std::vector{*request.clsid};
+  const std::string library =
+      libraryToEnter(request, request.library ? *request.library : *request.file);
+  KeyArgument key = classesKey();
   Session session(request, key, Access::kWrite);
-  demandPlace(session, key.path, kLibraryValue);
-  // A value keeps its type in a store file, and the loader reads strings alone.
-  const std::optional<Value> present = session.value(key.path, kLibraryValue);
-  if (present && present->type != REG_SZ) {
-    eraseValue(session, key.path, kLibraryValue);
+  for (const std::string& id : classes) {
+    enterClass(session, pathOfClass(id), library);
   }
-  putValue(session, key.path, kLibraryValue, {REG_SZ}, {library});
   session.save();
+  if (request.library) {
+    for (const std::string& id : classes) {
+      showClass({id, {{REG_SZ}, library}}, output);
+    }
+  }
   return ExitCode::kDone;
 }
 
-ExitCode unregisterClass(const Request& request, Output& /*output*/) {
-  KeyArgument key = classKey(*request.clsid);
-  Session session(request, key, Access::kWrite);
-  if (!session.value(key.path, kLibraryValue)) {
-    session.throwAbsent("an entry of the class " + inQuotes(*request.clsid));
+ExitCode unregisterClass(const Request& request, Output& output) {
+  if (request.missing == request.clsid.has_value()) {
+    throw Failure(ExitCode::kUsage, "unregister takes CLASS, or --missing in its place");
   }
-  eraseValue(session, key.path, kLibraryValue);
-  // What else somebody keeps in the key stays.
-  if (session.keyExists(key.path) && isEmptyKey(session, key.path)) {
-    demandDone(session.deleteKey(key.path), "deleting the key " + inQuotes(key.path));
+  KeyArgument key = classesKey();
+  Session session(request, key, Access::kWrite);
+  std::vector<ClassEntry> doomed = classesBelow(session, key.path);
+  const std::vector<std::string> all = idsOf(doomed);
+  const std::string path = request.missing ? "" : pathOfClass(*request.clsid);
+  std::erase_if(doomed, [&](const ClassEntry& entry) {
+    return request.missing ? !isLibraryGone(entry.value) : !sameName(entry.id, lastComponent(path));
+  });
+  if (!request.missing && doomed.empty()) {
+    session.throwAbsent("an entry of the class " + inQuotes(*request.clsid),
+                        didYouMean(*request.clsid, all));
+  }
+  for (const ClassEntry& entry : doomed) {
+    eraseClass(session, key.path + '\\' + entry.id);
   }
   session.save();
+  if (request.missing) {
+    for (const ClassEntry& entry : doomed) {
+      showClass(entry, output);
+    }
+  }
   return ExitCode::kDone;
 }
 
 ExitCode listClasses(const Request& request, Output& output) {
   KeyArgument key = classesKey();
-  Session session(request, key, Access::kRead);
+  std::vector<ClassEntry> classes;
+  {
+    Session session(request, key, Access::kRead);
+    classes = classesBelow(session, key.path);
+  }
+  Progress progress("classes");
   Json all = Json::array();
-  for (const ClassEntry& entry : classesBelow(session, key.path)) {
+  for (const ClassEntry& entry : classes) {
+    const Verdict verdict = request.load ? verdictOn(request, entry.id, entry.value)
+                                         : Verdict{ExitCode::kDone, faultOf(entry.value)};
+    const bool isHealthy = request.load && verdict.code == ExitCode::kDone;
+    const std::string fault = isHealthy ? "" : verdict.text;
     if (request.json) {
-      all.push(Json().with("class", entry.id).with("library", entry.library));
+      all.push(Json()
+                   .with("class", entry.id)
+                   .with("library", jsonOf(entry.value))
+                   .with("form", jsonOf(verdict.form))
+                   .with("fault", fault.empty() ? Json() : Json(fault)));
     } else {
-      output.line(escapeControls(entry.id) + '\t' + escapeControls(entry.library));
+      const std::string form = request.load ? std::string("\t") + wordFor(verdict.form) : "";
+      output.row(escapeControls(entry.id) + '\t' + onOneLine(entry.value) + form +
+                     (fault.empty() ? "" : '\t' + fault),
+                 request.load ? 3 : 2);
     }
+    progress.step();
   }
   if (request.json) {
-    output.line(all.text());
+    output.json(versionedJson("classes", std::move(all)));
   }
   return ExitCode::kDone;
 }

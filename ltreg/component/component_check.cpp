@@ -2,6 +2,7 @@
 #include <chrono>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "ltlib/platform/tool_process.h"
 #include "ltreg/cli/shown_text.h"
@@ -18,7 +19,7 @@ using LTLib::Platform::ChildEnd;
 using LTLib::Platform::ChildOutcome;
 
 Verdict faulty(const std::string& text) {
-  return {ExitCode::kBadInput, text};
+  return {ExitCode::kComponentFailed, text};
 }
 
 constexpr char kAnew[] = "'ltreg component register CLASS FILE' enters it";
@@ -121,7 +122,7 @@ Verdict verdictOnEnd(const std::string& library, const Told& told, const ChildOu
 }
 
 // A library can do anything to the process that loads it, so that this one is left out of it.
-Verdict verdictByTrial(const Request& request, const std::string& library,
+Verdict verdictByTrial(const Request& request, const std::string& id, const std::string& library,
                        const std::string& program) {
   std::vector<std::string> words{"component", "probe", "--timeout",
                                  std::to_string(request.timeout)};
@@ -134,7 +135,7 @@ Verdict verdictByTrial(const Request& request, const std::string& library,
   if (request.backend) {
     words.insert(words.end(), {"--backend", *request.backend});
   }
-  words.insert(words.end(), {"--", *request.clsid});
+  words.insert(words.end(), {"--", id});
   const ChildOutcome outcome =
       LTLib::Platform::runChild(program, words, std::chrono::seconds(request.timeout));
   const Told told = readTold(outcome.output);
@@ -146,23 +147,37 @@ Verdict verdictByTrial(const Request& request, const std::string& library,
 
 }  // namespace
 
+Verdict verdictOn(const Request& request, const std::string& id,
+                  const std::optional<Value>& entry) {
+  if (std::optional<Verdict> verdict = verdictOnEntry(entry)) {
+    return std::move(*verdict);
+  }
+  const std::string program = LTLib::Platform::programPath();
+  if (std::optional<Verdict> verdict = verdictOnFile(entry->data, program)) {
+    return std::move(*verdict);
+  }
+  return verdictByTrial(request, id, entry->data, program);
+}
+
 ExitCode checkClass(const Request& request, Output& output) {
-  KeyArgument key = classKey(*request.clsid);
+  const std::string& id = *request.clsid;
+  KeyArgument key = classKey(id);
   std::optional<Value> entry;
   {
     Session session(request, key, Access::kRead);
     entry = session.value(key.path, kLibraryValue);
   }
-  const std::string program = LTLib::Platform::programPath();
-  std::optional<Verdict> verdict = verdictOnEntry(entry);
-  if (!verdict) {
-    verdict = verdictOnFile(entry->data, program);
+  const Verdict verdict = verdictOn(request, id, entry);
+  if (request.json) {
+    output.json(versionedJson("class", id)
+                    .with("library", entry ? jsonOf(*entry) : Json())
+                    .with("form", jsonOf(verdict.form))
+                    .with("healthy", verdict.code == ExitCode::kDone)
+                    .with("verdict", verdict.text));
+  } else {
+    output.line(escapeControls(id) + ": " + verdict.text);
   }
-  if (!verdict) {
-    verdict = verdictByTrial(request, entry->data, program);
-  }
-  output.line(escapeControls(*request.clsid) + ": " + verdict->text);
-  return verdict->code;
+  return verdict.code;
 }
 
 }  // namespace ltreg

@@ -1,5 +1,8 @@
 #include "ltreg/component/component_entry.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "ltreg/cli/shown_text.h"
 
 namespace ltreg {
@@ -20,6 +23,15 @@ KeyArgument classKey(const std::string& id) {
   return {REG_ROOT_LOCAL_MACHINE, std::string(kClasses) + '\\' + id};
 }
 
+// What has no folder the system looks for in its own places, and what depends on the folder of a
+// process may be there for others.
+bool isLibraryGone(const Value& entry) {
+  const std::filesystem::path library = fileOf(entry.data);
+  std::error_code error;
+  return entry.type == REG_SZ && library.is_absolute() &&
+         !std::filesystem::exists(library, error) && !error;
+}
+
 std::vector<ClassEntry> classesBelow(Session& session, const std::string& path) {
   std::vector<ClassEntry> classes;
   if (!session.keyExists(path)) {
@@ -29,8 +41,8 @@ std::vector<ClassEntry> classesBelow(Session& session, const std::string& path) 
     std::string key = path;
     key.append("\\").append(id);
     for (const NamedValue& each : session.values(key)) {
-      if (each.value.type == REG_SZ && sameName(each.name, kLibraryValue)) {
-        classes.push_back({id, each.value.data});
+      if (sameName(each.name, kLibraryValue)) {
+        classes.push_back({id, each.value});
         break;
       }
     }

@@ -20,10 +20,13 @@ inline constexpr char kLibraryValue[] = "InprocServer";
 
 struct ClassEntry {
   std::string id;
-  std::string library;
+  Value value;  // a string names the library; the loader reads nothing else
 };
 
-/// The classes below a key, in its order, as far as they have an entry that the loader can read.
+/// Whether the entry names a file of a place of its own, and there is none.
+[[nodiscard]] bool isLibraryGone(const Value& entry);
+
+/// The classes below a key, in its order.
 [[nodiscard]] std::vector<ClassEntry> classesBelow(Session& session, const std::string& path);
 
 }  // namespace ltreg

@@ -23,7 +23,7 @@ std::string inHexadecimal(QSResult result) {
 }
 
 Verdict faulty(const std::string& text) {
-  return {ExitCode::kBadInput, text};
+  return {ExitCode::kComponentFailed, text};
 }
 
 // What was thrown, as it stands behind "throws". Requires: an exception is being handled.
@@ -72,7 +72,11 @@ Verdict loadVerdict(const std::string& id, const std::vector<ClassEntry>& classe
   }
   const std::string file = inQuotes(report->library);
   if (report->hasFactory) {
-    return {ExitCode::kDone, "healthy; " + file + " loads and offers the class"};
+    const ClassForm form = report->isPlain ? ClassForm::kPlain : ClassForm::kComponent;
+    return {ExitCode::kDone,
+            "healthy; " + file + " loads and offers the class as a " +
+                (report->isPlain ? "plain one" : "component"),
+            form};
   }
   const std::string offered = classesOffered(classes);
   return faulty(file + " loads, but has no registrar for the class; " +
@@ -150,9 +154,10 @@ ExitCode probeClass(const Request& request, Output& output) {
   if (request.create && verdict.code == ExitCode::kDone) {
     tell(output, Stage::kCreating);
     const Verdict created = createVerdict(id);
-    verdict = created.code == ExitCode::kDone
-                  ? Verdict{created.code, verdict.text + ", and an object was made and released"}
-                  : created;
+    verdict.code = created.code;
+    verdict.text = created.code == ExitCode::kDone
+                       ? verdict.text + ", and an object was made and released"
+                       : created.text;
   }
   tell(output, verdict);
   return ExitCode::kDone;

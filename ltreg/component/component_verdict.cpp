@@ -7,7 +7,8 @@ namespace {
 
 constexpr std::string_view kLoading = "loading";
 constexpr std::string_view kCreating = "creating";
-constexpr std::string_view kVerdict = "verdict ";  // and the exit code's digit, a blank, the text
+constexpr std::string_view kVerdict =
+    "verdict ";  // and digits of exit code and form, a blank, the text
 
 void tellLine(Output& output, std::string_view line) {
   output.line(line);
@@ -16,10 +17,12 @@ void tellLine(Output& output, std::string_view line) {
 
 std::optional<Verdict> readVerdict(std::string_view line) {
   line.remove_prefix(kVerdict.size());
-  if (line.size() < 2 || line[0] < '0' || line[0] > '6' || line[1] != ' ') {
+  if (line.size() < 3 || line[0] < '0' || line[0] > '6' || line[1] < '0' || line[1] > '2' ||
+      line[2] != ' ') {
     return std::nullopt;
   }
-  return Verdict{static_cast<ExitCode>(line[0] - '0'), std::string(line.substr(2))};
+  return Verdict{static_cast<ExitCode>(line[0] - '0'), std::string(line.substr(3)),
+                 static_cast<ClassForm>(line[1] - '0')};
 }
 
 // A library that was loaded, or one that it needs, as the system names it.
@@ -31,6 +34,14 @@ std::string nameOf(const std::string& culprit, const std::string& library) {
 
 }  // namespace
 
+const char* wordFor(ClassForm form) {
+  return form == ClassForm::kPlain ? "plain" : form == ClassForm::kComponent ? "component" : "";
+}
+
+Json jsonOf(ClassForm form) {
+  return form == ClassForm::kUnknown ? Json() : Json(wordFor(form));
+}
+
 void tell(Output& output, Stage stage) {
   tellLine(output, stage == Stage::kLoading ? kLoading : kCreating);
 }
@@ -38,6 +49,7 @@ void tell(Output& output, Stage stage) {
 void tell(Output& output, const Verdict& verdict) {
   std::string line(kVerdict);
   line += static_cast<char>('0' + static_cast<int>(verdict.code));
+  line += static_cast<char>('0' + static_cast<int>(verdict.form));
   tellLine(output, line + ' ' + escapeControls(verdict.text));
 }
 
@@ -66,7 +78,7 @@ Verdict verdictOnLoad(const std::string& library, const std::string& reason) {
   constexpr std::string_view kNoSymbol = ": undefined symbol: ";
   const std::string file = inQuotes(library);
   if (const std::size_t at = reason.find(kNoSymbol); at != std::string::npos) {
-    return {ExitCode::kBadInput,
+    return {ExitCode::kComponentFailed,
             nameOf(reason.substr(0, at), library) + " needs the symbol " +
                 inQuotes(reason.substr(at + kNoSymbol.size())) +
                 ", which nothing defines; link it with the library that does, in the version that"
@@ -78,11 +90,11 @@ Verdict verdictOnLoad(const std::string& library, const std::string& reason) {
       return {ExitCode::kAbsent, "the system finds no library " + file +
                                      "; put it where it looks, or register its full path"};
     }
-    return {ExitCode::kBadInput,
+    return {ExitCode::kComponentFailed,
             file + " needs the library " + inQuotes(missing) +
                 ", which the system does not find; install it, or put it where it looks"};
   }
-  return {ExitCode::kBadInput,
+  return {ExitCode::kComponentFailed,
           file + " does not load: " + (reason.empty() ? "the system gives no reason" : reason)};
 }
 

@@ -7,14 +7,23 @@
 #include <string_view>
 
 #include "ltreg/cli/failure.h"
+#include "ltreg/cli/json.h"
 #include "ltreg/cli/output.h"
 
 namespace ltreg {
+
+/// What kind of objects a class makes, which its library alone tells.
+enum class ClassForm { kUnknown, kPlain, kComponent };
+
+/// Its word, in JSON null where it is unknown.
+[[nodiscard]] const char* wordFor(ClassForm form);
+[[nodiscard]] Json jsonOf(ClassForm form);
 
 /// What is wrong and what to do, or that nothing is, in one line.
 struct Verdict {
   ExitCode code = ExitCode::kDone;
   std::string text;
+  ClassForm form = ClassForm::kUnknown;
 };
 
 /// How far a process got.

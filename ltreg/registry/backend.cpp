@@ -15,6 +15,20 @@ void bindStore(const std::string& store, enumRegRoot root) {
   }
 }
 
+int viewAccessOf(const Request& request, bool onFiles) {
+  if (!request.view) {
+    return 0;
+  }
+  const int access = LTLib::Platform::registryViewAccess(request.view == kNarrowView ? 32 : 64);
+  if (onFiles || access == 0) {
+    throw Failure(ExitCode::kUsage,
+                  "--view chooses between the two parts of the operating system's registry, and " +
+                      std::string(onFiles ? "store files have none" : "this system has one") +
+                      "; leave it out");
+  }
+  return access;
+}
+
 }  // namespace
 
 void chooseBackend(const Request& request) {
@@ -33,6 +47,7 @@ Backend::Backend(const Request& request, enumRegRoot root) {
     static QSFileRegistryManager s_files;
     bindStore(*request.store, root);
     m_manager = &s_files;
+    m_viewAccess = viewAccessOf(request, m_onFiles);
     return;
   }
   m_manager = dynamic_cast<QSRegistryManagerImpl*>(QSRegistryManager::GetInstance());
@@ -41,6 +56,7 @@ Backend::Backend(const Request& request, enumRegRoot root) {
   }
   // The backend is not asked for by name: --backend, the marker and the system have decided by now.
   m_onFiles = dynamic_cast<QSFileRegistryManager*>(m_manager) != nullptr;
+  m_viewAccess = viewAccessOf(request, m_onFiles);
 }
 
 std::string Backend::storeOf(enumRegRoot root) const {

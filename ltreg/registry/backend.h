@@ -18,13 +18,16 @@ void chooseBackend(const Request& request);
 class Backend {
  public:
   /// With --store the store becomes the root's file in this process. Throws Failure for a store
-  /// without a name.
+  /// without a name, and for --view where there is one view alone.
   Backend(const Request& request, enumRegRoot root);
 
   [[nodiscard]] QSRegistryManagerImpl& manager() const { return *m_manager; }
 
   /// Whether roots lie in store files.
   [[nodiscard]] bool onFiles() const { return m_onFiles; }
+
+  /// What --view adds to the rights that a key is opened for.
+  [[nodiscard]] int viewAccess() const { return m_viewAccess; }
 
   /// The store file of a root; empty unless roots lie in store files. Throws Failure where the
   /// environment gives the root no file.
@@ -33,6 +36,7 @@ class Backend {
  private:
   QSRegistryManagerImpl* m_manager = nullptr;
   bool m_onFiles = true;
+  int m_viewAccess = 0;
 };
 
 }  // namespace ltreg

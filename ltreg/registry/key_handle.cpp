@@ -43,7 +43,7 @@ KeyHandle::KeyHandle(const Backend& backend, enumRegRoot root, const std::string
     : m_manager(backend.manager()), m_onFiles(backend.onFiles()) {
   // Opening never makes anything on files, and the first value that is set makes all parents there.
   void* above = LTLib::predefinedRootHandle(root);
-  const int access = use == KeyUse::kRead ? KEY_READ : kSetValue;
+  const int access = (use == KeyUse::kRead ? KEY_READ : kSetValue) | backend.viewAccess();
   m_failure = use == KeyUse::kMake && !m_onFiles
                   ? m_manager.regCreateKeyEx(above, path.c_str(), nullptr, 0,
                                              static_cast<unsigned int>(access), &m_key, nullptr)
@@ -91,6 +91,10 @@ int KeyHandle::setValue(const std::string& name, unsigned int type,
 
 int KeyHandle::deleteValue(const std::string& name) const {
   return m_failure != kDone ? m_failure : m_manager.regDeleteValue(m_key, name.c_str());
+}
+
+int KeyHandle::deleteSubKey(const std::string& name) const {
+  return m_failure != kDone ? m_failure : m_manager.regDeleteKey(m_key, name.c_str());
 }
 
 }  // namespace ltreg

@@ -43,6 +43,8 @@ class KeyHandle {
   [[nodiscard]] int setValue(const std::string& name, unsigned int type,
                              const std::string& bytes) const;
   [[nodiscard]] int deleteValue(const std::string& name) const;
+  /// Requires: the key does not lie in a file; the file backend opens nothing relative to a key.
+  [[nodiscard]] int deleteSubKey(const std::string& name) const;
 
  private:
   QSRegistryManagerImpl& m_manager;

@@ -215,7 +215,10 @@ int Session::deleteValue(const std::string& path, const std::string& name) {
 }
 
 int Session::deleteKey(const std::string& path) {
-  // By the root and the whole path, since the file backend opens nothing relative to an open key.
+  if (!onFiles()) {
+    const KeyHandle parent = open(std::string(parentPath(path)));
+    return noteChange(parent.deleteSubKey(std::string(lastComponent(path))));
+  }
   return noteChange(
       m_backend.manager().regDeleteKey(LTLib::predefinedRootHandle(m_root), path.c_str()));
 }

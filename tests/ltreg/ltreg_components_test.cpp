@@ -49,9 +49,12 @@ TEST_F(LtregComponents, EntersAndDeletesClasses) {
   fails(3, "component register A] lib.so", "cannot hold ']'", x);
   fails(2, "component enter", "'enter' is no command (see 'ltreg component", x);
   shows("component list", "X\t" + file + "\nY\telsewhere\n", x + y);
-  shows("component list", "", number);
+  shows("component list", "X\t1\tit is a ulong, no string\n", number);
   shows("component list --backend file", "", {});
-  shows("component list --json", R"([{"class": "Y","library": "elsewhere"}])", y);
+  shows("component list --json",
+        R"({"version": 1,"classes": [{"class": "Y","library": )"
+        R"("elsewhere","form": null,"fault": null}]})",
+        y);
   changes("component unregister X", x + y, y);
   changes("component unregister X", entry("X", "\"More\"=ulong:1\n\"InprocServer\"=string:\"l\""),
           entry("X", "\"More\"=ulong:1"));
@@ -62,8 +65,8 @@ TEST_F(LtregComponents, EntersAndDeletesClasses) {
 
 TEST_F(LtregComponents, ChecksEntries) {
   finds(1, "X", "", "not registered; 'ltreg component register CLASS FILE' enters it", "--store n");
-  finds(3, "X", "", "its entry names no file");
-  fails(3, "component check X", "", entry("X", "\"InprocServer\"=ulong:1"),
+  finds(5, "X", "", "its entry names no file");
+  fails(5, "component check X", "", entry("X", "\"InprocServer\"=ulong:1"),
         "X: its entry is a ulong, and the loader reads strings alone; 'ltreg component register"
         " CLASS FILE' enters it anew\n");
   fails(2, "component check X --timeout 0", "--timeout", {});
@@ -75,42 +78,43 @@ TEST_F(LtregComponents, LooksAtTheFile) {
   const std::string pe =
       "MZ" + std::string(58, '\0') + "@\0\0\0PE\0\0\x4C\1"s + std::string(16, '\0') + "\2\x20\xB\1";
   for (const std::string& bytes : {""s, elf.substr(0, 19), pe.substr(0, pe.size() - 1)}) {
-    finds(3, "X", m_folder.write("faulty", bytes), "is no library; register the library's own");
+    finds(5, "X", m_folder.write("faulty", bytes), "is no library; register the library's own");
   }
-  finds(3, "X", m_folder.write("elf", elf), "is a file of ELF for MIPS, 64 bits, and this system");
-  finds(3, "X", m_folder.write("pe", pe), "is a file of PE for x86, 32 bits, and this system");
-  finds(3, "X", m_folder.path(), "is no file but a folder");
+  finds(5, "X", m_folder.write("elf", elf), "is a file of ELF for MIPS, 64 bits, and this system");
+  finds(5, "X", m_folder.write("pe", pe), "is a file of PE for x86, 32 bits, and this system");
+  finds(5, "X", m_folder.path(), "is no file but a folder");
   finds(1, "X", m_folder.path("absent.so"), "there is no file");
   finds(1, "X", "%SharedRoot%/x.so", "references in it are not expanded");
-  finds(3, "X", LTREG_PROGRAM, LTREG_PROGRAM);
+  finds(5, "X", LTREG_PROGRAM, LTREG_PROGRAM);
 }
 
 TEST_F(LtregComponents, SeesThroughEveryLibrary) {
   const std::string late = libraryPath("ltreg_crashes_late");
   const std::string crash = "crashes with signal 6 (Aborted) ";
-  finds(3, "X", libraryPath("ltreg_exits"), "ends the process with exit code 0 while it loads");
-  finds(3, "X", libraryPath("ltreg_hangs"), "hangs for 3 s while it loads; look", "--timeout 3");
-  finds(0, "Crash.Now", late, "healthy; '" + late + "' loads and offers the class\n");
-  finds(3, "X", libraryPath("component_quiet"), "offers none of the registered classes");
+  finds(5, "X", libraryPath("ltreg_exits"), "ends the process with exit code 0 while it loads");
+  finds(5, "X", libraryPath("ltreg_hangs"), "hangs for 3 s while it loads; look", "--timeout 3");
+  finds(0, "Crash.Now", late,
+        "healthy; '" + late + "' loads and offers the class as a component\n");
+  finds(5, "X", libraryPath("component_quiet"), "offers none of the registered classes");
   if (LTREG_KNOWS_WHAT_IS_MISSING) {
-    finds(3, "X", libraryPath("ltreg_aborts"), crash + "while it loads");
-    finds(3, "Crash.Now", late, crash + "while an object is", "--create");
-    finds(3, "Crash.AtEnd", late, crash + "when the process ends", "--create");
+    finds(5, "X", libraryPath("ltreg_aborts"), crash + "while it loads");
+    finds(5, "Crash.Now", late, crash + "while an object is", "--create");
+    finds(5, "Crash.AtEnd", late, crash + "when the process ends", "--create");
     const std::string throws = " throws while it loads";
     for (const char* library : {"ltreg_throws_own", "ltreg_throws_standard"}) {
-      finds(3, "X", libraryPath(library), throws + ": thrown; look at its static objects");
+      finds(5, "X", libraryPath(library), throws + ": thrown; look at its static objects");
     }
-    finds(3, "X", libraryPath("ltreg_throws_number"), throws + " what is no std::exception; look");
-    finds(3, "X", libraryPath("component_throws_unguarded"),
+    finds(5, "X", libraryPath("ltreg_throws_number"), throws + " what is no std::exception; look");
+    finds(5, "X", libraryPath("component_throws_unguarded"),
           throws + ": from a static object; look");
-    finds(3, "X", libraryPath("ltreg_needs_lacking"),
+    finds(5, "X", libraryPath("ltreg_needs_lacking"),
           "libltreg_lacking.so', which '" + libraryPath("ltreg_needs_lacking") +
               "' needs, needs the symbol '_Z15ltregTestAbsentv'");
-    finds(3, "X", libraryPath("ltreg_needs_library"), "needs the library 'libltreg_absent");
-    finds(3, "X", libraryPath("ltreg_needs_symbol"), "needs the symbol '_Z15ltregTestAbsentv'");
+    finds(5, "X", libraryPath("ltreg_needs_library"), "needs the library 'libltreg_absent");
+    finds(5, "X", libraryPath("ltreg_needs_symbol"), "needs the symbol '_Z15ltregTestAbsentv'");
     finds(1, "X", "no such library.so", "the system finds no library 'no such library.so'");
   } else {
-    finds(3, "X", libraryPath("ltreg_throws_number"), "an exception left its static objects");
+    finds(5, "X", libraryPath("ltreg_throws_number"), "an exception left its static objects");
   }
 }
 
@@ -171,24 +175,25 @@ TEST_F(LtregComponents, CreatesWhenAsked) {
   const auto ends = [&](int exitCode, const std::string& outcome, const std::string& verdict) {
     finds(exitCode, "Outcome." + outcome, library, verdict, "--create");
   };
-  ends(3, "Refuses", "the factory fails with 0x80004005\n");
-  ends(3, "StoresNothing", "the factory reports success and gives no object\n");
-  ends(3, "Plain", "the class is of the plain form, and '--create' makes components alone\n");
-  ends(3, "ThrowsOwn", "the factory throws: own exception\n");
-  ends(3, "ThrowsStandard", "the factory throws: standard exception\n");
-  ends(3, "ThrowsNumber", "the factory throws what is no std::exception\n");
-  ends(3, "InitFails", "Init fails with 0x80360001\n");
-  ends(3, "InitThrows", "Init throws: from Init\n");
-  ends(0, "Good", "offers the class, and an object was made and released\n");
-  ends(0, "Positive", "offers the class, and an object was made and released\n");
-  finds(0, "Outcome.Refuses", library, "loads and offers the class\n", "--backend file");
+  ends(5, "Refuses", "the factory fails with 0x80004005\n");
+  ends(5, "StoresNothing", "the factory reports success and gives no object\n");
+  ends(5, "Plain", "the class is of the plain form, and '--create' makes components alone\n");
+  ends(5, "ThrowsOwn", "the factory throws: own exception\n");
+  ends(5, "ThrowsStandard", "the factory throws: standard exception\n");
+  ends(5, "ThrowsNumber", "the factory throws what is no std::exception\n");
+  ends(5, "InitFails", "Init fails with 0x80360001\n");
+  ends(5, "InitThrows", "Init throws: from Init\n");
+  ends(0, "Good", "offers the class as a component, and an object was made and released\n");
+  ends(0, "Positive", "offers the class as a component, and an object was made and released\n");
+  finds(0, "Outcome.Refuses", library, "loads and offers the class as a component\n",
+        "--backend file");
 }
 
 TEST_F(LtregComponents, TellsWhatALibraryOffersInstead) {
   const std::string pair = libraryPath("component_pair");
   m_folder.write("s.cfg", entryOf("Pair.Unknow", pair) + entryOf("Pair.Plain", pair) +
                               entryOf("Other", "other") + entryOf("Pair.Unknown", pair));
-  fails(3, "component check Pair.Unknow --store s.cfg", "", {},
+  fails(5, "component check Pair.Unknow --store s.cfg", "", {},
         "Pair.Unknow: '" + pair +
             "' loads, but has no registrar for the class; of the registered classes it offers"
             " 'Pair.Plain', 'Pair.Unknown'\n");

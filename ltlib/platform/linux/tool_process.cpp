@@ -174,6 +174,10 @@ std::FILE* divertStandardOutput() noexcept {
   return stream;
 }
 
+int registryViewAccess(int /*bits*/) noexcept {
+  return 0;
+}
+
 std::string programPath() {
   std::string path(256, '\0');
   for (;;) {

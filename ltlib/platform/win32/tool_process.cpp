@@ -180,6 +180,13 @@ std::FILE* divertStandardOutput() noexcept {
   return stream;
 }
 
+int registryViewAccess(int bits) noexcept {
+  BOOL isGuest = FALSE;  // a program of 32 bits on a system of 64
+  const bool hasTwo =
+      sizeof(void*) == 8 || (IsWow64Process(GetCurrentProcess(), &isGuest) != 0 && isGuest != 0);
+  return !hasTwo ? 0 : bits == 32 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+}
+
 std::string programPath() {
   std::string path(32768, '\0');
   path.resize(GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size())));
