@@ -93,7 +93,8 @@ std::string blanksBehind(std::string_view text, std::size_t width) {
 
 const std::string* nearestTo(std::string_view word, const std::vector<std::string>& candidates) {
   const std::string wanted = foldedName(word.substr(0, kMostCompared));
-  std::size_t best = std::max<std::size_t>(1, wanted.size() / 3) + 1;
+  // One slip in three letters; of a single letter nothing would be left.
+  std::size_t best = std::min(wanted.size(), (wanted.size() + 2) / 3 + 1);
   const std::string* nearest = nullptr;
   for (const std::string& candidate : candidates) {
     const std::size_t longer = std::max(candidate.size(), wanted.size());

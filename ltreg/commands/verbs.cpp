@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/component/component_check.h"
 #include "ltreg/registry/value.h"
@@ -15,7 +16,8 @@ constexpr bool kTakesSlashes = true;
 constexpr auto kNoFault = nullptr;
 
 std::string faultOfType(const std::string& word) {
-  return typeOfWord(word) ? std::string() : '\'' + word + "' is no type";
+  return typeOfWord(word) ? std::string()
+                          : '\'' + word + "' is no type" + didYouMean(word, typeWords());
 }
 
 // Words parted by commas.

@@ -163,11 +163,16 @@ ExitCode checkClass(const Request& request, Output& output) {
   const std::string& id = *request.clsid;
   KeyArgument key = classKey(id);
   std::optional<Value> entry;
+  std::string hint;
   {
     Session session(request, key, Access::kRead);
     entry = session.value(key.path, kLibraryValue);
+    if (!entry) {
+      hint = didYouMean(id, session.subKeys(std::string(parentPath(key.path))));
+    }
   }
-  const Verdict verdict = verdictOn(request, id, entry);
+  Verdict verdict = verdictOn(request, id, entry);
+  verdict.text += hint;
   if (request.json) {
     output.json(versionedJson("class", id)
                     .with("library", entry ? jsonOf(*entry) : Json())

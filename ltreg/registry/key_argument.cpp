@@ -41,7 +41,9 @@ enumRegRoot parseRoot(std::string_view text) {
       return form.root;
     }
   }
-  throw Failure(ExitCode::kBadInput, inQuotes(text) + " is no root of the registry" + kAdvice);
+  throw Failure(ExitCode::kBadInput, inQuotes(text) + " is no root of the registry" +
+                                         didYouMean(text, {"HKLM", "HKCU", "HKCC", "HKU", "HKCR"}) +
+                                         kAdvice);
 }
 
 KeyArgument parseKey(std::string_view text) {

@@ -26,23 +26,24 @@ Store LtregTest::store() const {
   return std::filesystem::exists(path) ? Store(readFile(path)) : std::nullopt;
 }
 
-void LtregTest::check(const std::string& line, const ProgramResult& expected, const Store& before,
-                      const Store& after) const {
-  SCOPED_TRACE(line.substr(0, 200) + " over " + before.value_or("no store"));
-  std::filesystem::remove(m_folder.path(kStore));
-  std::filesystem::remove(m_folder.path(kStore) + "_old");
-  if (before) {
-    m_folder.write(kStore, *before);
+void LtregTest::runs(const std::vector<Case>& cases) const {
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.line.substr(0, 200) + " over " + row.before.value_or("no store"));
+    std::filesystem::remove(m_folder.path(kStore));
+    std::filesystem::remove(m_folder.path(kStore) + "_old");
+    if (row.before) {
+      m_folder.write(kStore, *row.before);
+    }
+    ProgramResult result = run(row.line);
+    if (row.line.find("--json") != std::string::npos) {
+      result.output = std::regex_replace(result.output, std::regex("\n *"), "");
+    }
+    EXPECT_EQ(result.exitCode, row.exitCode);
+    EXPECT_EQ(result.output, row.output);
+    EXPECT_EQ(result.errors.empty(), row.errors.empty()) << result.errors;
+    EXPECT_NE(result.errors.find(row.errors), std::string::npos) << result.errors;
+    EXPECT_EQ(store(), row.after.value_or(row.before));
   }
-  ProgramResult result = run(line);
-  if (line.find("--json") != std::string::npos) {
-    result.output = std::regex_replace(result.output, std::regex("\n *"), "");
-  }
-  EXPECT_EQ(result.exitCode, expected.exitCode);
-  EXPECT_EQ(result.output, expected.output);
-  EXPECT_EQ(result.errors.empty(), expected.errors.empty()) << result.errors;
-  EXPECT_NE(result.errors.find(expected.errors), std::string::npos) << result.errors;
-  EXPECT_EQ(store(), after);
 }
 
 }  // namespace LTLib::Testing

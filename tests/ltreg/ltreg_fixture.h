@@ -17,6 +17,16 @@ namespace LTLib::Testing {
 
 using Store = std::optional<std::string>;  // the text of a store file; none where it is absent
 
+/// What a command line does over a store. The layout of JSON does not count.
+struct Case {
+  std::string line;
+  int exitCode = 0;
+  std::string output;
+  std::string errors;  // a part of them; nothing is written there where it is empty
+  Store before;
+  std::optional<Store> after{};  // the same store where nothing is said
+};
+
 class LtregTest : public testing::Test {
  protected:
   static constexpr char kStore[] = "HKEY_LOCAL_MACHINE.cfg";
@@ -29,17 +39,19 @@ class LtregTest : public testing::Test {
     return start(line, m_program).wait();
   }
 
-  // These run the tool over a store and look at all that it writes and leaves; `errors` is a part.
-  // The layout of JSON does not count.
+  /// Runs the tool and looks at all that it writes and leaves.
+  void runs(const std::vector<Case>& cases) const;
+
+  // Rows of one kind.
   void shows(const std::string& line, const std::string& output, const Store& store) const {
-    check(line, {0, output, ""}, store, store);
+    runs({{line, 0, output, "", store}});
   }
   void changes(const std::string& line, const Store& before, const Store& after) const {
-    check(line, {}, before, after);
+    runs({{line, 0, "", "", before, after}});
   }
   void fails(int exitCode, const std::string& line, const std::string& errors, const Store& store,
              const std::string& output = "") const {
-    check(line, {exitCode, output, errors}, store, store);
+    runs({{line, exitCode, output, errors, store}});
   }
 
   static void contains(const std::string& text, const std::vector<std::string>& parts);
@@ -52,9 +64,6 @@ class LtregTest : public testing::Test {
   std::string m_program = LTREG_PROGRAM;
 
  private:
-  void check(const std::string& line, const ProgramResult& expected, const Store& before,
-             const Store& after) const;
-
   const ScopedStores m_noStores{nullptr};
   const ScopedEnvironment m_noTrace{"LTTRACER", std::nullopt};
 };
