@@ -169,6 +169,22 @@ TEST_F(LtregSystem, TheBackendGoesByTheMarkerUnlessItIsNamed) {
   }
 }
 
+TEST_F(LtregSystem, WorksOnThePartThatIsAskedFor) {
+  if (sizeof(void*) == 4) {
+    GTEST_SKIP() << "there may be one part alone";
+  }
+  const std::string key = "HKLM\\Software\\" + m_folder.name() + "\\A";
+  changes("set " + key + " n narrow --view 32", {}, {});
+  changes("set " + key + " n wide --view 64", {}, {});
+  shows("get " + key + " n", "wide\n", {});
+  shows("get " + key + " n --view 32", "narrow\n", {});
+  shows("get HKLM\\Software\\Wow6432Node\\" + m_folder.name() + "\\A n", "narrow\n", {});
+  for (const std::string view : {" --view 32", " --view 64"}) {
+    changes("delete HKLM\\Software\\" + m_folder.name() + " -r" + view, {}, {});
+    fails(1, "get " + key + " n" + view, "does not exist", {});
+  }
+}
+
 TEST_F(LtregSystem, ClassesAndVariablesLieThereToo) {
   const std::string id = m_folder.name();
   const bool wasThere = run("list HKLM\\%CompanyRoot%").exitCode == 0;

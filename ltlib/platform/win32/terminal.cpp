@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kMostCharacters = 8000;
 
 HANDLE s_pager = nullptr;
+std::FILE* s_pagerInput = nullptr;
 
 HANDLE handleOf(std::FILE* stream) {
   return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
@@ -30,6 +31,22 @@ std::wstring wideOf(std::string_view text) {
   wide.resize(static_cast<std::size_t>(
       MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), size)));
   return wide;
+}
+
+// A program that reads text for the console takes it to be in the console's code page.
+std::string inConsolesCodePage(std::string_view text) {
+  const std::wstring wide = wideOf(text);
+  const auto size = static_cast<int>(wide.size());
+  const UINT page = GetConsoleOutputCP();
+  std::string narrow(4 * wide.size(), '\0');
+  narrow.resize(static_cast<std::size_t>(
+      WideCharToMultiByte(page, 0, wide.data(), size, narrow.data(),
+                          static_cast<int>(narrow.size()), nullptr, nullptr)));
+  return narrow;
+}
+
+bool writeBytes(std::FILE* stream, std::string_view bytes) {
+  return std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
 }
 
 bool writeToConsole(HANDLE console, std::string_view text) {
@@ -95,8 +112,11 @@ bool takesEscapes(std::FILE* stream) noexcept {
 }
 
 bool writeText(std::FILE* stream, std::string_view text) noexcept try {
+  if (stream == s_pagerInput) {
+    return writeBytes(stream, inConsolesCodePage(text));
+  }
   if (!isTerminal(stream)) {
-    return std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+    return writeBytes(stream, text);
   }
   return std::fflush(stream) == 0 && writeToConsole(handleOf(stream), text);
 } catch (const std::bad_alloc&) {
@@ -114,10 +134,12 @@ std::FILE* startPager(const std::string& command, std::FILE* screen) noexcept {
     SetConsoleCtrlHandler(nullptr, TRUE);
   }
   CloseHandle(end);
+  s_pagerInput = input;
   return input;
 }
 
 void endPager(std::FILE* input) noexcept {
+  s_pagerInput = nullptr;
   std::fclose(input);
   WaitForSingleObject(s_pager, INFINITE);
   CloseHandle(s_pager);
