@@ -131,11 +131,14 @@ class Completion {
     const std::string_view parameter = row.name;
     // A registry that cannot be read completes nothing; the command itself will tell why.
     try {
-      return parameter == "ROOT"                                                        ? roots("")
-             : parameter == "KEY" || parameter == "NEWKEY"                              ? keys()
-             : parameter == "NAME" || parameter == "NAMES" || parameter == "-v,--value" ? names()
-             : parameter == "CLASS"                                                     ? classes()
-                                                                                        : Words();
+      const auto isOneOf = [&](std::initializer_list<std::string_view> names) {
+        return std::find(names.begin(), names.end(), parameter) != names.end();
+      };
+      return parameter == "ROOT"                        ? roots("")
+             : isOneOf({"KEY", "NEWKEY", "A", "B"})     ? keys()
+             : isOneOf({"NAME", "NAMES", "-v,--value"}) ? names()
+             : parameter == "CLASS"                     ? classes()
+                                                        : Words();
     } catch (const std::exception&) {
       return {};
     }
@@ -169,22 +172,14 @@ class Completion {
       return {};
     }
     KeyArgument key = parseKey(m_place.operands.front());
-    Session session(m_request, key, Access::kRead);
-    Words names;
-    for (const NamedValue& value : session.values(key.path)) {
-      names.push_back(value.name);
-    }
-    return names;
+    return Session(m_request, key, Access::kRead).valueNames(key.path);
   }
 
+  // By their keys alone, since a look at each entry would take its time where there are thousands.
   [[nodiscard]] Words classes() const {
     KeyArgument key = classesKey();
     Session session(m_request, key, Access::kRead);
-    Words ids;
-    for (const ClassEntry& entry : classesBelow(session, key.path)) {
-      ids.push_back(entry.id);
-    }
-    return ids;
+    return session.keyExists(key.path) ? session.subKeys(key.path) : Words();
   }
 
   std::string m_prefix;

@@ -33,13 +33,9 @@ void throwAbsentValue(Session& session, const KeyArgument& key, const std::strin
   if (!session.keyExists(key.path)) {
     throwAbsentKey(session, key);
   }
-  std::vector<std::string> names;
-  for (const NamedValue& value : session.values(key.path)) {
-    names.push_back(value.name);
-  }
   session.throwAbsent(
       "the value " + inQuotes(name) + " of " + inQuotes(fullName(key.root, key.path)),
-      didYouMean(name, names));
+      didYouMean(name, session.valueNames(key.path)));
 }
 
 }  // namespace ltreg

@@ -159,6 +159,12 @@ std::vector<std::string> Session::subKeys(const std::string& path) {
   return std::move(found.names);
 }
 
+std::vector<std::string> Session::valueNames(const std::string& path) {
+  Names found = open(path).valueNames();
+  complainOfKey(path, found.failure);
+  return std::move(found.names);
+}
+
 std::vector<NamedValue> Session::values(const std::string& path) {
   const KeyHandle key = open(path);
   Names found = key.valueNames();

@@ -37,6 +37,7 @@ class Session {
   // no sub-keys and no values. Requires of the operating system's registry: the key is there.
   [[nodiscard]] std::vector<std::string> subKeys(const std::string& path);
   [[nodiscard]] std::vector<NamedValue> values(const std::string& path);
+  [[nodiscard]] std::vector<std::string> valueNames(const std::string& path);
 
   /// Whether nothing was complained of in that way.
   [[nodiscard]] bool sawAll() const { return m_sawAll; }

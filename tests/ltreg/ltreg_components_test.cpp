@@ -63,6 +63,37 @@ TEST_F(LtregComponents, EntersAndDeletesClasses) {
   EXPECT_EQ(store(), entryOf("Y", m_folder.path("later.so")));
 }
 
+TEST_F(LtregComponents, EntersAllThatALibraryOffersAndTellsOfItsClasses) {
+  const std::string pair = libraryPath("component_pair");
+  const std::string both = entryOf("Pair.Unknown", pair) + entryOf("Pair.Plain", pair);
+  const std::string gone = m_folder.path("gone.so");
+  const std::string left = both + entryOf("Bare", "bare.so");
+  const std::string all = left + entryOf("Gone", gone);
+  const auto marked = [&](const std::string& first, const std::string& second) {
+    return "Pair.Unknown\t" + pair + first + "\nPair.Plain\t" + pair + second + '\n';
+  };
+  runs({
+      {"component register --as-is --all '" + pair + "'", 0, marked("", ""), "", {}, both},
+      {"component register --all absent.so", 1, "", "no file 'absent.classes'", {}},
+      {"component register X", 2, "", "takes CLASS and FILE, or --all LIBRARY", {}},
+      {"component unregister", 2, "", "takes CLASS, or --missing", {}},
+      {"component unregister --missing", 0, "Gone\t" + gone + "\n", "", all, left},
+      {"component unregister Pair.Plian", 1, "", "did you mean 'Pair.Plain'?", both},
+      {"component check Pair.Plian", 1,
+       "Pair.Plian: not registered; 'ltreg component register CLASS FILE' enters it; did you mean"
+       " 'Pair.Plain'?\n",
+       "", both},
+      {"component list", 0, "Gone\t" + gone + "\tthere is no such file\n", "",
+       entryOf("Gone", gone)},
+      {"component list --load", 0, marked("\tcomponent", "\tplain"), "", both},
+      {"component check Pair.Plain --json", 0,
+       R"({"version": 1,"class": "Pair.Plain","library": ")" + pair +
+           R"(","form": "plain","healthy": true,"verdict": "healthy; ')" + pair +
+           R"(' loads and offers the class as a plain one"})",
+       "", both},
+  });
+}
+
 TEST_F(LtregComponents, ChecksEntries) {
   finds(1, "X", "", "not registered; 'ltreg component register CLASS FILE' enters it", "--store n");
   finds(5, "X", "", "its entry names no file");

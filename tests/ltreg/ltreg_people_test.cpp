@@ -39,8 +39,7 @@ TEST_F(LtregPeople, SeeColumnsColoursAndBranches) {
       {"", "list HKLM\\A\\D --color always", "\x1B[36mulong\x1B[0m  n  3\n"},
       {"", "diff old:HKLM HKLM --color always",
        "\x1B[32m+  " + key + "B    paths  list   a, b\x1B[0m\n\x1B[32m+  " + key +
-           "B\\C  n      ulong  2\x1B[0m\n\x1B[32m+  " + key +
-           "D    n      ulong  3\x1B[0m\n"},
+           "B\\C  n      ulong  2\x1B[0m\n\x1B[32m+  " + key + "D    n      ulong  3\x1B[0m\n"},
   };
   for (const auto& [environment, line, expected] : cases) {
     const std::string command = "export TERM=xterm NO_COLOR=1; " + std::string(environment) + " '" +
