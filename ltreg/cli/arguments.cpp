@@ -70,10 +70,8 @@ void unmark(Request& request, const Verb& verb) {
       std::transform(place.begin(), place.end(), place.begin(), unmarked);
     }
   };
-  for (const std::vector<Parameter>* all : {&commonOptions(), &verb.parameters}) {
-    for (const Parameter& parameter : *all) {
-      std::visit(unmarkField, parameter.field);
-    }
+  for (const Parameter* parameter : parametersOf(verb)) {
+    std::visit(unmarkField, parameter->field);
   }
 }
 
@@ -92,10 +90,8 @@ void addVerb(CLI::App& app, Invocation& asked, const Verb& verb) {
     command.group("");
   }
   // Each verb has the common ones for itself, so that they may stand among its own words.
-  for (const std::vector<Parameter>* all : {&commonOptions(), &verb.parameters}) {
-    for (const Parameter& parameter : *all) {
-      addParameter(command, asked.request, parameter);
-    }
+  for (const Parameter* parameter : parametersOf(verb)) {
+    addParameter(command, asked.request, *parameter);
   }
 }
 

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "ltreg/cli/verb.h"
 
 namespace ltreg {
@@ -30,6 +32,20 @@ const std::vector<Parameter>& commonOptions() {
        {"auto", "always", "never"}},
       {"--pager", "Show the output page by page, where a person looks", &Request::pager},
   };
+  return all;
+}
+
+std::vector<const Parameter*> parametersOf(const Verb& verb) {
+  std::vector<const Parameter*> all;
+  for (const Parameter& parameter : verb.parameters) {
+    all.push_back(&parameter);
+  }
+  for (const Parameter& option : commonOptions()) {
+    if (std::none_of(verb.parameters.begin(), verb.parameters.end(),
+                     [&](const Parameter& own) { return own.isNamed(option.name); })) {
+      all.push_back(&option);
+    }
+  }
   return all;
 }
 

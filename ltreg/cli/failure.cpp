@@ -41,7 +41,7 @@ void complainInJson(const Failure& failure) {
                    .with("message", failure.what())
                    .with("file", place.file.empty() ? Json() : Json(place.file))
                    .with("line", place.line == 0 ? Json() : Json(std::uint64_t{place.line}));
-  LTLib::Platform::writeText(stderr, versionedJson("error", std::move(error)).lineText() + '\n');
+  LTLib::Platform::writeText(stderr, versionedJson("error", std::move(error)).line() + '\n');
 }
 
 }  // namespace ltreg

@@ -35,7 +35,7 @@ std::string Json::text() const {
   return m_value->dump(2, ' ', false, Value::error_handler_t::replace);
 }
 
-std::string Json::lineText() const {
+std::string Json::line() const {
   return m_value->dump(-1, ' ', false, Value::error_handler_t::replace);
 }
 

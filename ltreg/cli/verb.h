@@ -57,6 +57,10 @@ struct Verb {
 /// The options that every verb takes.
 [[nodiscard]] const std::vector<Parameter>& commonOptions();
 
+/// All that a verb takes: what its row says, and of the common options those that it has not itself
+/// in another sense.
+[[nodiscard]] std::vector<const Parameter*> parametersOf(const Verb& verb);
+
 /// A row that is no verb, but the first word of several.
 [[nodiscard]] inline Verb verbGroup(const char* name, const char* about) {
   return {name, about, nullptr, {}};

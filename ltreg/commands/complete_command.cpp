@@ -47,9 +47,10 @@ class Completion {
  private:
   void pass(const std::string& word) {
     if (m_place.option != nullptr) {
-      std::optional<std::string> Request::*const field =
-          std::get<std::optional<std::string> Request::*>(m_place.option->field);
-      m_request.*field = word;
+      if (const auto* field =
+              std::get_if<std::optional<std::string> Request::*>(&m_place.option->field)) {
+        m_request.** field = word;
+      }
       m_place.option = nullptr;
     } else if (word.starts_with('-')) {
       m_place.option = optionOf(word);
@@ -75,16 +76,10 @@ class Completion {
 
   // An option that a word follows; null for a flag.
   [[nodiscard]] const Parameter* optionOf(const std::string& word) const {
-    const auto is = [&](const Parameter& parameter) {
-      return parameter.takesWord() && parameter.isNamed(word);
-    };
-    for (const std::vector<Parameter>* all :
-         {&commonOptions(),
-          m_place.verb != nullptr ? &m_place.verb->parameters : &commonOptions()}) {
-      if (const auto found = std::find_if(all->begin(), all->end(), is); found != all->end()) {
-        return std::holds_alternative<std::optional<std::string> Request::*>(found->field)
-                   ? &*found
-                   : nullptr;
+    for (const Parameter* parameter :
+         m_place.verb != nullptr ? parametersOf(*m_place.verb) : parametersOf({})) {
+      if (parameter->takesWord() && parameter->isNamed(word)) {
+        return parameter;
       }
     }
     return nullptr;
@@ -114,11 +109,9 @@ class Completion {
   // The long names.
   [[nodiscard]] Words options() const {
     Words names;
-    for (const std::vector<Parameter>* all : {&m_place.verb->parameters, &commonOptions()}) {
-      for (const Parameter& parameter : *all) {
-        if (const std::string_view name = parameter.name; parameter.isOption()) {
-          names.emplace_back(name.substr(name.find("--")));
-        }
+    for (const Parameter* parameter : parametersOf(*m_place.verb)) {
+      if (const std::string_view name = parameter->name; parameter->isOption()) {
+        names.emplace_back(name.substr(name.find("--")));
       }
     }
     return names;

@@ -29,6 +29,7 @@ TEST_F(LtregCompletion, TellsWhatComesNext) {
       {"find @ x --i", "--in\n--ignore-case\n"},
       {"get --store absent.cfg HKLM\\A", ""},
       {"--store absent.cfg get HKLM\\A", ""},
+      {"component check --timeout 3 x", "X.Y\n"},
       {"list --color a", "auto\nalways\n"},
       {"query @ --value t", "two words\n"},
       {"diff HKLM\\a\\", "HKLM\\a\\B\n"},
