@@ -49,7 +49,7 @@ void addParameter(CLI::App& command, Request& request, const Parameter& paramete
       } else if (parameter.fault != nullptr) {
         option.check(parameter.fault);
       } else if (!parameter.choices.empty()) {
-        option.check([choices = parameter.choices, name = parameter.name](const std::string& word) {
+        option.check([choices = parameter.choices](const std::string& word) {
           return faultOfChoice(unmarked(word), choices);
         });
       }

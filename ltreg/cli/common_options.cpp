@@ -15,17 +15,14 @@ const std::vector<Parameter>& commonOptions() {
        nullptr,
        {kFileBackend, kSystemBackend}},
       {"--view",
-       "Which programs' part of the operating system's registry, where it has two: those of 32 "
-       "bits,"
-       " or those of 64",
+       "Whose part of the operating system's registry, where it has two: that of programs of 32"
+       " bits, or of 64",
        &Request::view,
        false,
        nullptr,
        {kNarrowView, kWideView}},
       {"--color",
-       "Whether to write in colours; auto, as without it, does where a person looks, unless "
-       "NO_COLOR"
-       " is set",
+       "Whether to write in colours; auto does where a person looks, unless NO_COLOR is set",
        &Request::colour,
        false,
        nullptr,

@@ -95,13 +95,13 @@ class Reports {
 ExitCode checkStores(const Request& request, Output& output) {
   const enumRegRoot root = request.key ? parseRoot(*request.key) : REG_ROOT_NONE;
   const Backend backend(request, root != REG_ROOT_NONE ? root : REG_ROOT_LOCAL_MACHINE);
+  Reports reports(request, output);
   if (!backend.onFiles()) {
     const char kNoStore[] =
         "there is no store to check: the roots lie in the operating system's registry";
     request.json ? complain(kNoStore) : output.line(kNoStore);
-    return request.key ? ExitCode::kAbsent : ExitCode::kDone;
+    return reports.finish(request.key ? ExitCode::kAbsent : ExitCode::kDone);
   }
-  Reports reports(request, output);
   if (request.store) {
     return reports.finish(reports.add(*request.store));
   }

@@ -57,9 +57,13 @@ std::vector<std::string> classesOf(const std::string& library) {
   std::vector<std::string> classes;
   std::istringstream lines(readTextFile(file));
   for (std::string id; std::getline(lines, id);) {
+    id.erase(id.find_last_not_of("\r \t") + 1);
     if (!id.empty()) {
       classes.push_back(id);
     }
+  }
+  if (classes.empty()) {
+    throw Failure(ExitCode::kBadInput, "the file " + inQuotes(file) + " names no class");
   }
   return classes;
 }
@@ -94,11 +98,39 @@ void showClass(const ClassEntry& entry, Output& output) {
   output.row(escapeControls(entry.id) + '\t' + onOneLine(entry.value), 1);
 }
 
+// What a look at the entry tells.
 std::string faultOf(const Value& entry) {
   return entry.type != REG_SZ   ? "it is a " + typeWord(entry) + ", no string"
          : entry.data.empty()   ? "it names no file"
          : isLibraryGone(entry) ? "there is no such file"
                                 : std::string();
+}
+
+// Its text is empty where nothing is wrong.
+Verdict verdictForList(const Request& request, const ClassEntry& entry) {
+  if (!request.load) {
+    return {ExitCode::kDone, faultOf(entry.value)};
+  }
+  Verdict verdict = verdictOn(request, entry.id, entry.value);
+  if (verdict.code == ExitCode::kDone) {
+    verdict.text.clear();
+  }
+  return verdict;
+}
+
+Json jsonOf(const ClassEntry& entry, const Verdict& verdict) {
+  return Json()
+      .with("class", entry.id)
+      .with("library", ltreg::jsonOf(entry.value))
+      .with("form", ltreg::jsonOf(verdict.form))
+      .with("fault", verdict.text.empty() ? Json() : Json(verdict.text));
+}
+
+void showClass(const ClassEntry& entry, const Verdict& verdict, bool withForm, Output& output) {
+  output.row(escapeControls(entry.id) + '\t' + onOneLine(entry.value) +
+                 (withForm ? std::string("\t") + wordFor(verdict.form) : "") +
+                 (verdict.text.empty() ? "" : '\t' + verdict.text),
+             withForm ? 3 : 2);
 }
 
 }  // namespace
@@ -165,21 +197,11 @@ ExitCode listClasses(const Request& request, Output& output) {
   Progress progress("classes");
   Json all = Json::array();
   for (const ClassEntry& entry : classes) {
-    const Verdict verdict = request.load ? verdictOn(request, entry.id, entry.value)
-                                         : Verdict{ExitCode::kDone, faultOf(entry.value)};
-    const bool isHealthy = request.load && verdict.code == ExitCode::kDone;
-    const std::string fault = isHealthy ? "" : verdict.text;
+    const Verdict verdict = verdictForList(request, entry);
     if (request.json) {
-      all.push(Json()
-                   .with("class", entry.id)
-                   .with("library", jsonOf(entry.value))
-                   .with("form", jsonOf(verdict.form))
-                   .with("fault", fault.empty() ? Json() : Json(fault)));
+      all.push(jsonOf(entry, verdict));
     } else {
-      const std::string form = request.load ? std::string("\t") + wordFor(verdict.form) : "";
-      output.row(escapeControls(entry.id) + '\t' + onOneLine(entry.value) + form +
-                     (fault.empty() ? "" : '\t' + fault),
-                 request.load ? 3 : 2);
+      showClass(entry, verdict, request.load, output);
     }
     progress.step();
   }
