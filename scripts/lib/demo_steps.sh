@@ -218,8 +218,7 @@ walk_the_road_of_a_request() {
   show ltreg expand '%CLASSID%\Example.Hello' --trace
   show_failing 1 ltreg component check Example.Hello
   say "The two classes of a library are entered:"
-  show ltreg component register Example.Hello "$library"
-  show ltreg component register Example.Counter "$library"
+  show ltreg component register --all "$library"
   show cat components/HKEY_LOCAL_MACHINE.cfg
   show ltreg component list
   say "A process of its own loads the library, and with --create makes an object of a component:"
@@ -227,9 +226,9 @@ walk_the_road_of_a_request() {
   show ltreg component check Example.Counter
   say "What is wrong with a class is told in one line:"
   show ltreg component register Example.Text components/HKEY_LOCAL_MACHINE.cfg
-  show_failing 3 ltreg component check Example.Text
+  show_failing 5 ltreg component check Example.Text
   show ltreg component register Example.Other "$library"
-  show_failing 3 ltreg component check Example.Other
+  show_failing 5 ltreg component check Example.Other
   say "A program creates objects of the two classes and uses them:"
   (run greeter "$library")
 }
