@@ -58,7 +58,7 @@ unsigned int typeOf(QSCfgTypeCode code) {
 // So many bytes of a text with the terminator that does not stand behind it.
 template <class Byte>
 void copyBytes(Byte* to, std::string_view text, std::size_t count) {
-  std::memcpy(to, text.data(), std::min(count, text.size()));
+  std::copy_n(text.begin(), std::min(count, text.size()), to);
   if (count > text.size()) {
     to[text.size()] = 0;
   }

@@ -1,7 +1,6 @@
 // Nothing is escaped: a line is written only if the reader brings its content back (file_form.h).
 #include "ltlib/fileregistry/text/text_writer.h"
 
-#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -56,8 +55,7 @@ void LineSink::put(std::initializer_list<std::string_view> texts) {
     return;
   }
   for (const std::string_view text : texts) {
-    std::memcpy(m_held.get() + m_size, text.data(), text.size());
-    m_size += text.size();
+    m_size += text.copy(m_held.get() + m_size, text.size());
   }
 }
 
