@@ -26,6 +26,7 @@ struct Request {
   std::optional<std::string> type;        // --type
   std::optional<std::string> outputFile;  // -o
   std::optional<std::string> encoding;    // --encoding
+  std::optional<std::string> format;      // --format
   std::optional<std::string> fallback;    // --default
   std::optional<std::string> places;      // --in
   std::vector<std::string> values;        // VALUE...
@@ -35,6 +36,7 @@ struct Request {
   bool recursive = false;
   bool trace = false;
   bool asPatch = false;  // --patch
+  bool html = false;
   bool dryRun = false;
   bool lossy = false;
   bool null = false;  // -0

@@ -18,6 +18,7 @@ ExitCode copyKey(const Request& request, Output& output);
 ExitCode renameEntry(const Request& request, Output& output);
 ExitCode exportKey(const Request& request, Output& output);
 ExitCode importFile(const Request& request, Output& output);
+ExitCode mergeFiles(const Request& request, Output& output);
 ExitCode deleteEntry(const Request& request, Output& output);
 
 ExitCode checkStores(const Request& request, Output& output);

@@ -1,6 +1,8 @@
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
+#include "ltreg/commands/html_page.h"
 #include "ltreg/commands/read_key.h"
+#include "ltreg/registry/branch.h"
 #include "ltreg/registry/key_walk.h"
 
 namespace ltreg {
@@ -83,6 +85,14 @@ ExitCode listKey(const Request& request, Output& output) {
 
 ExitCode showTree(const Request& request, Output& output) {
   ReadKey key(request);
+  if (request.html) {
+    Branch branch;
+    walkKeys(key.session(), key.path(), [&](const std::string& path) {
+      branch.push_back({pathBelow(path, key.path()), key.session().values(path)});
+    });
+    showTreePage(output, {key.root(), key.path()}, branch);
+    return key.outcome();
+  }
   Json all = Json::array();
   walkKeys(key.session(), key.path(), [&](const std::string& path) {
     const std::string name = fullName(key.root(), path);

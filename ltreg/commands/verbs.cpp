@@ -4,6 +4,7 @@
 
 #include "ltreg/commands/commands.h"
 #include "ltreg/component/component_check.h"
+#include "ltreg/exchange/form.h"
 #include "ltreg/registry/value.h"
 
 namespace ltreg {
@@ -18,6 +19,10 @@ std::string faultOfType(const std::string& word) {
 
 std::string faultOfEncoding(const std::string& word) {
   return word == "utf8" || word == "utf16" ? std::string() : '\'' + word + "' is no encoding";
+}
+
+std::string faultOfFormat(const std::string& word) {
+  return formOfWord(word) ? std::string() : '\'' + word + "' is none of store, json and reg";
 }
 
 std::string faultOfShell(const std::string& word) {
@@ -49,6 +54,12 @@ const Parameter kNull{"-0,--null", "End each line with a NUL", &Request::null};
 const Parameter kClass{"CLASS", "The class's identifier", &Request::clsid, kRequired};
 const Parameter kLiteral{"--literal", "Take percent signs in KEY as they are", &Request::literal};
 const Parameter kJson{"--json", "Write JSON", &Request::json};
+const Parameter kHtml{"--html", "Write a page for a browser", &Request::html};
+const Parameter kDryRun{"-n,--dry-run", "Show what would change, and change nothing",
+                        &Request::dryRun};
+const Parameter kFormat{"--format", "store, json or reg; without it by the file", &Request::format,
+                        !kRequired, faultOfFormat};
+const Parameter kLossy{"--lossy", "Leave out what cannot be held there", &Request::lossy};
 const Parameter kTimeout{"--timeout",
                          "Seconds until a library that hangs is given up; 10 without it",
                          &Request::timeout};
@@ -58,7 +69,7 @@ const Parameter kTimeout{"--timeout",
 std::vector<Verb> allVerbs() {
   return {
       {"list", "Sub-keys, and values with type and text", listKey, {kKey, kNull, kJson, kLiteral}},
-      {"tree", "A key and all below it", showTree, {kKey, kJson, kLiteral}},
+      {"tree", "A key and all below it", showTree, {kKey, kJson, kHtml, kLiteral}},
       {"get",
        "One value, or several",
        getValues,
@@ -93,6 +104,7 @@ std::vector<Verb> allVerbs() {
          " link and type-N as well",
          &Request::type, !kRequired, faultOfType},
         {"VALUE", "The value; for a list, any number of items", &Request::values},
+        kDryRun,
         kLiteral}},
       {"delete",
        "Delete a value, or a key, and save",
@@ -100,38 +112,58 @@ std::vector<Verb> allVerbs() {
        {kKey,
         {"NAME", "The value; without it the key goes", &Request::name},
         {"-r,--recursive", "Delete the sub-keys, too", &Request::recursive},
+        kDryRun,
         kLiteral}},
       {"copy",
        "Copy a key and all below it, and save",
        copyKey,
-       {kKey, {"NEWKEY", "The key to make", &Request::target, kRequired}, kLiteral}},
+       {kKey, {"NEWKEY", "The key to make", &Request::target, kRequired}, kDryRun, kLiteral}},
       {"rename",
        "Rename a key or a value, and save",
        renameEntry,
        {kKey,
         {"NAMES", "The key's new last component; or the value and its new name", &Request::values},
+        kDryRun,
         kLiteral}},
       {"export",
-       "A key and all below it in the text form of other tools",
+       "A key and all below it, as a .reg text, JSON or the text of a store file",
        exportKey,
        {kKey,
         {"-o,--output", "The file to write, in place of standard output", &Request::outputFile},
-        {"--encoding", "utf16, which is usual, or utf8", &Request::encoding, !kRequired,
-         faultOfEncoding},
+        kFormat,
+        {"--encoding", "Of a .reg text: utf16, which is usual, or utf8", &Request::encoding,
+         !kRequired, faultOfEncoding},
+        kLossy,
         kLiteral}},
       {"import",
        "Set and delete what such a text says, and save once",
        importFile,
-       {{"FILE", "The file, in UTF-8 or UTF-16", &Request::file, kRequired},
-        {"-n,--dry-run", "Show what would change, and change nothing", &Request::dryRun},
-        {"--lossy", "Leave out what a store file cannot hold", &Request::lossy}}},
+       {{"FILE", "The file", &Request::file, kRequired},
+        {"KEY", "The root or key to take out of it; a root is needed for the text of a store file",
+         &Request::key},
+        kFormat,
+        kDryRun,
+        kLossy,
+        kLiteral}},
       {"diff",
        "What two keys, stores or exported texts do not have in common",
        showDifferences,
-       {{"A", "A key, a file, or old:ROOT or old:FILE for the version before", &Request::key,
-         kRequired},
+       {{"A",
+         "A key, a file, old:ROOT or old:FILE for the version before, os:KEY or file:KEY for a "
+         "backend",
+         &Request::key, kRequired},
         {"B", "What to compare it with, likewise", &Request::target, kRequired},
-        {"--patch", "Write what makes B out of A, for the import", &Request::asPatch}}},
+        {"--patch", "Write what makes B out of A, for the import", &Request::asPatch},
+        kJson,
+        kHtml}},
+      {"merge",
+       "Bring what two sides have changed together",
+       mergeFiles,
+       {{"BASE", "The file that both come from", &Request::file, kRequired},
+        {"OURS", "The one side, which the result replaces", &Request::key, kRequired},
+        {"THEIRS", "The other side", &Request::target, kRequired},
+        {"-o,--output", "The file to write, in place of OURS", &Request::outputFile},
+        kDryRun}},
       {"path", "The file that holds a root", showPath, {root(kRequired)}},
       {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
 

@@ -1,6 +1,7 @@
 #include <string>
 
 #include "ltreg/cli/shown_text.h"
+#include "ltreg/commands/changes_shown.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/registry/changes.h"
 #include "ltreg/registry/key_argument.h"
@@ -53,17 +54,16 @@ void deleteWholeKey(Session& session, const KeyArgument& key, bool recursive) {
 
 }  // namespace
 
-ExitCode setValue(const Request& request, Output& /*output*/) {
+ExitCode setValue(const Request& request, Output& output) {
   KeyArgument key = parseKey(*request.key);
   Session session(request, key, Access::kWrite);
   demandPlace(session, key.path, *request.name);
   const ValueType type = typeToSet(session, request, session.value(key.path, *request.name));
   putValue(session, key.path, *request.name, type, request.values);
-  session.save();
-  return ExitCode::kDone;
+  return conclude(request, output, session, key.root);
 }
 
-ExitCode deleteEntry(const Request& request, Output& /*output*/) {
+ExitCode deleteEntry(const Request& request, Output& output) {
   KeyArgument key = parseKey(*request.key);
   if (request.name && request.recursive) {
     throw Failure(ExitCode::kUsage,
@@ -75,8 +75,7 @@ ExitCode deleteEntry(const Request& request, Output& /*output*/) {
   } else {
     deleteWholeKey(session, key, request.recursive);
   }
-  session.save();
-  return ExitCode::kDone;
+  return conclude(request, output, session, key.root);
 }
 
 }  // namespace ltreg

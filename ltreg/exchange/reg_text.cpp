@@ -15,8 +15,7 @@ constexpr std::string_view kVersion5 = "Windows Registry Editor Version 5.00";
 constexpr std::string_view kVersion4 = "REGEDIT4";
 constexpr std::size_t kWidth = 80;  // of lines of hexadecimal digits, as other tools write them
 
-std::string inUtf8(const std::string& text) {
-  const std::string_view all = text;
+std::string inUtf8(std::string_view all) {
   if (all.starts_with("\xFF\xFE") || all.starts_with("\xFE\xFF")) {
     return utf8Of(all.substr(2), all.starts_with("\xFE\xFF"));
   }
@@ -207,6 +206,11 @@ class Reader {
     if (m_wide && (isText(type) || type == REG_MULTI_SZ)) {
       bytes = utf8Of(bytes);
     }
+    if (type == REG_MULTI_SZ) {
+      // However many terminators stand at the end, they are no items.
+      bytes.resize(bytes.find_last_not_of('\0') + 1);
+      bytes.append(bytes.empty() ? 1 : 2, '\0');
+    }
     return asRead(type, std::move(bytes), false);
   }
 
@@ -314,7 +318,7 @@ std::string writeRegText(const Document& document) {
   return text + "\r\n";
 }
 
-bool looksLikeRegText(const std::string& text) {
+bool looksLikeRegText(std::string_view text) {
   const std::string start = inUtf8(text.substr(0, 100));
   return start.starts_with(kVersion5) || start.starts_with(kVersion4);
 }

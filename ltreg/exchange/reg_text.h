@@ -20,7 +20,7 @@ namespace ltreg {
 [[nodiscard]] std::string writeRegText(const Document& document);
 
 /// Whether the first line is that of this form.
-[[nodiscard]] bool looksLikeRegText(const std::string& text);
+[[nodiscard]] bool looksLikeRegText(std::string_view text);
 
 }  // namespace ltreg
 

@@ -53,6 +53,15 @@ void appendUtf8(std::string& out, char32_t code) {
 
 }  // namespace
 
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    if (!takeUtf8(text)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::optional<std::string> utf16Of(std::string_view utf8) {
   std::string out;
   while (!utf8.empty()) {

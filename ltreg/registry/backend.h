@@ -13,12 +13,12 @@ namespace ltreg {
 /// registry. Throws Failure where the system has no registry of its own.
 void chooseBackend(const Request& request);
 
-/// The manager that all programs get or that --backend names, or with --store the file backend,
-/// which needs no marker.
+/// The manager that all programs get, or that --backend names, be it of this process or of one side
+/// of a comparison; or with --store the file backend, which needs no marker.
 class Backend {
  public:
   /// With --store the store becomes the root's file in this process. Throws Failure for a store
-  /// without a name.
+  /// without a name, and for the registry of a system that has none.
   Backend(const Request& request, enumRegRoot root);
 
   [[nodiscard]] QSRegistryManagerImpl& manager() const { return *m_manager; }

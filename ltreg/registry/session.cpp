@@ -23,11 +23,6 @@ bool isShallow(const std::string& path) {
   return path.find('\\') == std::string::npos;
 }
 
-bool contains(const std::vector<std::string>& names, std::string_view name) {
-  return std::any_of(names.begin(), names.end(),
-                     [&](const std::string& one) { return sameName(one, name); });
-}
-
 // What the backend does not enumerate comes from the report, which is of the very file that was loaded.
 std::vector<std::string> shallowSubKeys(const LTLib::StoreReport& report, const std::string& path) {
   std::vector<std::string> names;
@@ -50,6 +45,9 @@ std::vector<std::string> shallowSubKeys(const LTLib::StoreReport& report, const 
 Session::Session(const Request& request, KeyArgument& key, Access access)
     : m_backend(request, key.root), m_root(key.root) {
   const bool holdsVariables = m_root == REG_ROOT_LOCAL_MACHINE;
+  if (request.dryRun) {
+    m_rehearsal.emplace();
+  }
   const bool hasReferences = key.path.find('%') != std::string::npos && !request.literal;
   if (hasReferences && !holdsVariables) {
     demandPublicVariables();
@@ -136,7 +134,8 @@ bool Session::keyExists(const std::string& path) {
     return failure == kDone;
   }
   return path.empty() ? m_report.exists
-                      : contains(subKeys(std::string(parentPath(path))), lastComponent(path));
+                      : m_knownKeys.contains(
+                            path, [&](const std::string& parent) { return subKeys(parent); });
 }
 
 // One complaint for each key, though its sub-keys are asked for as well as its values.
@@ -184,6 +183,10 @@ std::vector<NamedValue> Session::values(const std::string& path) {
 }
 
 std::optional<Value> Session::value(const std::string& path, const std::string& name) {
+  if (const std::optional<NamedValue>* rehearsed =
+          m_rehearsal ? m_rehearsal->value(path, name) : nullptr) {
+    return *rehearsed ? std::optional((*rehearsed)->value) : std::nullopt;
+  }
   // Every open succeeds on files, so that only the parents' lists tell whether a key is there.
   // Reading a value of an absent key would add that key to the tree.
   if (!keyExists(path)) {
@@ -197,26 +200,68 @@ std::optional<Value> Session::value(const std::string& path, const std::string& 
   return failure == kDone ? std::optional(std::move(found)) : std::nullopt;
 }
 
+// What the tree in memory is made to hold shows whether a store file can hold it; the operating
+// system's registry would keep it at once.
+void Session::rehearseKey(const std::string& path, bool isThere) {
+  m_rehearsal->noteKey(path, m_rehearsal->knows(path) || keyExists(path), isThere);
+}
+
 void Session::makeKey(const std::string& path) {
-  if (!onFiles() && !path.empty()) {
-    demandDone(noteChange(open(path, KeyUse::kMake).failure()),
-               "making the key " + inQuotes(fullName(m_root, path)));
+  if (onFiles() || path.empty()) {
+    return;
   }
+  if (m_rehearsal) {
+    rehearseKey(path, true);
+    return;
+  }
+  demandDone(noteChange(open(path, KeyUse::kMake).failure()),
+             "making the key " + inQuotes(fullName(m_root, path)));
 }
 
 int Session::setValue(const std::string& path, const std::string& name, unsigned int type,
                       const std::string& bytes) {
-  return noteChange(open(path, KeyUse::kMake).setValue(name, type, bytes));
+  if (m_rehearsal) {
+    rehearseKey(path, true);
+    m_rehearsal->noteValue(path, name, value(path, name), asRead(type, bytes, onFiles()));
+    if (!onFiles()) {
+      return kDone;
+    }
+  }
+  const int result = noteChange(open(path, KeyUse::kMake).setValue(name, type, bytes));
+  if (result == kDone) {
+    m_knownKeys.add(path);
+  }
+  return result;
 }
 
 int Session::deleteValue(const std::string& path, const std::string& name) {
+  if (m_rehearsal) {
+    rehearseKey(path, true);
+    m_rehearsal->noteValue(path, name, value(path, name), std::nullopt);
+    if (!onFiles()) {
+      return kDone;
+    }
+  }
   return noteChange(open(path, KeyUse::kChange).deleteValue(name));
 }
 
 int Session::deleteKey(const std::string& path) {
+  if (m_rehearsal) {
+    rehearseKey(path, false);
+    for (NamedValue& value : values(path)) {
+      m_rehearsal->noteValue(path, value.name, std::move(value.value), std::nullopt);
+    }
+    if (!onFiles()) {
+      return kDone;
+    }
+  }
   // By the root and the whole path, since the file backend opens nothing relative to an open key.
-  return noteChange(
+  const int result = noteChange(
       m_backend.manager().regDeleteKey(LTLib::predefinedRootHandle(m_root), path.c_str()));
+  if (result == kDone) {
+    m_knownKeys.remove(path);
+  }
+  return result;
 }
 
 int Session::noteChange(int result) {
@@ -225,9 +270,16 @@ int Session::noteChange(int result) {
 }
 
 void Session::save() {
-  if (m_changed && m_backend.manager().saveConfiguration(m_root) != 0) {
+  if (m_changed && !m_rehearsal && m_backend.manager().saveConfiguration(m_root) != 0) {
     throw Failure(ExitCode::kStoreFailed,
                   escapeControls(LTLib::lastStoreFailure()) + "; it was left as it was");
+  }
+}
+
+void Session::saveTo(const std::string& pathname) const {
+  std::string copy = pathname;
+  if (m_backend.manager().saveConfiguration(m_root, copy) != 0) {
+    throw Failure(ExitCode::kStoreFailed, escapeControls(LTLib::lastStoreFailure()));
   }
 }
 

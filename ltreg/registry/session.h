@@ -12,6 +12,8 @@
 #include "ltreg/registry/backend.h"
 #include "ltreg/registry/key_argument.h"
 #include "ltreg/registry/key_handle.h"
+#include "ltreg/registry/known_keys.h"
+#include "ltreg/registry/rehearsal.h"
 #include "ltreg/registry/value.h"
 
 namespace ltreg {
@@ -52,8 +54,18 @@ class Session {
   [[nodiscard]] int deleteKey(const std::string& path);
 
   /// Saves if anything was changed: a save of the same text would put the version before out of
-  /// reach. Throws Failure if that is impossible; the store file is then as it was.
+  /// reach. Throws Failure if that is impossible; the store file is then as it was. With --dry-run
+  /// nothing is saved.
   void save();
+
+  /// The changes so far; none unless the request has --dry-run, with which they reach no registry.
+  [[nodiscard]] const Rehearsal* rehearsal() const { return m_rehearsal ? &*m_rehearsal : nullptr; }
+
+  /// Writes the root as it is now to another store file. Requires: it lies in one.
+  void saveTo(const std::string& pathname) const;
+
+  /// What the check of the store file has found.
+  [[nodiscard]] const LTLib::StoreReport& report() const { return m_report; }
 
   /// Ends a command for a key or value that is not there.
   [[noreturn]] void throwAbsent(const std::string& what) const;
@@ -65,6 +77,7 @@ class Session {
   void complainOfWarnings() const;
   void complainOfKey(const std::string& path, int failure);
   [[nodiscard]] int noteChange(int result);
+  void rehearseKey(const std::string& path, bool isThere);
   [[nodiscard]] KeyHandle open(const std::string& path, KeyUse use = KeyUse::kRead) const;
 
   Backend m_backend;
@@ -72,6 +85,8 @@ class Session {
   std::string m_pathname;  // empty unless the root lies in a store file
   std::unique_ptr<LTLib::StoreGuard> m_guard;
   LTLib::StoreReport m_report;
+  KnownKeys m_knownKeys;  // on files
+  std::optional<Rehearsal> m_rehearsal;
   bool m_changed = false;
   bool m_sawAll = true;
   std::string m_unreadable;  // the last key that was complained of

@@ -1,5 +1,6 @@
 #include "ltreg/registry/text_file.h"
 
+#include <cerrno>
 #include <exception>
 #include <fstream>
 #include <iterator>

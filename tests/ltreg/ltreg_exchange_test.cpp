@@ -101,10 +101,11 @@ TEST_F(LtregExchange, TellsWhatAStoreFileCannotHold) {
                      "[HKLM\\A\\B]\n\"q\"=hex(b):1,2,3,4,5,6,7,8\n\"z\"=hex:41,00,42\n"
                      "\"n\"=dword:2\n[HKLM\\T]\n\"n\"=dword:2\n\"l\"=hex(7):2c,00,00,00,00,00\n");
   for (const char* why : {":4: the value 'q' is of the type qword", ":5: the value 'z' holds a NUL",
-                          ":8: a key right below", "cannot hold 4 values"}) {
+                          ":8: a key right below", "cannot hold 4 entries"}) {
     fails(3, "import in.reg", why, kOne);
   }
-  const std::string set = "set\tHKEY_LOCAL_MACHINE\\A\\B\tn\tulong\t2\n";
+  const std::string set =
+      "-\tHKEY_LOCAL_MACHINE\\A\\B\tn\tulong\t1\n+\tHKEY_LOCAL_MACHINE\\A\\B\tn\tulong\t2\n";
   fails(0, "import in.reg --lossy -n", ":8: ", kOne, set);
   EXPECT_EQ(run("import in.reg --lossy").exitCode, 0);
   EXPECT_EQ(store(), holding("\"n\"=ulong:2"));
