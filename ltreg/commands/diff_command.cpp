@@ -92,7 +92,7 @@ Branch readFile(Side& side, const KeyArgument& top) {
   std::string text = readTextFile(side.file);
   const Form form = guessForm(text, side.file);
   side.onFiles = form == Form::kStore;
-  return branchOf(partOf(readForm(form, std::move(text), side.file), top), top.path);
+  return readKeyIn(form, std::move(text), side.file, top);
 }
 
 // Below which key of a file to look: that of the key on the other side.

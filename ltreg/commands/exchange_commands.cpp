@@ -28,13 +28,18 @@ class Import {
   // Complains of all that the backend cannot hold. Throws Failure if there is any, unless it may be
   // left out.
   void judge(const Document& document) {
+    std::unordered_set<std::string> filled;
     for (const KeyEntry& entry : document) {
       for (const ValueEntry& value : entry.values) {
-        noteLoss(value.line, whyNotHeld(entry, value));
+        if (const std::string why = whyNotHeld(entry, value); !why.empty()) {
+          noteLoss(value.line, why);
+        } else {
+          noteFilled(entry.key.path, filled);
+        }
       }
     }
     if (m_session.onFiles()) {
-      judgeEmptyKeys(document);
+      judgeEmptyKeys(document, filled);
     }
     if (m_lost != 0 && !m_lossy) {
       throw Failure(ExitCode::kBadInput,
@@ -61,29 +66,24 @@ class Import {
 
  private:
   void noteLoss(std::size_t line, const std::string& why) {
-    if (!why.empty()) {
-      complain(placeIn(m_source, line) + why);
-      ++m_lost;
+    complain(placeIn(m_source, line) + why);
+    ++m_lost;
+  }
+
+  static void noteFilled(std::string_view path, std::unordered_set<std::string>& filled) {
+    while (!path.empty() && filled.insert(foldedName(path)).second) {
+      path = parentPath(path);
     }
   }
 
   // A store file holds a key for the sake of its values.
-  void judgeEmptyKeys(const Document& document) {
-    std::unordered_set<std::string> filled;
-    for (const KeyEntry& entry : document) {
-      if (!entry.values.empty()) {
-        for (std::string_view path = entry.key.path;
-             !path.empty() && filled.insert(foldedName(path)).second;) {
-          path = parentPath(path);
-        }
-      }
-    }
+  void judgeEmptyKeys(const Document& document, std::unordered_set<std::string>& filled) {
     for (const KeyEntry& entry : document) {
       const std::string& path = entry.key.path;
       if (!entry.deleted && !path.empty() && filled.insert(foldedName(path)).second &&
           !m_session.keyExists(path)) {
         noteLoss(entry.line, "the key " + inQuotes(path) +
-                                 " holds no value, and a store file holds no such key");
+                                 " would hold no value, and a store file holds no such key");
       }
     }
   }

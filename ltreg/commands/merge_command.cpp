@@ -42,10 +42,11 @@ Export exportIn(Form form, std::string text, const std::string& file) {
   return read;
 }
 
-Export exportIn(const std::string& file) {
+Branch contentOf(const std::string& file) {
   std::string text = readTextFile(file);
   const Form form = guessForm(text, file);
-  return exportIn(form, std::move(text), file);
+  return form == Form::kStore ? readKeyIn(form, std::move(text), file, {})
+                              : exportIn(form, std::move(text), file).content;
 }
 
 // Finds values by key and name.
@@ -77,32 +78,37 @@ bool areSame(const NamedValue* one, const std::optional<NamedValue>& other) {
   return one != nullptr && other ? sameValue(one->value, other->value) : !one && !other;
 }
 
-// Sorts the changes of their side into those that our side can take and those that it has made
+// Finds those changes of their side that our side can take, and tells those that it has made
 // otherwise.
 class Merge {
  public:
   Merge(Output& output, enumRegRoot root, const Branch& ours)
       : m_output(output), m_root(root), m_ours(ours) {}
 
-  // The changes of theirs that our side takes.
-  Difference sort(Difference theirs) {
+  Difference take(Difference theirs) {
     for (KeyDifference& key : theirs) {
-      std::erase_if(key.values, [&](const ValueDifference& change) {
-        const std::string& name = (change.before ? change.before : change.after)->name;
-        const NamedValue* ours = m_ours.find(key.below, name);
-        const bool isConflict = !areSame(ours, change.before) && !areSame(ours, change.after);
-        if (isConflict) {
-          tell(key.below, name, change, ours);
-        }
-        return isConflict;
-      });
+      std::erase_if(key.values,
+                    [&](const ValueDifference& change) { return !takes(key.below, change); });
     }
     return theirs;
   }
 
-  [[nodiscard]] bool hasConflicts() const { return m_hasConflicts; }
+  [[nodiscard]] ExitCode outcome() const {
+    return m_hasConflicts ? ExitCode::kConflict : ExitCode::kDone;
+  }
 
  private:
+  bool takes(const std::string& below, const ValueDifference& change) {
+    const std::string& name = (change.before ? change.before : change.after)->name;
+    const NamedValue* ours = m_ours.find(below, name);
+    const bool isDone = areSame(ours, change.after);
+    const bool isConflict = !isDone && !areSame(ours, change.before);
+    if (isConflict) {
+      tell(below, name, change, ours);
+    }
+    return !isDone && !isConflict;
+  }
+
   void tell(const std::string& below, const std::string& name, const ValueDifference& change,
             const NamedValue* ours) {
     m_hasConflicts = true;
@@ -169,8 +175,11 @@ void carryOut(Session& session, const Difference& difference) {
   }
 }
 
-// In the encoding that the text had.
-std::string regTextLike(const std::string& text, const Document& document) {
+// In the form and the encoding that the text had.
+std::string textLike(const std::string& text, Form form, const Document& document) {
+  if (form == Form::kJson) {
+    return writeJsonText(document);
+  }
   std::string written = writeRegText(document);
   const bool wide = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
   const std::optional<std::string> units = wide ? utf16Of(written) : std::nullopt;
@@ -187,32 +196,36 @@ ExitCode mergeFiles(const Request& request, Output& output) {
   Export ours;
   if (form == Form::kStore) {
     store.emplace(text, file);
-    ours.content = store->content();
+    ours.content = store->content("");
   } else {
     ours = exportIn(form, text, file);
   }
-  Difference theirs =
-      differenceOf(exportIn(*request.file).content, exportIn(*request.target).content);
   Merge merge(output, ours.root, ours.content);
-  Difference changes = merge.sort(std::move(theirs));
-  Branch merged = applied(ours.content, std::move(changes));
-  const Difference difference = differenceOf(std::move(ours.content), merged);
+  Difference changes =
+      merge.take(differenceOf(contentOf(*request.file), contentOf(*request.target)));
+  Branch merged;
+  if (store) {
+    // There are no keys without values.
+    std::erase_if(changes, [](const KeyDifference& key) { return key.values.empty(); });
+  } else {
+    merged = applied(ours.content, std::move(changes));
+    changes = differenceOf(std::move(ours.content), merged);
+  }
   if (request.dryRun) {
-    showDifference(request, output, {ours.root, ""}, difference, nameInBackend("", true));
-  } else if (!difference.empty() || request.outputFile) {
-    std::string result;
-    if (difference.empty()) {
-      result = text;
-    } else if (store) {
-      carryOut(store->session(), difference);
-      result = store->text();
-    } else {
-      const Document document = documentOf({ours.root, ""}, std::move(merged));
-      result = form == Form::kJson ? writeJsonText(document) : regTextLike(text, document);
-    }
+    showDifference(request, output, {ours.root, ""}, changes, nameInBackend("", true));
+    return merge.outcome();
+  }
+  std::string result = text;
+  if (!changes.empty() && store) {
+    carryOut(store->session(), changes);
+    result = store->text();
+  } else if (!changes.empty()) {
+    result = textLike(text, form, documentOf({ours.root, ""}, std::move(merged)));
+  }
+  if (!changes.empty() || request.outputFile) {
     writeTextFile(request.outputFile.value_or(file), result);
   }
-  return merge.hasConflicts() ? ExitCode::kConflict : ExitCode::kDone;
+  return merge.outcome();
 }
 
 }  // namespace ltreg

@@ -60,11 +60,17 @@ Document readForm(Form form, std::string text, const std::string& file) {
     case Form::kJson:
       return readJsonText(text, file);
     case Form::kReg:
-      return readRegText(text, file);
+      return readRegText(std::move(text), file);
     case Form::kStore:
       break;
   }
-  return documentOf({}, StoreText(std::move(text), file).content());
+  return documentOf({}, StoreText(std::move(text), file).content(""));
+}
+
+Branch readKeyIn(Form form, std::string text, const std::string& file, const KeyArgument& top) {
+  return form == Form::kStore
+             ? StoreText(std::move(text), file).content(top.path)
+             : branchOf(partOf(readForm(form, std::move(text), file), top), top.path);
 }
 
 }  // namespace ltreg

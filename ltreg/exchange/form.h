@@ -29,6 +29,11 @@ enum class Form {
 /// Reads a text. `file` is for messages. Throws Failure at the first line that makes no sense.
 [[nodiscard]] Document readForm(Form form, std::string text, const std::string& file);
 
+/// As readForm, and gives what the text makes of a key out of nothing, whatever the text's root is if
+/// it names but one.
+[[nodiscard]] Branch readKeyIn(Form form, std::string text, const std::string& file,
+                               const KeyArgument& top);
+
 }  // namespace ltreg
 
 #endif  // LTREG_EXCHANGE_FORM_H

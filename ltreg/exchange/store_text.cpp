@@ -52,6 +52,10 @@ StoreText::StoreText(std::string text, const std::string& file) {
   }
 }
 
+Branch StoreText::content(const std::string& path) {
+  return m_session->keyExists(path) ? readContent(*m_session, path) : Branch();
+}
+
 std::string StoreText::text() const {
   return savedBy(*m_session, m_folder);
 }

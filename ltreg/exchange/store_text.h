@@ -22,7 +22,8 @@ class StoreText {
   /// Where it can be read and changed.
   [[nodiscard]] Session& session() { return *m_session; }
 
-  [[nodiscard]] Branch content() { return readContent(session(), ""); }
+  /// What lies at and below a path; nothing where there is no such key.
+  [[nodiscard]] Branch content(const std::string& path);
 
   /// The text as a save writes it.
   [[nodiscard]] std::string text() const;
