@@ -39,6 +39,7 @@ struct Request {
   bool html = false;
   bool dryRun = false;
   bool lossy = false;
+  bool force = false;
   bool null = false;  // -0
   bool glob = false;
   bool regex = false;

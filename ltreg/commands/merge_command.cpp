@@ -186,6 +186,16 @@ std::string textLike(const std::string& text, Form form, const Document& documen
   return units ? "\xFF\xFE" + *units : "\xEF\xBB\xBF" + written;
 }
 
+void demandWholeStore(const Request& request, const StoreText& store) {
+  if (const std::size_t dropped = store.droppedLines(); dropped != 0 && !request.force) {
+    throw Failure(ExitCode::kBadInput,
+                  inQuotes(*request.key) + " has " + std::to_string(dropped) +
+                      (dropped == 1 ? " line" : " lines") +
+                      ", such as comments, that the merged store would lose; nothing was changed;"
+                      " --force lets them go");
+  }
+}
+
 }  // namespace
 
 ExitCode mergeFiles(const Request& request, Output& output) {
@@ -217,6 +227,7 @@ ExitCode mergeFiles(const Request& request, Output& output) {
   }
   std::string result = text;
   if (!changes.empty() && store) {
+    demandWholeStore(request, *store);
     carryOut(store->session(), changes);
     result = store->text();
   } else if (!changes.empty()) {

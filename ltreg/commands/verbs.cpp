@@ -163,7 +163,8 @@ std::vector<Verb> allVerbs() {
         {"OURS", "The one side, which the result replaces", &Request::key, kRequired},
         {"THEIRS", "The other side", &Request::target, kRequired},
         {"-o,--output", "The file to write, in place of OURS", &Request::outputFile},
-        kDryRun}},
+        kDryRun,
+        {"--force", "Let go of comments, which no store keeps that is saved", &Request::force}}},
       {"path", "The file that holds a root", showPath, {root(kRequired)}},
       {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
 

@@ -25,6 +25,21 @@ std::string aboutFile(std::string message, const std::string& scratch, const std
   return message;
 }
 
+// Comments, which load without a word, and are gone behind the next save.
+std::size_t commentsIn(std::string_view text) {
+  std::size_t comments = 0;
+  bool continues = false;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size() - 1);
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(end + 1);
+    line.remove_suffix(line.ends_with('\r') ? 1 : 0);
+    comments += !continues && !line.empty() && line[0] != '[' && line[0] != '"' ? 1 : 0;
+    continues = line.ends_with('\\');
+  }
+  return comments;
+}
+
 std::string savedBy(const Session& session, const ScratchFolder& folder) {
   const std::string pathname = folder.file(kSaved);
   session.saveTo(pathname);
@@ -38,6 +53,7 @@ StoreText::StoreText(std::string text, const std::string& file) {
   request.store = m_folder.file(kLoaded);
   request.quiet = true;
   writeTextFile(*request.store, text);
+  m_droppedLines = commentsIn(text);
   text = {};
   KeyArgument key{takeSpareRoot(), ""};
   try {
@@ -46,7 +62,7 @@ StoreText::StoreText(std::string text, const std::string& file) {
     throw Failure(failure.code(), aboutFile(failure.what(), *request.store, file));
   }
   const LTLib::StoreReport& report = m_session->report();
-  m_droppedLines = report.warningCount;
+  m_droppedLines += report.warningCount;
   for (std::size_t i = 0; i < std::min(report.warnings.size(), kMostComplaints); ++i) {
     complain("warning: " + placeOf(file, report.warnings[i]));
   }

@@ -28,7 +28,7 @@ class StoreText {
   /// The text as a save writes it.
   [[nodiscard]] std::string text() const;
 
-  /// How many lines of the text it was made of a save drops.
+  /// How many lines of the text that it was made of no save keeps, comments among them.
   [[nodiscard]] std::size_t droppedLines() const { return m_droppedLines; }
 
  private:

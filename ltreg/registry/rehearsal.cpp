@@ -1,6 +1,7 @@
 #include "ltreg/registry/rehearsal.h"
 
 #include "ltreg/cli/shown_text.h"
+#include "ltreg/registry/key_argument.h"
 
 namespace ltreg {
 namespace {
@@ -22,6 +23,13 @@ void Rehearsal::noteKey(const std::string& path, bool wasThere, bool isThere) {
     m_keys.push_back({path, wasThere, isThere, {}});
   }
   m_keys[found->second.key].isThere = isThere;
+  // A key comes with its parents.
+  for (std::string_view parent = parentPath(path); isThere && !parent.empty();
+       parent = parentPath(parent)) {
+    if (const auto known = m_places.find(foldedName(parent)); known != m_places.end()) {
+      m_keys[known->second.key].isThere = true;
+    }
+  }
 }
 
 void Rehearsal::noteValue(const std::string& path, const std::string& name,
