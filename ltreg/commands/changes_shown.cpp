@@ -1,11 +1,15 @@
 #include "ltreg/commands/changes_shown.h"
 
+#include <cstdint>
+
 #include "ltreg/cli/json.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/registry/branch.h"
 
 namespace ltreg {
 namespace {
+
+constexpr std::uint64_t kVersion = 1;  // of the schema
 
 class Lines {
  public:
@@ -70,7 +74,7 @@ void showDifference(const Request& request, Output& output, const KeyArgument& t
     }
   }
   if (request.json) {
-    output.line(all.text());
+    output.line(Json().with("version", kVersion).with("differences", std::move(all)).text());
   }
 }
 

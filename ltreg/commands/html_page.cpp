@@ -32,7 +32,7 @@ input { font: inherit; width: min(30em, 100%); padding: .3em .5em; }
 details details, table { margin-left: 1.2em; }
 summary { cursor: pointer; overflow-wrap: anywhere; }
 table { border-collapse: collapse; margin-bottom: .4em; }
-td, th { text-align: left; vertical-align: top; padding: .1em .8em .1em 0;
+td, th { text-align: left; vertical-align: top; padding: .1em .8em .1em .3em;
          border-bottom: 1px solid var(--line); }
 td { white-space: pre-wrap; overflow-wrap: anywhere; unicode-bidi: isolate;
      font-family: ui-monospace, monospace; }

@@ -296,11 +296,12 @@ TEST_F(LtregExchange, ComparesAndMakesTheOneOutOfTheOther) {
   changes("import patch.reg", one,
           "[A\\B]\n\"n\"=ulong:2\n\"t\"=string:\"x\"\n\n[A\\B\\E]\n\"n\"=ulong:1\n\n");
   EXPECT_EQ(run("diff old:HKLM one.cfg").exitCode, 0);
-  fails(1, "diff HKLM two.cfg --json", "", holding("\"n\"=ulong:2\n\"t\"=string:\"y\""),
-        R"([{"key": "HKEY_LOCAL_MACHINE\\A\\B","change": "changed","values": [{"name": "t",)"
-        R"("before": {"type": "string","value": "y"},"after": {"type": "string","value": "x"}}]},)"
-        R"({"key": "HKEY_LOCAL_MACHINE\\A\\B\\E","change": "added","values": [{"name": "n",)"
-        R"("before": null,"after": {"type": "ulong","value": 1}}]}])");
+  fails(
+      1, "diff HKLM two.cfg --json", "", holding("\"n\"=ulong:2\n\"t\"=string:\"y\""),
+      R"({"version": 1,"differences": [{"key": "HKEY_LOCAL_MACHINE\\A\\B","change": "changed","values": [{"name": "t",)"
+      R"("before": {"type": "string","value": "y"},"after": {"type": "string","value": "x"}}]},)"
+      R"({"key": "HKEY_LOCAL_MACHINE\\A\\B\\E","change": "added","values": [{"name": "n",)"
+      R"("before": null,"after": {"type": "ulong","value": 1}}]}]})");
 }
 
 }  // namespace
