@@ -1,5 +1,6 @@
 #include "ltreg/exchange/json_text.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -55,6 +56,9 @@ class Reader {
 
   Document read() {
     const auto take = [this](int depth, Node::parse_event_t event, Node& node) {
+      if (event == Node::parse_event_t::object_start && depth == kKeyDepth) {
+        m_keyLine = m_line;
+      }
       return event != Node::parse_event_t::object_end || takeObject(depth, node);
     };
     Node all;
@@ -62,9 +66,9 @@ class Reader {
       all = Node::parse(CountingIterator(m_text.data(), &m_line),
                         CountingIterator(m_text.data() + m_text.size(), &m_line), take);
     } catch (const Node::parse_error& error) {
-      // Its own count of lines and columns is of no file.
+      // In front of the colon stands its own count of lines and columns.
       const std::string what = error.what();
-      bad("no JSON: " + what.substr(std::min(what.rfind(": ") + 2, what.size())));
+      bad("no JSON: " + escapeControls(what.substr(std::min(what.find(": ") + 2, what.size()))));
     }
     if (!all.is_object() || !all.contains("keys")) {
       bad("no export of ltreg: there is no array \"keys\"");
@@ -118,7 +122,7 @@ class Reader {
 
   void takeKey(const Node& node) {
     KeyEntry entry;
-    entry.line = m_line;
+    entry.line = m_keyLine;
     entry.deleted = isDeletion(node);
     const std::string name = textOf(member(node, "key"));
     try {
@@ -204,6 +208,7 @@ class Reader {
   const std::string& m_text;
   const std::string& m_file;
   std::size_t m_line = 1;
+  std::size_t m_keyLine = 1;         // where the key began
   std::vector<ValueEntry> m_values;  // of the key that has not ended
   Document m_document;
 };
