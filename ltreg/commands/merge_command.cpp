@@ -175,66 +175,91 @@ void carryOut(Session& session, const Difference& difference) {
   }
 }
 
-// In the form and the encoding that the text had.
-std::string textLike(const std::string& text, Form form, const Document& document) {
-  if (form == Form::kJson) {
-    return writeJsonText(document);
+// The side that the changes come into.
+class OurSide {
+ public:
+  explicit OurSide(const std::string& file)
+      : m_file(file), m_text(readTextFile(file)), m_form(guessForm(m_text, file)) {
+    if (m_form == Form::kStore) {
+      m_store.emplace(m_text, file);
+      m_export.content = m_store->content("");
+    } else {
+      m_export = exportIn(m_form, m_text, file);
+    }
   }
-  std::string written = writeRegText(document);
-  const bool wide = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
-  const std::optional<std::string> units = wide ? utf16Of(written) : std::nullopt;
-  return units ? "\xFF\xFE" + *units : "\xEF\xBB\xBF" + written;
-}
 
-void demandWholeStore(const Request& request, const StoreText& store) {
-  if (const std::size_t dropped = store.droppedLines(); dropped != 0 && !request.force) {
-    throw Failure(ExitCode::kBadInput,
-                  inQuotes(*request.key) + " has " + std::to_string(dropped) +
-                      (dropped == 1 ? " line" : " lines") +
-                      ", such as comments, that the merged store would lose; nothing was changed;"
-                      " --force lets them go");
+  [[nodiscard]] enumRegRoot root() const { return m_export.root; }
+  [[nodiscard]] const Branch& content() const { return m_export.content; }
+
+  // Takes changes up, and gives what becomes different.
+  Difference take(Difference changes) {
+    if (m_store) {
+      // There are no keys without values.
+      std::erase_if(changes, [](const KeyDifference& key) { return key.values.empty(); });
+      return changes;
+    }
+    Branch before = m_export.content;
+    m_export.content = applied(before, std::move(changes));
+    return differenceOf(std::move(before), m_export.content);
   }
-}
+
+  // The text with what became different. Throws Failure where it would lose lines.
+  [[nodiscard]] std::string textWith(const Difference& difference, bool force) {
+    if (difference.empty()) {
+      return m_text;
+    }
+    if (!m_store) {
+      return exportedText();
+    }
+    if (!force) {
+      demandNothingLost();
+    }
+    carryOut(m_store->session(), difference);
+    return m_store->text();
+  }
+
+ private:
+  // In the form and the encoding that the text had.
+  [[nodiscard]] std::string exportedText() const {
+    const Document document = documentOf({m_export.root, ""}, m_export.content);
+    if (m_form == Form::kJson) {
+      return writeJsonText(document);
+    }
+    const std::string written = writeRegText(document);
+    const bool wide = m_text.starts_with("\xFF\xFE") || m_text.starts_with("\xFE\xFF");
+    const std::optional<std::string> units = wide ? utf16Of(written) : std::nullopt;
+    return units ? "\xFF\xFE" + *units : "\xEF\xBB\xBF" + written;
+  }
+
+  void demandNothingLost() const {
+    if (const std::size_t dropped = m_store->droppedLines(); dropped != 0) {
+      throw Failure(ExitCode::kBadInput,
+                    inQuotes(m_file) + " has " + std::to_string(dropped) +
+                        (dropped == 1 ? " line" : " lines") +
+                        ", such as comments, that the merged store would lose; nothing was changed;"
+                        " --force lets them go");
+    }
+  }
+
+  std::string m_file;
+  std::string m_text;
+  Form m_form;
+  Export m_export;
+  std::optional<StoreText> m_store;
+};
 
 }  // namespace
 
 ExitCode mergeFiles(const Request& request, Output& output) {
-  const std::string& file = *request.key;
-  const std::string text = readTextFile(file);
-  const Form form = guessForm(text, file);
-  std::optional<StoreText> store;
-  Export ours;
-  if (form == Form::kStore) {
-    store.emplace(text, file);
-    ours.content = store->content("");
-  } else {
-    ours = exportIn(form, text, file);
-  }
-  Merge merge(output, ours.root, ours.content);
-  Difference changes =
-      merge.take(differenceOf(contentOf(*request.file), contentOf(*request.target)));
-  Branch merged;
-  if (store) {
-    // There are no keys without values.
-    std::erase_if(changes, [](const KeyDifference& key) { return key.values.empty(); });
-  } else {
-    merged = applied(ours.content, std::move(changes));
-    changes = differenceOf(std::move(ours.content), merged);
-  }
+  OurSide ours(*request.key);
+  Merge merge(output, ours.root(), ours.content());
+  const Difference difference =
+      ours.take(merge.take(differenceOf(contentOf(*request.file), contentOf(*request.target))));
   if (request.dryRun) {
-    showDifference(request, output, {ours.root, ""}, changes, nameInBackend("", true));
-    return merge.outcome();
-  }
-  std::string result = text;
-  if (!changes.empty() && store) {
-    demandWholeStore(request, *store);
-    carryOut(store->session(), changes);
-    result = store->text();
-  } else if (!changes.empty()) {
-    result = textLike(text, form, documentOf({ours.root, ""}, std::move(merged)));
-  }
-  if (!changes.empty() || request.outputFile) {
-    writeTextFile(request.outputFile.value_or(file), result);
+    showDifference(request, output, {ours.root(), ""}, difference, nameInBackend("", true));
+  } else if (!difference.empty() || request.outputFile) {
+    writeTextFile(request.outputFile.value_or(*request.key),
+                  ours.textWith(difference, request.force));
   }
   return merge.outcome();
 }

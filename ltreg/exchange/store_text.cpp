@@ -62,7 +62,11 @@ StoreText::StoreText(std::string text, const std::string& file) {
     throw Failure(failure.code(), aboutFile(failure.what(), *request.store, file));
   }
   const LTLib::StoreReport& report = m_session->report();
-  m_droppedLines += report.warningCount;
+  using Kind = LTLib::StoreFaultKind;
+  m_droppedLines += static_cast<std::size_t>(
+      std::count_if(report.warnings.begin(), report.warnings.end(), [](const auto& warning) {
+        return warning.kind == Kind::kDroppedLine || warning.kind == Kind::kNoKey;
+      }));
   for (std::size_t i = 0; i < std::min(report.warnings.size(), kMostComplaints); ++i) {
     complain("warning: " + placeOf(file, report.warnings[i]));
   }
