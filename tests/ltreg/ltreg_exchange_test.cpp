@@ -78,8 +78,11 @@ TEST_F(LtregExchange, KeepsTypesAndBytesAsJson) {
 TEST_F(LtregExchange, TakesStoresAndPartsOfThem) {
   const std::string part = "[A\\B\\C]\n\"d\"=dir:\"x\"\n\n";
   const std::string other = "[A\\Bx]\n\"n\"=ulong:1\n\n";
-  shows("export HKLM --format store", kOne + part + other, kOne + part + other);
-  shows("export @ --format store", kOne + part, kOne + part + other);
+  const std::string whole = kOne + part + other;
+  for (const auto& [key, text] : {std::pair{"HKLM", whole}, std::pair{"HKLM\\A\\B", kOne + part}}) {
+    changes(std::string("export -o out.cfg ") + key, whole, whole);
+    EXPECT_EQ(readFile(m_folder.path("out.cfg")), text);
+  }
   m_folder.write("in.cfg", "# a note\n" + (kOne + part + other));
   changes("import in.cfg HKLM\\a\\Bx", {}, "[A\\Bx]\n\"n\"=ulong:1\n\n");
   changes("import in.cfg HKLM\\A\\B\\C", {}, "[A\\B\\C]\n\"d\"=string:\"x\"\n\n");
