@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "ltreg/cli/failure.h"
 #include "ltreg/cli/shown_text.h"
@@ -25,16 +26,23 @@ class Collection {
     for (std::size_t i = 0; i < values.size(); ++i) {
       places.emplace(foldedName(values[i].name), i);
     }
+    std::unordered_set<std::string> gone;
     for (ValueEntry& entry : entries) {
-      const auto [found, isNew] = places.emplace(foldedName(entry.name), values.size());
+      const std::string folded = foldedName(entry.name);
+      if (!entry.value) {
+        gone.insert(folded);
+        continue;
+      }
+      const auto [found, isNew] = places.emplace(folded, values.size());
       if (isNew) {
         values.emplace_back();
       }
-      // A value that was deleted keeps its place until the others are known.
-      values[found->second] = {std::move(entry.name),
-                               entry.value ? std::move(*entry.value) : kGone};
+      values[found->second] = {std::move(entry.name), std::move(*entry.value)};
+      gone.erase(folded);
     }
-    std::erase_if(values, [](const NamedValue& value) { return value.value.type == kGone.type; });
+    std::erase_if(values, [&](const NamedValue& value) {
+      return !gone.empty() && gone.contains(foldedName(value.name));
+    });
   }
 
   void remove(const std::string& below) {
@@ -55,8 +63,6 @@ class Collection {
     }
     return found->second;
   }
-
-  static inline const Value kGone{{~0U, false}, {}};
 
   Branch m_branch;
   std::unordered_map<std::string, std::size_t> m_places;
