@@ -79,8 +79,8 @@ void showDifference(const Request& request, Output& output, const KeyArgument& t
 }
 
 ExitCode conclude(const Request& request, Output& output, Session& session, enumRegRoot root) {
-  if (const Rehearsal* rehearsal = session.rehearsal()) {
-    showDifference(request, output, {root, ""}, rehearsal->difference(), "");
+  if (Rehearsal* rehearsal = session.rehearsal()) {
+    showDifference(request, output, {root, ""}, rehearsal->takeDifference(), "");
   } else {
     session.save();
   }

@@ -251,10 +251,10 @@ class OurSide {
 }  // namespace
 
 ExitCode mergeFiles(const Request& request, Output& output) {
+  Difference theirs = differenceOf(contentOf(*request.file), contentOf(*request.target));
   OurSide ours(*request.key);
   Merge merge(output, ours.root(), ours.content());
-  const Difference difference =
-      ours.take(merge.take(differenceOf(contentOf(*request.file), contentOf(*request.target))));
+  const Difference difference = ours.take(merge.take(std::move(theirs)));
   if (request.dryRun) {
     showDifference(request, output, {ours.root(), ""}, difference, nameInBackend("", true));
   } else if (!difference.empty() || request.outputFile) {

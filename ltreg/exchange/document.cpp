@@ -22,6 +22,7 @@ class Collection {
       placeOf(below.substr(0, end));
     }
     std::vector<NamedValue>& values = m_branch[placeOf(below)].values;
+    values.reserve(values.size() + entries.size());
     std::unordered_map<std::string, std::size_t> places;
     for (std::size_t i = 0; i < values.size(); ++i) {
       places.emplace(foldedName(values[i].name), i);

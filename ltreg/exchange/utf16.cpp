@@ -64,6 +64,7 @@ bool isUtf8(std::string_view text) {
 
 std::optional<std::string> utf16Of(std::string_view utf8) {
   std::string out;
+  out.reserve(2 * utf8.size());
   while (!utf8.empty()) {
     const std::optional<char32_t> code = takeUtf8(utf8);
     if (!code) {
@@ -86,6 +87,7 @@ std::string utf8Of(std::string_view utf16, bool highByteFirst) {
     return highByteFirst ? one << 8 | two : two << 8 | one;
   };
   std::string out;
+  out.reserve(utf16.size() / 2);
   std::size_t at = 0;
   for (; at + 1 < utf16.size(); at += 2) {
     const char32_t unit = unitAt(at);

@@ -57,16 +57,14 @@ const std::optional<NamedValue>* Rehearsal::value(const std::string& path,
                                            : nullptr;
 }
 
-Difference Rehearsal::difference() const {
-  Difference difference;
-  for (const KeyDifference& key : m_keys) {
-    KeyDifference changed = key;
-    std::erase_if(changed.values, isUnchanged);
-    if (!changed.values.empty() || changed.wasThere != changed.isThere) {
-      difference.push_back(std::move(changed));
-    }
+Difference Rehearsal::takeDifference() {
+  for (KeyDifference& key : m_keys) {
+    std::erase_if(key.values, isUnchanged);
   }
-  return difference;
+  std::erase_if(m_keys, [](const KeyDifference& key) {
+    return key.values.empty() && key.wasThere == key.isThere;
+  });
+  return std::move(m_keys);
 }
 
 }  // namespace ltreg

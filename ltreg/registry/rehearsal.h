@@ -27,8 +27,8 @@ class Rehearsal {
   [[nodiscard]] const std::optional<NamedValue>* value(const std::string& path,
                                                        const std::string& name) const;
 
-  /// What became different, in the order of the first changes.
-  [[nodiscard]] Difference difference() const;
+  /// What became different, in the order of the first changes; once, at the end.
+  [[nodiscard]] Difference takeDifference();
 
  private:
   struct Place {

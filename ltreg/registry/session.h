@@ -59,7 +59,7 @@ class Session {
   void save();
 
   /// The changes so far; none unless the request has --dry-run, with which they reach no registry.
-  [[nodiscard]] const Rehearsal* rehearsal() const { return m_rehearsal ? &*m_rehearsal : nullptr; }
+  [[nodiscard]] Rehearsal* rehearsal() { return m_rehearsal ? &*m_rehearsal : nullptr; }
 
   /// Writes the root as it is now to another store file. Requires: it lies in one.
   void saveTo(const std::string& pathname) const;

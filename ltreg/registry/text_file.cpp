@@ -38,6 +38,11 @@ std::string textOf(const std::filesystem::path& file) {
 std::string readTextFile(const std::string& file) {
   std::ifstream in(fileOf(file), std::ios::binary);
   std::string bytes;
+  // A pipe has no size, and is read to its end all the same.
+  std::error_code none;
+  if (const auto size = std::filesystem::file_size(fileOf(file), none); !none) {
+    bytes.reserve(size);
+  }
   std::vector<char> block(kBlock);
   while (in.read(block.data(), kBlock), in.gcount() > 0) {
     bytes.append(block.data(), static_cast<std::size_t>(in.gcount()));
