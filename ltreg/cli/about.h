@@ -11,10 +11,13 @@ inline constexpr char kAboutKeys[] =
     "variables. Words of your own that begin with '-' go behind '--'.";
 
 inline constexpr char kAboutExits[] =
-    "Exit codes: 0 done, 1 absent, 2 wrong usage, 3 bad input, 4 the store or its lock failed.\n"
+    "Exit codes: 0 done, 1 absent, 2 wrong usage, 3 bad input, 4 the store or its lock failed,\n"
+    "6 the store changed since it was read.\n"
     "Data goes to standard output, everything else to standard error.";
 
 inline constexpr char kAboutStore[] = "The store file of the root, whatever the environment says";
+inline constexpr char kAboutWait[] =
+    "Seconds until the wait for a lock that another process holds ends; no end without it";
 inline constexpr char kAboutBackend[] =
     "Where roots lie, whatever programs go by: in store files, or in the operating system's "
     "registry";

@@ -16,6 +16,7 @@ namespace {
 constexpr char kHelp[] = "help";
 constexpr char kStoreOption[] = "--store";
 constexpr char kBackendOption[] = "--backend";
+constexpr char kWaitOption[] = "--timeout";
 constexpr char kPlain = '\1';  // in front of a word that CLI11 must take as it is
 // The parser repeats a wrong word as a whole, however long it is.
 constexpr std::size_t kMostShown = 400;
@@ -42,12 +43,16 @@ void addParameter(CLI::App& command, Request& request, const Parameter& paramete
   std::visit(add, parameter.field);
 }
 
-// Each verb has them for itself, so that they may stand among its own words.
-// What every verb takes.
+// What every verb takes. Each has them for itself, so that they may stand among its own words; what
+// waits for a library has another meaning for the time.
 void addCommonOptions(CLI::App& command, Request& request) {
   command.add_option(kStoreOption, request.store, kAboutStore);
   command.add_option(kBackendOption, request.backend, kAboutBackend)
       ->check(CLI::IsMember(std::set<std::string>{kFileBackend, kSystemBackend}));
+  if (command.get_option_no_throw(kWaitOption) == nullptr) {
+    command.add_option(kWaitOption, request.lockTimeout, kAboutWait)
+        ->check(CLI::Range(1, kMostSeconds));
+  }
 }
 
 void addVerb(CLI::App& app, Invocation& asked, const Verb& verb) {
@@ -61,10 +66,10 @@ void addVerb(CLI::App& app, Invocation& asked, const Verb& verb) {
   if (verb.hidden) {
     command.group("");
   }
-  addCommonOptions(command, asked.request);
   for (const Parameter& parameter : verb.parameters) {
     addParameter(command, asked.request, parameter);
   }
+  addCommonOptions(command, asked.request);
 }
 
 std::string unmarked(const std::string& word) {
@@ -98,7 +103,7 @@ bool takesWord(const std::string& option, const std::vector<Verb>& verbs) {
   const auto takes = [&](const Parameter& parameter) {
     return parameter.name == option && !std::holds_alternative<bool Request::*>(parameter.field);
   };
-  return option == kStoreOption || option == kBackendOption ||
+  return option == kStoreOption || option == kBackendOption || option == kWaitOption ||
          std::any_of(verbs.begin(), verbs.end(), [&](const Verb& verb) {
            return std::any_of(verb.parameters.begin(), verb.parameters.end(), takes);
          });
@@ -153,7 +158,7 @@ std::vector<std::string> markPlainWords(const std::vector<std::string>& words) {
 void unmark(Request& request) {
   for (std::optional<std::string>* word :
        {&request.key, &request.target, &request.name, &request.text, &request.clsid, &request.file,
-        &request.fallback, &request.outputFile, &request.store}) {
+        &request.fallback, &request.outputFile, &request.take, &request.store}) {
     if (*word) {
       *word = unmarked(**word);
     }
@@ -174,19 +179,34 @@ void demandOneBackend(const Request& request) {
 
 }  // namespace
 
-Invocation parseArguments(int count, const char* const* words, const std::vector<Verb>& verbs) {
+struct CommandParser::State {
+  explicit State(const std::vector<Verb>& all) : verbs(all) {}
+
+  const std::vector<Verb>& verbs;
   Invocation asked;
-  CLI::App app(std::string("Looks into a registry and changes it.\n\n") + kAboutKeys, "ltreg");
+  CLI::App app{std::string("Looks into a registry and changes it.\n\n") + kAboutKeys, "ltreg"};
+};
+
+CommandParser::CommandParser(const std::vector<Verb>& verbs)
+    : m_state(std::make_unique<State>(verbs)) {
+  CLI::App& app = m_state->app;
   app.allow_windows_style_options(false);
   app.set_version_flag("--version", "ltreg " LTREG_VERSION);
   app.require_subcommand(1);
   app.footer(std::string("\n") + kAboutExits + "\n'ltreg help COMMAND' tells about one command.");
-
   for (const Verb& verb : verbs) {
-    addVerb(app, asked, verb);
+    addVerb(app, m_state->asked, verb);
   }
+}
+
+CommandParser::~CommandParser() = default;
+
+Invocation CommandParser::parse(const std::vector<std::string>& words) {
+  CLI::App& app = m_state->app;
+  Invocation& asked = m_state->asked;
+  asked = {};
   try {
-    app.parse(markPlainWords(verbFirst({words + 1, words + count}, verbs)));
+    app.parse(markPlainWords(verbFirst(words, m_state->verbs)));
     unmark(asked.request);
     demandOneBackend(asked.request);
   } catch (const CLI::CallForHelp&) {
@@ -199,6 +219,10 @@ Invocation parseArguments(int count, const char* const* words, const std::vector
     throw Failure(ExitCode::kUsage, usageMessage(app, error));
   }
   return asked;
+}
+
+Invocation parseArguments(int count, const char* const* words, const std::vector<Verb>& verbs) {
+  return CommandParser(verbs).parse({words + 1, words + count});
 }
 
 }  // namespace ltreg

@@ -14,6 +14,7 @@ enum class ExitCode : int {
   kUsage = 2,        // the command line makes no sense
   kBadInput = 3,     // a key, name, type or value that cannot be used
   kStoreFailed = 4,  // the store, its lock or the output failed
+  kConflict = 6,     // the store changed on disk since it was read
 };
 
 /// Ends a command: the exit code, and a message that tells what, where and what to do.

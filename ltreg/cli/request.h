@@ -31,6 +31,7 @@ struct Request {
   std::vector<std::string> values;        // VALUE...
   std::optional<std::string> store;       // --store
   std::optional<std::string> backend;     // --backend
+  std::optional<std::string> take;        // --take
   bool json = false;
   bool recursive = false;
   bool trace = false;
@@ -45,7 +46,10 @@ struct Request {
   bool create = false;
   bool literal = false;  // percent signs of KEY are no references
   bool quiet = false;    // leaves the warnings about the store to another process
+  bool force = false;    // saves although lines of the store get lost
+  bool asText = false;   // --text: bytes are given and shown as text
   int timeout = 10;      // seconds
+  int lockTimeout = 0;   // seconds; 0 for no end
 };
 
 /// Carries a request out. Throws Failure, and what the library throws.

@@ -4,6 +4,7 @@
 #include "ltreg/commands/commands.h"
 #include "ltreg/registry/backend.h"
 #include "ltreg/registry/key_argument.h"
+#include "ltreg/registry/store_access.h"
 #include "ltreg/registry/store_messages.h"
 
 namespace ltreg {
@@ -18,7 +19,7 @@ std::string countOf(std::size_t count, const char* what) {
 
 // Writes the report of one store file: its warnings, and a line that sums up.
 ExitCode checkStore(const std::string& pathname, Output& output) {
-  const LTLib::StoreReport report = LTLib::checkStoreFile(pathname);
+  const LTLib::StoreReport report = checkedStore(pathname);
   for (const LTLib::StoreFault& warning : report.warnings) {
     output.line(placeOf(pathname, warning));
   }

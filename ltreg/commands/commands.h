@@ -20,6 +20,9 @@ ExitCode exportKey(const Request& request, Output& output);
 ExitCode importFile(const Request& request, Output& output);
 ExitCode deleteEntry(const Request& request, Output& output);
 
+/// Verbs from a file or standard input, saved once.
+ExitCode runBatch(const Request& request, Output& output);
+
 ExitCode checkStores(const Request& request, Output& output);
 
 ExitCode expandText(const Request& request, Output& output);

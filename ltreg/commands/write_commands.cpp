@@ -15,11 +15,10 @@ ValueType typeToSet(const Session& session, const Request& request,
                     const std::optional<Value>& present) {
   const ValueType otherwise = present ? ValueType(*present) : ValueType{REG_SZ};
   ValueType type = request.type ? typeOfWord(*request.type).value_or(otherwise) : otherwise;
-  if (!session.onFiles()) {
-    return type;
+  if (type.type == REG_BINARY) {
+    type.inHex = !request.asText;
   }
-  type.inHex = false;
-  if (!isTypeOfFiles(type.type)) {
+  if (session.onFiles() && !isTypeOfFiles(type.type)) {
     throw Failure(ExitCode::kBadInput, "a store file holds no values of the type " +
                                            inQuotes(*request.type) +
                                            ", but string, ulong, binary and list");

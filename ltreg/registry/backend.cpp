@@ -1,5 +1,7 @@
 #include "ltreg/registry/backend.h"
 
+#include <chrono>
+
 #include "ltlib/platform/tool_process.h"
 
 namespace ltreg {
@@ -18,6 +20,9 @@ void bindStore(const std::string& store, enumRegRoot root) {
 }  // namespace
 
 void chooseBackend(const Request& request) {
+  if (request.lockTimeout > 0) {
+    LTLib::limitStoreWaits(std::chrono::seconds(request.lockTimeout));
+  }
   const bool system = request.backend == kSystemBackend;
   if (request.backend && !LTLib::forceRegistryBackend(system ? LTLib::RegistryBackend::kSystem
                                                              : LTLib::RegistryBackend::kFiles)) {

@@ -9,8 +9,8 @@
 
 namespace ltreg {
 
-/// Makes the backend that --backend names the one of this process; before anything else touches the
-/// registry. Throws Failure where the system has no registry of its own.
+/// Makes the backend that --backend names the one of this process, and the time that --timeout names
+/// its longest wait for a lock; before anything else touches the registry. Throws Failure where the system has no registry of its own.
 void chooseBackend(const Request& request);
 
 /// The manager that all programs get or that --backend names, or with --store the file backend,
