@@ -23,6 +23,9 @@ ExitCode deleteEntry(const Request& request, Output& output);
 /// Verbs from a file or standard input, saved once.
 ExitCode runBatch(const Request& request, Output& output);
 
+ExitCode explainEntry(const Request& request, Output& output);
+ExitCode recoverStore(const Request& request, Output& output);
+
 ExitCode checkStores(const Request& request, Output& output);
 
 ExitCode expandText(const Request& request, Output& output);

@@ -25,6 +25,10 @@ std::string faultOfShell(const std::string& word) {
                                                            : '\'' + word + "' is no shell known";
 }
 
+std::string faultOfVersion(const std::string& word) {
+  return word == "old" || word == "new" ? std::string() : '\'' + word + "' is no version";
+}
+
 // Words parted by commas.
 std::string faultOfPlaces(const std::string& words) {
   std::istringstream rest(words);
@@ -145,6 +149,16 @@ std::vector<Verb> allVerbs() {
        "Many of these, one on a line, and save once or not at all",
        runBatch,
        {{"FILE", "The file with the lines; standard input without it", &Request::file}, kForce}},
+      {"explain",
+       "Where a key or a value comes from, and how programs read it",
+       explainEntry,
+       {kKey, {"NAME", kNameAbout, &Request::name}, kJson, kLiteral}},
+      {"recover",
+       "What saves that were cut off have left beside a store, and putting it back",
+       recoverStore,
+       {root(kRequired),
+        {"--take", "The version that becomes the store: old or new", &Request::take, !kRequired,
+         faultOfVersion}}},
       {"path", "The file that holds a root", showPath, {root(kRequired)}},
       {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
 

@@ -1,6 +1,7 @@
 #include "ltreg/registry/store_access.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "ltreg/cli/failure.h"
 #include "ltreg/cli/shown_text.h"
@@ -49,9 +50,10 @@ GuardedStore openStore(const std::string& pathname, Access access) {
     return store;
   }
   for (int lock = 0; lock < kLocksOfAStore && wasAbandoned(store.report); ++lock) {
-    complain("warning: a process ended while it held a lock: " +
-             escapeControls(store.report.fault->text));
+    std::string abandoned = escapeControls(store.report.fault->text);
+    complain("warning: a process ended while it held a lock: " + abandoned);
     store = lockAndCheck(pathname);
+    store.abandoned = std::move(abandoned);
   }
   if (isKind(store.report, Kind::kNoIdentity) && LTLib::readWithoutLock(pathname)) {
     const std::string why = escapeControls(store.report.fault->text);

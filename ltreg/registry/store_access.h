@@ -16,6 +16,7 @@ enum class Access { kRead, kWrite };
 struct GuardedStore {
   std::unique_ptr<LTLib::StoreGuard> guard;
   LTLib::StoreReport report;
+  std::string abandoned;  // what was told of a process that has ended while it held a lock
 };
 
 /// Waits for the locks of a store and looks at it under them. What reads goes on with a warning where
