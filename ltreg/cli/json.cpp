@@ -40,4 +40,8 @@ std::string Json::text() const {
   return m_value->dump(2, ' ', false, Value::error_handler_t::replace);
 }
 
+std::string Json::line() const {
+  return m_value->dump(-1, ' ', false, Value::error_handler_t::replace);
+}
+
 }  // namespace ltreg

@@ -34,8 +34,9 @@ class Json {
   /// The object with one more member at its end; null becomes an object.
   [[nodiscard]] Json with(const char* name, Json value) &&;
 
-  /// Several lines of UTF-8, with U+FFFD in place of bytes that are none.
+  /// Several lines of UTF-8, or one, with U+FFFD in place of bytes that are none.
   [[nodiscard]] std::string text() const;
+  [[nodiscard]] std::string line() const;
 
  private:
   std::unique_ptr<nlohmann::ordered_json> m_value;

@@ -26,6 +26,9 @@ ExitCode runBatch(const Request& request, Output& output);
 ExitCode explainEntry(const Request& request, Output& output);
 ExitCode recoverStore(const Request& request, Output& output);
 
+/// Tells of changes until the process is ended.
+ExitCode watchKey(const Request& request, Output& output);
+
 ExitCode checkStores(const Request& request, Output& output);
 
 ExitCode expandText(const Request& request, Output& output);

@@ -159,6 +159,7 @@ std::vector<Verb> allVerbs() {
        {root(kRequired),
         {"--take", "The version that becomes the store: old or new", &Request::take, !kRequired,
          faultOfVersion}}},
+      {"watch", "Changes at and below a key, as they are saved", watchKey, {kKey, kJson, kLiteral}},
       {"path", "The file that holds a root", showPath, {root(kRequired)}},
       {"check", "What is wrong with store files", checkStores, {root(!kRequired)}},
 
