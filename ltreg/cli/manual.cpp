@@ -81,7 +81,7 @@ std::string manualPage(const std::vector<Verb>& verbs) {
     }
   }
   page += ".SH COMMON OPTIONS\n" + entry("--store WORD", kAboutStore) +
-          entry("--backend WORD", kAboutBackend);
+          entry("--backend WORD", kAboutBackend) + entry("--timeout SECONDS", kAboutWait);
   return page + section("EXIT STATUS", kAboutExits);
 }
 
