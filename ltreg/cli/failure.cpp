@@ -21,6 +21,8 @@ void complain(const std::string& message) {
   // In one piece, so that the lines of tools that run side by side do not mix.
   const std::string line = "ltreg: " + message + '\n';
   std::fwrite(line.data(), 1, line.size(), stderr);
+  // Some systems hold it back where it leads to no terminal, and a notice of a wait is for now.
+  std::fflush(stderr);
 }
 
 }  // namespace ltreg
