@@ -76,6 +76,7 @@ TEST_F(StoreCheck, FindsTheLineOfEachFault) {
        "behind1 behind2 otherform3 ", 5, 3},
       {"[a\\b]\n\"n\"=ulong:1\n[A\\B]\n\"N\"=ulong:2\n", "repeatedkey3 repeatedname4 ", 4, 2},
       {"[A]\n[A\\B\\C]\n\"n\"=ulong:1\n[A\\B]\n[A\\D]\n", "emptykey5 ", 5, 1},
+      {"[A\\B]\r\n\"t\"=string:\"a\\\r\nb\"\r\n; c\r\n", "comment4 ", 4, 1},
   };
   for (const auto& [text, faults, lines, values] : cases) {
     const StoreReport report = check(text);

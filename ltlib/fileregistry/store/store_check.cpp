@@ -49,34 +49,51 @@ bool isBlank(std::string_view line) {
   return line.find_first_not_of(" \t\r\v\f") == std::string_view::npos;
 }
 
-// The lines of a file, which keeps those that were taken last, with all that the reader cuts off.
+// The lines of a file, handed out one by one so that those which were taken last are known as they
+// stand there, with all that the reader cuts off.
 class KeptLines final : public LineSource {
  public:
   KeptLines(Platform::File& file, TextStore& store)
-      : LineSource(store, LineEnds::kLineFeed), m_file(file, store) {}
+      : LineSource(store, LineEnds::kAsTheFirst), m_file(file) {}
 
   /// The lines since the last call of forget, line feeds between them.
-  [[nodiscard]] const std::string& kept() const { return m_kept; }
+  [[nodiscard]] std::string kept() const {
+    std::string lines = m_kept;
+    for (std::size_t end = 0; m_pairs && (end = lines.find("\r\n", end)) != std::string::npos;
+         ++end) {
+      lines.erase(end, 1);
+    }
+    lines.resize(lines.size() - (lines.ends_with('\n') ? 1 : 0));
+    return lines;
+  }
   void forget() { m_kept.clear(); }
 
  protected:
   std::size_t read(char* to, std::size_t room) override {
-    std::string_view line;
-    if (m_rest == m_line.size() && m_file.takeLine(line)) {
-      m_kept.append(m_kept.empty() ? "" : "\n").append(line);
-      m_line.assign(line) += '\n';
-      m_rest = 0;
+    if (m_rest.empty()) {
+      std::size_t taken = 0;
+      if (Platform::fileCalls().read(m_file, m_piece.data(), m_piece.size(), &taken) !=
+          FileResult::kDone) {
+        throw QSException("kFileRegistry", __LINE__, kFailure, "registry file cannot be read");
+      }
+      m_rest = std::string_view(m_piece).substr(0, taken);
     }
-    const std::size_t taken = m_line.copy(to, room, m_rest);
-    m_rest += taken;
-    return taken;
+    const std::size_t end = m_rest.find('\n');
+    const std::string_view part =
+        m_rest.substr(0, std::min(end != std::string_view::npos ? end + 1 : end, room));
+    part.copy(to, part.size());
+    m_kept += part;
+    m_rest.remove_prefix(part.size());
+    m_pairs = m_pairs || (count() == 0 && m_kept.ends_with("\r\n"));
+    return part.size();
   }
 
  private:
-  FileLineSource m_file;
-  std::string m_line;      // with its end
-  std::size_t m_rest = 0;  // where that begins which was not given out yet
-  std::string m_kept;
+  Platform::File& m_file;
+  std::string m_piece = std::string(65536, '\0');
+  std::string_view m_rest;
+  std::string m_kept;  // with the ends of lines
+  bool m_pairs = false;
 };
 
 // A value without the line ends that its text goes on over, as a save writes it.
@@ -87,6 +104,29 @@ std::string joined(std::string lines) {
   }
   return lines;
 }
+
+// Names as the tree tells them apart, in texts that stay.
+struct NameHash {
+  std::size_t operator()(std::string_view name) const noexcept { return hashOfName(name); }
+};
+struct SameName {
+  bool operator()(std::string_view one, std::string_view other) const noexcept {
+    return equalNames(one, other);
+  }
+};
+
+// A value's name, and the number of its key.
+using ValueName = std::pair<std::size_t, std::string_view>;
+struct ValueNameHash {
+  std::size_t operator()(const ValueName& name) const noexcept {
+    return hashOfName(name.second) * 31 + name.first;
+  }
+};
+struct SameValueName {
+  bool operator()(const ValueName& one, const ValueName& other) const noexcept {
+    return one.first == other.first && equalNames(one.second, other.second);
+  }
+};
 
 // Keeps the places of headers and values where a load keeps the values.
 class Check final : private LineVisitor {
@@ -101,7 +141,7 @@ class Check final : private LineVisitor {
   struct Key {
     std::size_t number;
     std::size_t line;
-    std::string header;
+    std::string_view header;
     bool holds = false;  // values of its own
   };
 
@@ -109,7 +149,7 @@ class Check final : private LineVisitor {
   bool takeValue(std::string_view line) override;
   void passOver(std::string_view line) override;
   void begin() { m_begin = m_lines.count(); }
-  void judgeHeader(const std::vector<std::string_view>& names);
+  void judgeHeader(std::string_view line, const std::vector<std::string_view>& names);
   void judgeField(const QSCfgDataField& field);
   void judgeForm(const std::string& written);
   void judgeName(std::string_view name);
@@ -135,11 +175,11 @@ class Check final : private LineVisitor {
   std::size_t m_begin = 0;  // the line on which the present header or value begins
   std::size_t m_depth = 0;  // of the present key; 0 ahead of the first header
   std::optional<StoreFault> m_unsavableHeader;  // of the present key, not told yet
-  std::unordered_map<std::string, Key> m_keys;  // by folded path
-  std::string m_path;                           // of the present key, folded
+  std::unordered_map<std::string_view, Key, NameHash, SameName> m_keys;  // by path
+  std::string_view m_path;                                               // of the present key
   Key* m_key = nullptr;
-  std::unordered_set<std::string> m_names;  // folded, each behind its key's number
-  std::unordered_set<std::string> m_held;   // folded paths with values at them or below
+  std::unordered_set<ValueName, ValueNameHash, SameValueName> m_names;
+  std::unordered_set<std::string_view, NameHash, SameName> m_held;  // paths of keys with values
 };
 
 void Check::run() {
@@ -173,12 +213,12 @@ bool Check::takeHeader(std::string_view line) {
     m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, m_lines.kept(), false};
   }
   m_depth = names.size();
-  judgeHeader(names);
+  judgeHeader(line, names);
   m_lines.forget();
   return true;
 }
 
-void Check::judgeHeader(const std::vector<std::string_view>& names) {
+void Check::judgeHeader(std::string_view line, const std::vector<std::string_view>& names) {
   std::string written = "[";
   for (const std::string_view name : names) {
     written.append(written.size() > 1 ? "\\" : "").append(name);
@@ -186,11 +226,16 @@ void Check::judgeHeader(const std::vector<std::string_view>& names) {
       warn(Kind::kLongName, false);
     }
   }
-  m_path = foldedName(std::string_view(written).substr(1));
-  judgeForm(written += ']');
-  const auto [key, added] = m_keys.try_emplace(m_path, Key{m_keys.size(), m_begin, m_lines.kept()});
+  judgeForm(written + ']');
+  m_path = std::string_view(written).substr(1);
+  auto key = m_keys.find(m_path);
+  const bool isNew = key == m_keys.end();
+  if (isNew) {
+    key = m_keys.emplace(m_texts.keep(m_path), Key{m_keys.size(), m_begin, line}).first;
+  }
+  m_path = key->first;
   m_key = &key->second;
-  if (!added) {
+  if (!isNew) {
     warn(Kind::kRepeatedKey, true);
   }
 }
@@ -259,7 +304,7 @@ void Check::judgeName(std::string_view name) {
   if (name.size() >= kLongName) {
     warn(Kind::kLongName, false);
   }
-  if (!m_names.insert(std::to_string(m_key->number) + '=' + foldedName(name)).second) {
+  if (!m_names.emplace(m_key->number, name).second) {
     warn(Kind::kRepeatedName, false);
   }
 }
@@ -269,16 +314,16 @@ void Check::holdValue() {
   if (std::exchange(m_key->holds, true)) {
     return;
   }
-  std::string path = m_path;
-  while (m_held.insert(path).second && path.find('\\') != std::string::npos) {
-    path.resize(path.rfind('\\'));
+  std::string_view path = m_path;
+  while (m_held.insert(path).second && path.find('\\') != std::string_view::npos) {
+    path = path.substr(0, path.rfind('\\'));
   }
 }
 
 void Check::warnOfEmptyKeys() {
   for (const auto& [path, key] : m_keys) {
     if (!m_held.contains(path)) {
-      warn({Kind::kEmptyKey, key.line, key.header, true});
+      warn({Kind::kEmptyKey, key.line, std::string(key.header), true});
     }
   }
   std::stable_sort(
