@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <unordered_set>
 #include <utility>
 
@@ -116,11 +117,14 @@ void Session::open(Access access, bool quiet) {
   store.pathname = m_backend.storeOf(m_root);
   store.file = openStore(store.pathname, access);
   if (!report().loads()) {
-    const std::string holder = whoHolds(store.pathname);
+    const bool waited = report().fault->kind == LTLib::StoreFaultKind::kLockFailed;
+    const std::string holder = waited ? whoHolds(store.pathname) : std::string();
     throw Failure(ExitCode::kStoreFailed, whyNotLoaded(store.pathname, report()) +
                                               (holder.empty() ? holder : "; " + holder));
   }
-  store.stamp = stampOf(store.pathname);
+  // The tree of a root loads once, perhaps for an earlier session, which has let others in since.
+  static std::map<std::string, std::string> s_loaded;
+  store.stamp = s_loaded.try_emplace(store.pathname, stampOf(store.pathname)).first->second;
   if (!quiet) {
     complainOfWarnings();
   }
@@ -322,7 +326,7 @@ void Session::save() {
     return;
   }
   if (onFiles()) {
-    // Only where the folder's file system carries no locks can others have come in between.
+    // Others come in between two sessions, and where the folder's file system carries no locks.
     if (stampOf(m_store->pathname) != m_store->stamp) {
       throw Failure(ExitCode::kConflict, "the store " + inQuotes(m_store->pathname) +
                                              " was changed by another program since it was read;"

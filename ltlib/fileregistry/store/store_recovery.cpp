@@ -25,6 +25,7 @@ constexpr Suffix kSuffixes[] = {{"_new", true}, {"_old", false}, {"_tmp", false}
 
 // In the place of a name's last letter where a file was set aside.
 constexpr std::string_view kAside = "~123456789";
+constexpr std::string_view kWas = "s~123456789";
 
 [[noreturn]] void fail(const std::string& text) {
   throw QSException("kFileRegistry", __LINE__, kFailure,
@@ -41,7 +42,7 @@ bool rename(const std::string& from, const std::string& to) {
 }
 
 std::string freeNameFor(const std::string& located) {
-  for (const char last : std::string("s").append(kAside)) {
+  for (const char last : kWas) {
     std::string name = located + "_wa" + last;
     if (!isThere(name)) {
       return name;
