@@ -16,6 +16,8 @@
 #include "ltlib/fileregistry/store/store_check.h"
 #include "ltlib/fileregistry/store/store_failure.h"
 #include "ltlib/fileregistry/store/store_guard.h"
+#include "ltlib/fileregistry/store/store_recovery.h"
+#include "ltlib/fileregistry/store/store_wait.h"
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/lt_string.h"

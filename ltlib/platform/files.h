@@ -70,8 +70,9 @@ struct FileCalls {
   /// Brings what was written to the device.
   FileResult (*flush)(File& file);
 
-  /// Waits without limit for the system's lock on the file, which excludes all who lock that file
-  /// through another opening, in this process or on another machine. It goes with the opening.
+  /// Waits for the system's lock on the file, which excludes all who lock that file through another
+  /// opening, in this process or on another machine; without limit but for that of lock_wait.h. It
+  /// goes with the opening.
   FileResult (*lock)(File& file);
 
   /// Closes and frees the file, whatever the result.

@@ -30,7 +30,7 @@ struct NamedLockWait {
 /// `reason` then tells what is in the way and whose it is, if that is known.
 [[nodiscard]] NamedLock* openNamedLock(const std::string& name, std::string& reason) noexcept;
 
-/// Waits for the lock without limit.
+/// Waits for the lock, without limit but for that of lock_wait.h.
 [[nodiscard]] NamedLockWait waitForNamedLock(NamedLock& lock) noexcept;
 
 /// Undoes one wait that obtained the lock; does nothing on a thread that does not own it.

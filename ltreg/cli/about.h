@@ -27,6 +27,7 @@ inline constexpr char kAboutFiles[] =
     " environment names no other\n"
     "*.cfg_old\tThe version before the last save\n"
     "*.cfg_new\tWhat a save is writing, or was when it was cut off\n"
+    "*.cfg_dropped, ...\tLines that a save with --force has dropped\n"
     "qsconfig.dat\tIn the folder of stores, the name of the lock that their programs share\n"
     "registry.dat\tBeside the library, has programs of Windows use store files\n"
     "LIBRARY.classes\tBeside a component library, the classes that it offers";

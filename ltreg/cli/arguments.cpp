@@ -223,20 +223,34 @@ void demandOneBackend(const Request& request) {
 
 }  // namespace
 
-Invocation parseArguments(int count, const char* const* words, const std::vector<Verb>& verbs) {
+struct CommandParser::State {
+  explicit State(const std::vector<Verb>& all) : verbs(all) {}
+
+  const std::vector<Verb>& verbs;
   Invocation asked;
-  CLI::App app(std::string("Looks into a registry and changes it.\n\n") + kAboutKeys, "ltreg");
+  CLI::App app{std::string("Looks into a registry and changes it.\n\n") + kAboutKeys, "ltreg"};
+};
+
+CommandParser::CommandParser(const std::vector<Verb>& verbs)
+    : m_state(std::make_unique<State>(verbs)) {
+  CLI::App& app = m_state->app;
   app.allow_windows_style_options(false);
   app.set_version_flag("--version", "ltreg " LTREG_VERSION);
   app.require_subcommand(1);
   app.footer(std::string("\n") + kAboutExits + "\n'ltreg help COMMAND' tells about one command.");
-
   for (const Verb& verb : verbs) {
-    addVerb(app, asked, verb);
+    addVerb(app, m_state->asked, verb);
   }
+}
+
+CommandParser::~CommandParser() = default;
+
+Invocation CommandParser::parse(const std::vector<std::string>& words) {
+  CLI::App& app = m_state->app;
+  Invocation& asked = m_state->asked;
+  asked = {};
   try {
-    app.parse(
-        markPlainWords(dashesForSlashes(verbFirst({words + 1, words + count}, verbs), verbs)));
+    app.parse(markPlainWords(dashesForSlashes(verbFirst(words, m_state->verbs), m_state->verbs)));
     demandOneBackend(asked.request);
   } catch (const CLI::CallForHelp&) {
     asked.text = app.help();
@@ -248,6 +262,10 @@ Invocation parseArguments(int count, const char* const* words, const std::vector
     throw Failure(ExitCode::kUsage, usageMessage(app, error));
   }
   return asked;
+}
+
+Invocation parseArguments(int count, const char* const* words, const std::vector<Verb>& verbs) {
+  return CommandParser(verbs).parse({words + 1, words + count});
 }
 
 }  // namespace ltreg

@@ -2,6 +2,7 @@
 #ifndef LTREG_CLI_ARGUMENTS_H
 #define LTREG_CLI_ARGUMENTS_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,21 @@ struct Invocation {
   std::string text;
 };
 
-/// Throws Failure with kUsage for a command line that makes no sense of the verbs.
+/// Makes sense of command lines by the verbs, one after the other.
+class CommandParser {
+ public:
+  explicit CommandParser(const std::vector<Verb>& verbs);
+  ~CommandParser();
+
+  /// `words` are those behind the tool's own name. Throws Failure with kUsage for a command line that
+  /// makes no sense.
+  [[nodiscard]] Invocation parse(const std::vector<std::string>& words);
+
+ private:
+  struct State;
+  std::unique_ptr<State> m_state;
+};
+
 [[nodiscard]] Invocation parseArguments(int count, const char* const* words,
                                         const std::vector<Verb>& verbs);
 

@@ -14,6 +14,9 @@ const std::vector<Parameter>& commonOptions() {
        false,
        nullptr,
        {kFileBackend, kSystemBackend}},
+      {"--timeout",
+       "Seconds until the wait for a lock that another process holds ends; no end without it",
+       &Request::lockTimeout},
       {"--view",
        "Whose part of the operating system's registry, where it has two: that of programs of 32"
        " bits, or of 64",

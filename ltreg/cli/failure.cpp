@@ -31,6 +31,8 @@ void demandDone(int result, const std::string& what) {
 void complain(const std::string& message) {
   Progress::hide();
   LTLib::Platform::writeText(stderr, "ltreg: " + message + '\n');
+  // Some systems hold it back where it leads to no terminal, and a notice of a wait is for now.
+  std::fflush(stderr);
 }
 
 void complainInJson(const Failure& failure) {

@@ -17,7 +17,7 @@ enum class ExitCode : int {
   kBadInput = 3,         // a key, name, type, value or text that cannot be used
   kStoreFailed = 4,      // the store, its lock or the output failed
   kComponentFailed = 5,  // a class does not do what its entry promises
-  kConflict = 6,         // the store changed on disk since it was read
+  kConflict = 6,         // the store changed since it was read, or two sides changed the same
 };
 
 /// The word for a code in JSON.

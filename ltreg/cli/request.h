@@ -33,6 +33,7 @@ struct Request {
   std::optional<std::string> type;        // --type
   std::optional<std::string> outputFile;  // -o
   std::optional<std::string> encoding;    // --encoding
+  std::optional<std::string> format;      // --format
   std::optional<std::string> fallback;    // --default
   std::optional<std::string> places;      // --in
   std::vector<std::string> values;        // VALUE...
@@ -41,10 +42,12 @@ struct Request {
   std::optional<std::string> view;        // --view
   std::optional<std::string> colour;      // --color
   bool pager = false;
+  std::optional<std::string> take;  // --take
   bool json = false;
   bool recursive = false;
   bool trace = false;
   bool asPatch = false;  // --patch
+  bool html = false;
   bool dryRun = false;
   bool lossy = false;
   bool force = false;
@@ -58,7 +61,9 @@ struct Request {
   bool create = false;
   bool literal = false;  // percent signs of KEY are no references
   bool quiet = false;    // leaves the warnings about the store to another process
+  bool asText = false;   // --text: bytes are given and shown as text
   int timeout = 10;      // seconds
+  int lockTimeout = 0;   // seconds; 0 for no end
 };
 
 /// Carries a request out. Throws Failure, and what the library throws.

@@ -5,6 +5,7 @@
 #include "ltreg/commands/commands.h"
 #include "ltreg/registry/backend.h"
 #include "ltreg/registry/key_argument.h"
+#include "ltreg/registry/store_access.h"
 #include "ltreg/registry/store_messages.h"
 
 namespace ltreg {
@@ -30,7 +31,7 @@ class Reports {
   Reports(const Request& request, Output& output) : m_inJson(request.json), m_output(output) {}
 
   ExitCode add(const std::string& pathname) {
-    const LTLib::StoreReport report = LTLib::checkStoreFile(pathname);
+    const LTLib::StoreReport report = checkedStore(pathname);
     if (m_inJson) {
       m_all.push(jsonOf(pathname, report));
     } else {

@@ -29,7 +29,17 @@ ExitCode copyKey(const Request& request, Output& output);
 ExitCode renameEntry(const Request& request, Output& output);
 ExitCode exportKey(const Request& request, Output& output);
 ExitCode importFile(const Request& request, Output& output);
+ExitCode mergeFiles(const Request& request, Output& output);
 ExitCode deleteEntry(const Request& request, Output& output);
+
+/// Verbs from a file or standard input, saved once.
+ExitCode runBatch(const Request& request, Output& output);
+
+ExitCode explainEntry(const Request& request, Output& output);
+ExitCode recoverStore(const Request& request, Output& output);
+
+/// Tells of changes until the process is ended.
+ExitCode watchKey(const Request& request, Output& output);
 
 ExitCode checkStores(const Request& request, Output& output);
 

@@ -1,6 +1,7 @@
 // Keys and values under another name. All is read before anything is changed, so that a key can be
 // copied into itself, and what a copy cannot hold is known before anything is saved.
 #include "ltreg/cli/shown_text.h"
+#include "ltreg/commands/changes_shown.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/commands/read_key.h"
 #include "ltreg/registry/absent.h"
@@ -76,7 +77,7 @@ void renameValue(Session& session, const KeyArgument& key, const std::string& na
 
 }  // namespace
 
-ExitCode copyKey(const Request& request, Output& /*output*/) {
+ExitCode copyKey(const Request& request, Output& output) {
   Branch branch;
   {
     // Closed before the other root is opened: whoever waits for one store holds no other.
@@ -87,11 +88,10 @@ ExitCode copyKey(const Request& request, Output& /*output*/) {
   Session session(request, to, Access::kWrite);
   demandFree(session, to);
   putBranch(session, to.path, branch);
-  session.save();
-  return ExitCode::kDone;
+  return conclude(request, output, session, to.root);
 }
 
-ExitCode renameEntry(const Request& request, Output& /*output*/) {
+ExitCode renameEntry(const Request& request, Output& output) {
   if (request.values.empty() || request.values.size() > 2) {
     throw Failure(ExitCode::kUsage,
                   "rename takes a key and its new name, or a key, a value and the"
@@ -107,8 +107,7 @@ ExitCode renameEntry(const Request& request, Output& /*output*/) {
   } else {
     renameValue(session, key, request.values[0], request.values[1]);
   }
-  session.save();
-  return ExitCode::kDone;
+  return conclude(request, output, session, key.root);
 }
 
 }  // namespace ltreg

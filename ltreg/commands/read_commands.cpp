@@ -27,6 +27,8 @@ std::vector<NamedValue> wantedValues(const Request& request) {
     ReadKey key(request);
     for (const std::string& name : request.values) {
       wanted.push_back({name, wantedValue(request, key, name)});
+      Value& value = wanted.back().value;
+      value.inHex = value.inHex && !(request.asText && value.type == REG_BINARY);
     }
   } catch (const Failure& failure) {
     if (failure.code() != ExitCode::kAbsent || !request.fallback) {

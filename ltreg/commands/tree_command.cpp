@@ -3,7 +3,9 @@
 
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
+#include "ltreg/commands/html_page.h"
 #include "ltreg/commands/read_key.h"
+#include "ltreg/registry/branch.h"
 #include "ltreg/registry/key_walk.h"
 
 namespace ltreg {
@@ -82,7 +84,13 @@ Json jsonOfAll(ReadKey& key) {
 
 ExitCode showTree(const Request& request, Output& output) {
   ReadKey key(request);
-  if (request.json) {
+  if (request.html) {
+    ltreg::Branch branch;
+    walkKeys(key.session(), key.path(), [&](const std::string& path) {
+      branch.push_back({pathBelow(path, key.path()), key.session().values(path)});
+    });
+    showTreePage(output, {key.root(), key.path()}, branch);
+  } else if (request.json) {
     output.json(jsonOfAll(key));
   } else if (output.look().columns) {
     Drawing(key, output).draw();

@@ -1,6 +1,7 @@
 #include <string>
 
 #include "ltreg/cli/shown_text.h"
+#include "ltreg/commands/changes_shown.h"
 #include "ltreg/commands/commands.h"
 #include "ltreg/registry/absent.h"
 #include "ltreg/registry/changes.h"
@@ -16,11 +17,10 @@ ValueType typeToSet(const Session& session, const Request& request,
                     const std::optional<Value>& present) {
   const ValueType otherwise = present ? ValueType(*present) : ValueType{REG_SZ};
   ValueType type = request.type ? typeOfWord(*request.type).value_or(otherwise) : otherwise;
-  if (!session.onFiles()) {
-    return type;
+  if (type.type == REG_BINARY) {
+    type.inHex = !request.asText;
   }
-  type.inHex = false;
-  if (!isTypeOfFiles(type.type)) {
+  if (session.onFiles() && !isTypeOfFiles(type.type)) {
     throw Failure(ExitCode::kBadInput, "a store file holds no values of the type " +
                                            inQuotes(*request.type) +
                                            ", but string, ulong, binary and list");
@@ -52,17 +52,16 @@ void deleteWholeKey(Session& session, const KeyArgument& key, bool recursive) {
 
 }  // namespace
 
-ExitCode setValue(const Request& request, Output& /*output*/) {
+ExitCode setValue(const Request& request, Output& output) {
   KeyArgument key = parseKey(*request.key);
   Session session(request, key, Access::kWrite);
   demandPlace(session, key.path, *request.name);
   const ValueType type = typeToSet(session, request, session.value(key.path, *request.name));
   putValue(session, key.path, *request.name, type, request.values);
-  session.save();
-  return ExitCode::kDone;
+  return conclude(request, output, session, key.root);
 }
 
-ExitCode deleteEntry(const Request& request, Output& /*output*/) {
+ExitCode deleteEntry(const Request& request, Output& output) {
   KeyArgument key = parseKey(*request.key);
   if (request.name && request.recursive) {
     throw Failure(ExitCode::kUsage,
@@ -74,8 +73,7 @@ ExitCode deleteEntry(const Request& request, Output& /*output*/) {
   } else {
     deleteWholeKey(session, key, request.recursive);
   }
-  session.save();
-  return ExitCode::kDone;
+  return conclude(request, output, session, key.root);
 }
 
 }  // namespace ltreg

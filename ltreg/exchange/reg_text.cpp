@@ -15,8 +15,7 @@ constexpr std::string_view kVersion5 = "Windows Registry Editor Version 5.00";
 constexpr std::string_view kVersion4 = "REGEDIT4";
 constexpr std::size_t kWidth = 80;  // of lines of hexadecimal digits, as other tools write them
 
-std::string inUtf8(const std::string& text) {
-  const std::string_view all = text;
+std::string inUtf8(std::string_view all) {
   if (all.starts_with("\xFF\xFE") || all.starts_with("\xFE\xFF")) {
     return utf8Of(all.substr(2), all.starts_with("\xFE\xFF"));
   }
@@ -31,11 +30,19 @@ std::string_view trimmed(std::string_view text) {
              : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
+// What stands behind the data of a line.
+bool isBlankOrComment(std::string_view rest) {
+  rest = trimmed(rest);
+  return rest.empty() || rest.starts_with(';');
+}
+
 // Reads one file from its first line to its last.
 class Reader {
  public:
-  Reader(const std::string& text, const std::string& file) : m_text(inUtf8(text)), m_file(file) {
+  Reader(std::string text, const std::string& file) : m_text(inUtf8(text)), m_file(file) {
+    text = {};
     m_rest = m_text;
+    m_lineEnd = m_rest.find('\n') != std::string_view::npos ? '\n' : '\r';
   }
 
   Document read() {
@@ -44,7 +51,7 @@ class Reader {
       line = trimmed(line);
       if (line.starts_with('[')) {
         readHeader(line);
-      } else if (!line.empty() && !line.starts_with(';')) {
+      } else if (!isBlankOrComment(line) && !line.starts_with('#')) {
         readValue(line);
       }
     }
@@ -58,7 +65,7 @@ class Reader {
     if (m_rest.empty()) {
       return false;
     }
-    const std::size_t end = m_rest.find('\n');
+    const std::size_t end = m_rest.find(m_lineEnd);
     line = m_rest.substr(0, end);
     m_rest.remove_prefix(end == std::string_view::npos ? m_rest.size() : end + 1);
     line.remove_suffix(line.ends_with('\r') ? 1 : 0);
@@ -76,20 +83,30 @@ class Reader {
   }
 
   void readHeader(std::string_view line) {
-    if (!line.ends_with(']')) {
+    // The name may hold brackets, too.
+    const std::size_t end = line.rfind(']');
+    if (end == std::string_view::npos || !isBlankOrComment(line.substr(end + 1))) {
       bad("a header without its closing bracket");
     }
-    line = line.substr(1, line.size() - 2);
+    line = line.substr(1, end - 1);
     KeyEntry entry;
     entry.deleted = line.starts_with('-');
     entry.line = m_line;
     line.remove_prefix(entry.deleted ? 1 : 0);
     try {
-      entry.key = parseKey(line);
+      entry.key = parseKey(withSingleBackslashes(line));
     } catch (const Failure& failure) {
       bad(failure.what());
     }
     m_document.push_back(std::move(entry));
+  }
+
+  static std::string withSingleBackslashes(std::string_view name) {
+    std::string single;
+    for (const char byte : name) {
+      single.append(byte == '\\' && single.ends_with('\\') ? 0 : 1, byte);
+    }
+    return single;
   }
 
   void readValue(std::string_view line) {
@@ -144,7 +161,8 @@ class Reader {
   }
 
   std::optional<Value> takeData(std::string_view data) {
-    if (data == "-") {
+    if (data.starts_with('-')) {
+      endsWithComment(data.substr(1));
       return std::nullopt;
     }
     if (data.starts_with('"')) {
@@ -162,8 +180,7 @@ class Reader {
   }
 
   void endsWithComment(std::string_view rest) const {
-    rest = trimmed(rest);
-    if (!rest.empty() && !rest.starts_with(';')) {
+    if (!isBlankOrComment(rest)) {
       bad("more behind the end of a value");
     }
   }
@@ -207,17 +224,29 @@ class Reader {
     if (m_wide && (isText(type) || type == REG_MULTI_SZ)) {
       bytes = utf8Of(bytes);
     }
+    if (type == REG_MULTI_SZ) {
+      // However many terminators stand at the end, they are no items.
+      bytes.resize(bytes.find_last_not_of('\0') + 1);
+      bytes.append(bytes.empty() ? 1 : 2, '\0');
+    }
     return asRead(type, std::move(bytes), false);
+  }
+
+  // The next line with digits.
+  void takeContinuation(std::string_view& data) {
+    do {
+      if (!takeLine(data)) {
+        bad("hexadecimal digits that end in a backslash, and no line behind");
+      }
+    } while (isBlankOrComment(data));
   }
 
   std::string takeBytes(std::string_view data) {
     std::string bytes;
     for (;;) {
       data = trimmed(data);
-      if (data == "\\") {
-        if (!takeLine(data)) {
-          bad("hexadecimal digits that end in a backslash, and no line behind");
-        }
+      if (data.starts_with('\\') && isBlankOrComment(data.substr(1))) {
+        takeContinuation(data);
         continue;
       }
       if (data.empty() || data.starts_with(';')) {
@@ -236,6 +265,7 @@ class Reader {
   std::string m_text;
   const std::string& m_file;
   std::string_view m_rest;
+  char m_lineEnd = '\n';
   std::size_t m_line = 0;
   bool m_wide = true;
   Document m_document;
@@ -297,8 +327,8 @@ std::string lineOf(const ValueEntry& entry) {
 
 }  // namespace
 
-Document readRegText(const std::string& text, const std::string& file) {
-  return Reader(text, file).read();
+Document readRegText(std::string text, const std::string& file) {
+  return Reader(std::move(text), file).read();
 }
 
 std::string writeRegText(const Document& document) {
@@ -314,7 +344,7 @@ std::string writeRegText(const Document& document) {
   return text + "\r\n";
 }
 
-bool looksLikeRegText(const std::string& text) {
+bool looksLikeRegText(std::string_view text) {
   const std::string start = inUtf8(text.substr(0, 100));
   return start.starts_with(kVersion5) || start.starts_with(kVersion4);
 }

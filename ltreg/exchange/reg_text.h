@@ -14,13 +14,13 @@ namespace ltreg {
 
 /// Reads UTF-8 or, with a byte order mark, UTF-16. `file` is for messages. Throws Failure with the
 /// line at the first that makes no sense.
-[[nodiscard]] Document readRegText(const std::string& text, const std::string& file);
+[[nodiscard]] Document readRegText(std::string text, const std::string& file);
 
 /// In UTF-8, lines ending in CR LF. Texts that are no UTF-8 are written byte by byte.
 [[nodiscard]] std::string writeRegText(const Document& document);
 
 /// Whether the first line is that of this form.
-[[nodiscard]] bool looksLikeRegText(const std::string& text);
+[[nodiscard]] bool looksLikeRegText(std::string_view text);
 
 }  // namespace ltreg
 

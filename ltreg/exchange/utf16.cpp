@@ -53,8 +53,18 @@ void appendUtf8(std::string& out, char32_t code) {
 
 }  // namespace
 
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    if (!takeUtf8(text)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::optional<std::string> utf16Of(std::string_view utf8) {
   std::string out;
+  out.reserve(2 * utf8.size());
   while (!utf8.empty()) {
     const std::optional<char32_t> code = takeUtf8(utf8);
     if (!code) {
@@ -77,6 +87,7 @@ std::string utf8Of(std::string_view utf16, bool highByteFirst) {
     return highByteFirst ? one << 8 | two : two << 8 | one;
   };
   std::string out;
+  out.reserve(utf16.size() / 2);
   std::size_t at = 0;
   for (; at + 1 < utf16.size(); at += 2) {
     const char32_t unit = unitAt(at);

@@ -8,6 +8,8 @@
 
 namespace ltreg {
 
+[[nodiscard]] bool isUtf8(std::string_view text);
+
 /// The low byte of each unit first. None where the text is no UTF-8.
 [[nodiscard]] std::optional<std::string> utf16Of(std::string_view utf8);
 

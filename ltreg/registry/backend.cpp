@@ -1,5 +1,7 @@
 #include "ltreg/registry/backend.h"
 
+#include <chrono>
+
 #include "ltlib/platform/tool_process.h"
 
 namespace ltreg {
@@ -29,24 +31,53 @@ int viewAccessOf(const Request& request, bool onFiles) {
   return access;
 }
 
-}  // namespace
+[[noreturn]] void throwNoSystemRegistry() {
+  throw Failure(ExitCode::kUsage,
+                "this system has no registry of its own, so that there is no --backend os; leave"
+                " it out to work on store files");
+}
 
-void chooseBackend(const Request& request) {
-  const bool system = request.backend == kSystemBackend;
-  if (request.backend && !LTLib::forceRegistryBackend(system ? LTLib::RegistryBackend::kSystem
-                                                             : LTLib::RegistryBackend::kFiles)) {
-    throw Failure(ExitCode::kUsage,
-                  "this system has no registry of its own, so that there is no --backend os; leave"
-                  " it out to work on store files");
+void demandSystemRegistry(QSWin32RegistryManager& system, enumRegRoot root) {
+  constexpr int kNoRegistry = 120;
+  void* key = nullptr;
+  const int result = system.regOpenKeyEx(LTLib::predefinedRootHandle(root), "", 0, KEY_READ, &key);
+  if (result == kNoRegistry) {
+    throwNoSystemRegistry();
+  }
+  if (result == 0) {
+    system.regCloseKey(key);
   }
 }
 
+}  // namespace
+
+void chooseBackend(const Request& request) {
+  if (request.lockTimeout > 0) {
+    LTLib::limitStoreWaits(std::chrono::seconds(request.lockTimeout));
+  }
+  const bool system = request.backend == kSystemBackend;
+  if (request.backend && !LTLib::forceRegistryBackend(system ? LTLib::RegistryBackend::kSystem
+                                                             : LTLib::RegistryBackend::kFiles)) {
+    throwNoSystemRegistry();
+  }
+}
+
+// A manager has no state of its own: those made here reach what the instance of the process reaches.
 Backend::Backend(const Request& request, enumRegRoot root) {
-  if (request.store) {
-    // A manager has no state of its own: this one reaches the same trees as the instance of the process.
-    static QSFileRegistryManager s_files;
-    bindStore(*request.store, root);
+  static QSFileRegistryManager s_files;
+  static QSWin32RegistryManager s_system;
+  if (request.store || request.backend == kFileBackend) {
+    if (request.store) {
+      bindStore(*request.store, root);
+    }
     m_manager = &s_files;
+    m_viewAccess = viewAccessOf(request, m_onFiles);
+    return;
+  }
+  if (request.backend == kSystemBackend) {
+    demandSystemRegistry(s_system, root);
+    m_manager = &s_system;
+    m_onFiles = false;
     m_viewAccess = viewAccessOf(request, m_onFiles);
     return;
   }
@@ -54,7 +85,7 @@ Backend::Backend(const Request& request, enumRegRoot root) {
   if (m_manager == nullptr) {
     throw Failure(ExitCode::kStoreFailed, "the registry has ended already");
   }
-  // The backend is not asked for by name: --backend, the marker and the system have decided by now.
+  // The marker and the system have decided by now.
   m_onFiles = dynamic_cast<QSFileRegistryManager*>(m_manager) != nullptr;
   m_viewAccess = viewAccessOf(request, m_onFiles);
 }

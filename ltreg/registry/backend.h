@@ -9,16 +9,17 @@
 
 namespace ltreg {
 
-/// Makes the backend that --backend names the one of this process; before anything else touches the
-/// registry. Throws Failure where the system has no registry of its own.
+/// Makes the backend that --backend names the one of this process, and the time that --timeout names
+/// its longest wait for a lock; before anything else touches the registry. Throws Failure where the system has no registry of its own.
 void chooseBackend(const Request& request);
 
-/// The manager that all programs get or that --backend names, or with --store the file backend,
-/// which needs no marker.
+/// The manager that all programs get, or that --backend names, be it of this process or of one side
+/// of a comparison; or with --store the file backend, which needs no marker.
 class Backend {
  public:
   /// With --store the store becomes the root's file in this process. Throws Failure for a store
-  /// without a name, and for --view where there is one view alone.
+  /// without a name, for the registry of a system that has none, and for --view where there is one
+  /// view alone.
   Backend(const Request& request, enumRegRoot root);
 
   [[nodiscard]] QSRegistryManagerImpl& manager() const { return *m_manager; }

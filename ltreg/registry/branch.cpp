@@ -7,8 +7,7 @@ namespace ltreg {
 Branch readBranch(Session& session, const std::string& top) {
   Branch branch;
   walkKeys(session, top, [&](const std::string& path) {
-    const std::size_t start = top.empty() ? 0 : top.size() + 1;
-    branch.push_back({path.size() > start ? path.substr(start) : "", session.values(path)});
+    branch.push_back({pathBelow(path, top), session.values(path)});
   });
   // Half of a key under another name would pass for the whole of it.
   if (!session.sawAll()) {

@@ -3,19 +3,11 @@
 #define LTREG_REGISTRY_BRANCH_H
 
 #include <string>
-#include <vector>
 
+#include "ltreg/registry/key_content.h"
 #include "ltreg/registry/session.h"
 
 namespace ltreg {
-
-struct KeyContent {
-  std::string below;  // the path from the top; empty for the top itself
-  std::vector<NamedValue> values;
-};
-
-/// Parents stand ahead of their children.
-using Branch = std::vector<KeyContent>;
 
 /// Throws Failure where something cannot be read.
 [[nodiscard]] Branch readBranch(Session& session, const std::string& top);

@@ -63,9 +63,6 @@ std::string whyNoForm(const std::string& path, const NamedValue& value) {
            ", of which a store file holds none";
   }
   const bool isList = data.type == REG_MULTI_SZ;
-  if (!isList && !(data.type == REG_DWORD) && data.data.find('\0') != std::string::npos) {
-    return "the value " + inQuotes(value.name) + " holds a NUL, at which a store file would end it";
-  }
   std::string why = whyNoKeyForm(path);
   if (why.empty()) {
     why = whyNoNameForm(value.name);
@@ -80,7 +77,8 @@ void putValue(Session& session, const std::string& path, const std::string& name
               const ValueType& type, const std::vector<std::string>& words) {
   const std::string bytes = bytesToSet(type, words);
   if (session.onFiles()) {
-    demandForm(whyNoValueForm(type.type, words));
+    demandForm(whyNoValueForm(type.type,
+                              type.type == REG_BINARY ? std::vector<std::string>{bytes} : words));
   }
   putBytes(session, path, name, asRead(type.type, bytes, session.onFiles()), bytes);
 }

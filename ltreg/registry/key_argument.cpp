@@ -1,5 +1,7 @@
 #include "ltreg/registry/key_argument.h"
 
+#include <algorithm>
+
 #include "ltreg/cli/failure.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/registry/references.h"
@@ -84,6 +86,16 @@ std::string_view lastComponent(std::string_view path) {
 std::string_view parentPath(std::string_view path) {
   const std::size_t end = path.rfind('\\');
   return end != std::string_view::npos ? path.substr(0, end) : std::string_view{};
+}
+
+std::string pathBelow(const std::string& path, std::string_view top) {
+  return path.substr(std::min(top.empty() ? 0 : top.size() + 1, path.size()));
+}
+
+bool isAtOrBelow(std::string_view path, std::string_view top) {
+  return top.empty() || sameName(path, top) ||
+         (path.size() > top.size() && path[top.size()] == '\\' &&
+          sameName(path.substr(0, top.size()), top));
 }
 
 }  // namespace ltreg

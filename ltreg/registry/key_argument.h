@@ -32,6 +32,12 @@ struct KeyArgument {
 [[nodiscard]] std::string_view lastComponent(std::string_view path);
 [[nodiscard]] std::string_view parentPath(std::string_view path);
 
+/// What leads from a path to one at or below it; empty for the path itself.
+[[nodiscard]] std::string pathBelow(const std::string& path, std::string_view top);
+
+/// Whether a path is another one or leads on from it, as the registry compares names.
+[[nodiscard]] bool isAtOrBelow(std::string_view path, std::string_view top);
+
 }  // namespace ltreg
 
 #endif  // LTREG_REGISTRY_KEY_ARGUMENT_H

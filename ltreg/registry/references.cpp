@@ -6,6 +6,7 @@
 #include "ltreg/cli/failure.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/registry/backend.h"
+#include "ltreg/registry/store_access.h"
 #include "ltreg/registry/store_messages.h"
 
 namespace ltreg {
@@ -75,7 +76,7 @@ void demandPublicVariables() {
   if (!backend.onFiles() || pathname.empty()) {
     return;
   }
-  const LTLib::StoreReport report = LTLib::checkStoreFile(pathname);
+  const LTLib::StoreReport report = checkedStore(pathname);
   if (!report.loads()) {
     throw Failure(ExitCode::kStoreFailed,
                   "the public variables cannot be read: " + whyNotLoaded(pathname, report));

@@ -5,6 +5,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "ltlib/ltlib.h"
@@ -12,11 +14,22 @@
 #include "ltreg/registry/backend.h"
 #include "ltreg/registry/key_argument.h"
 #include "ltreg/registry/key_handle.h"
+#include "ltreg/registry/rehearsal.h"
+#include "ltreg/registry/store_access.h"
 #include "ltreg/registry/value.h"
 
 namespace ltreg {
 
-enum class Access { kRead, kWrite };
+/// A root's store as a command has opened it, for one session or for several.
+struct OpenedStore {
+  std::string pathname;  // empty unless the root lies in a store file
+  GuardedStore file;
+  std::string stamp;  // of the file when it was read
+  bool changed = false;
+  /// The sub-keys of keys that were asked for on files, by folded path: to list a key anew for each
+  /// one of many would take a time that grows with their square.
+  std::unordered_map<std::string, std::unordered_set<std::string>> children;
+};
 
 class Session {
  public:
@@ -53,29 +66,65 @@ class Session {
   [[nodiscard]] int deleteKey(const std::string& path);
 
   /// Saves if anything was changed: a save of the same text would put the version before out of
-  /// reach. Throws Failure if that is impossible; the store file is then as it was.
+  /// reach. Throws Failure if that is impossible, if the store changed on disk since it was read, and
+  /// if lines of the store would get lost, unless the request has them kept beside it; the store file
+  /// is then as it was. With --dry-run nothing is saved.
   void save();
+
+  /// The changes so far; none unless the request has --dry-run, with which they reach no registry.
+  [[nodiscard]] Rehearsal* rehearsal() { return m_rehearsal ? &*m_rehearsal : nullptr; }
+
+  /// Writes the root as it is now to another store file. Requires: it lies in one.
+  void saveTo(const std::string& pathname) const;
+
+  /// What the check of the store file has found.
+  [[nodiscard]] const LTLib::StoreReport& report() const { return m_store->file.report; }
 
   /// Ends a command for a key or value that is not there, with a hint at the message's end.
   [[noreturn]] void throwAbsent(const std::string& what, const std::string& hint = {}) const;
 
  private:
-  void openStore(Access access, bool quiet);
-  void lockAndCheck();
-  [[nodiscard]] bool lockWasAbandoned() const;
+  void join(KeyArgument& key, bool hasReferences);
+  void open(Access access, bool quiet);
+  void demandNothingLost() const;
   void complainOfWarnings() const;
+  void noteNewKey(const std::string& path);
+  void noteTopKey(const std::string& path);
+  void forgetKey(const std::string& path);
   void complainOfKey(const std::string& path, int failure);
   [[nodiscard]] int noteChange(int result);
-  [[nodiscard]] KeyHandle open(const std::string& path, KeyUse use = KeyUse::kRead) const;
+  void rehearseKey(const std::string& path, bool isThere);
+  [[nodiscard]] KeyHandle keyAt(const std::string& path, KeyUse use = KeyUse::kRead) const;
 
   Backend m_backend;
   enumRegRoot m_root;
-  std::string m_pathname;  // empty unless the root lies in a store file
-  std::unique_ptr<LTLib::StoreGuard> m_guard;
-  LTLib::StoreReport m_report;
-  bool m_changed = false;
+  bool m_force;
+  std::shared_ptr<OpenedStore> m_store;
+  std::optional<Rehearsal> m_rehearsal;
   bool m_sawAll = true;
   std::string m_unreadable;  // the last key that was complained of
+};
+
+/// While it lives, all sessions of the process work on the one root that the first of them opens, for
+/// writing, and what they save is saved once, at the end. Those of another root throw Failure, and so
+/// do all where roots lie in no files, since changes cannot be held back there.
+class SharedSession {
+ public:
+  /// `hasReferences` tells whether any key may have some. The request must outlive the object.
+  SharedSession(const Request& request, bool hasReferences);
+  ~SharedSession();
+  SharedSession(const SharedSession&) = delete;
+  SharedSession& operator=(const SharedSession&) = delete;
+
+  /// Saves what was changed, if anything was. Throws as Session::save does.
+  void save();
+
+ private:
+  friend class Session;
+
+  const Request& m_request;
+  bool m_hasReferences;
+  std::unique_ptr<Session> m_first;
 };
 
 }  // namespace ltreg

@@ -6,9 +6,14 @@
 namespace ltreg {
 namespace {
 
+// As many lines as a message shows.
+constexpr std::size_t kMostLost = 20;
+
 const char* adviceOn(LTLib::StoreFaultKind kind) {
   using Kind = LTLib::StoreFaultKind;
   switch (kind) {
+    case Kind::kNoIdentity:
+      return "make sure that the folder exists and can be written";
     case Kind::kLockFailed:
       return "a lock that was abandoned is free for the next try; otherwise make sure that the"
              " folder exists and can be written";
@@ -36,10 +41,22 @@ std::string placeOf(const std::string& pathname, const LTLib::StoreFault& fault)
 }
 
 std::string whyNotLoaded(const std::string& pathname, const LTLib::StoreReport& report) {
-  const bool locked = report.fault->kind == LTLib::StoreFaultKind::kLockFailed;
+  const bool locked = report.fault->kind == LTLib::StoreFaultKind::kLockFailed ||
+                      report.fault->kind == LTLib::StoreFaultKind::kNoIdentity;
   return (locked ? "the store was not looked at: "
                  : "the store does not load and was left alone: ") +
          placeOf(pathname, *report.fault) + " (" + adviceOn(report.fault->kind) + ')';
+}
+
+std::string whatWouldBeLost(const std::string& pathname, const LTLib::StoreReport& report) {
+  std::string lines;
+  std::size_t told = 0;
+  for (const LTLib::StoreFault& warning : report.warnings) {
+    if (warning.lost && told++ < kMostLost) {
+      lines.append(placeOf(pathname, warning)) += '\n';
+    }
+  }
+  return report.lostCount > kMostLost ? lines + "there is more; 'ltreg check' shows all\n" : lines;
 }
 
 std::string whatIsLeft(const std::string& pathname, const LTLib::StoreReport& report) {

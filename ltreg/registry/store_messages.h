@@ -15,6 +15,11 @@ namespace ltreg {
 [[nodiscard]] std::string whyNotLoaded(const std::string& pathname,
                                        const LTLib::StoreReport& report);
 
+/// What a save would drop or write otherwise, as lines of that shape, the first of them; empty where
+/// there is nothing.
+[[nodiscard]] std::string whatWouldBeLost(const std::string& pathname,
+                                          const LTLib::StoreReport& report);
+
 /// That the store is missing beside what a save has left; empty where that is not so.
 [[nodiscard]] std::string whatIsLeft(const std::string& pathname, const LTLib::StoreReport& report);
 

@@ -1,15 +1,18 @@
 #include "ltreg/registry/text_file.h"
 
+#include <cerrno>
 #include <exception>
 #include <fstream>
-#include <iterator>
 #include <system_error>
+#include <vector>
 
 #include "ltreg/cli/failure.h"
 #include "ltreg/cli/shown_text.h"
 
 namespace ltreg {
 namespace {
+
+constexpr std::streamsize kBlock = 1 << 16;
 
 [[noreturn]] void throwUnusable(ExitCode code, const std::string& file, const char* what) {
   throw Failure(code, "the file " + inQuotes(file) + " cannot be " + what + ": " +
@@ -34,7 +37,16 @@ std::string textOf(const std::filesystem::path& file) {
 
 std::string readTextFile(const std::string& file) {
   std::ifstream in(fileOf(file), std::ios::binary);
-  std::string bytes{std::istreambuf_iterator<char>(in), {}};
+  std::string bytes;
+  // A pipe has no size, and is read to its end all the same.
+  std::error_code none;
+  if (const auto size = std::filesystem::file_size(fileOf(file), none); !none) {
+    bytes.reserve(size);
+  }
+  std::vector<char> block(kBlock);
+  while (in.read(block.data(), kBlock), in.gcount() > 0) {
+    bytes.append(block.data(), static_cast<std::size_t>(in.gcount()));
+  }
   if (!in.is_open() || in.bad()) {
     throwUnusable(ExitCode::kAbsent, file, "read");
   }

@@ -154,7 +154,7 @@ bool needsHex(unsigned int type, std::size_t size) {
 }
 
 Value asRead(unsigned int type, std::string bytes, bool onFiles) {
-  Value value{{type, !onFiles && needsHex(type, bytes.size())}, std::move(bytes)};
+  Value value{{type, needsHex(type, bytes.size())}, std::move(bytes)};
   std::string& data = value.data;
   const bool isList = type == REG_MULTI_SZ;
   if (onFiles) {

@@ -12,9 +12,8 @@
 
 namespace ltreg {
 
-/// A value's type, and how its bytes are given and shown. What the operating system's registry holds
-/// besides texts and numbers is any bytes, and so is a number of a size that is not its type's; they
-/// are hexadecimal digits. In a store file all is text.
+/// A value's type, and how its bytes are given and shown. What is neither text nor number is any
+/// bytes, and so is a number of a size that is not its type's; they are hexadecimal digits.
 struct ValueType {
   unsigned int type = 0;
   bool inHex = false;
@@ -34,7 +33,7 @@ struct NamedValue {
 /// with other bytes.
 [[nodiscard]] std::string typeWord(const ValueType& type);
 
-/// The type of such a word in the operating system's registry; none if it is no such word.
+/// The type of such a word; none if it is no such word.
 [[nodiscard]] std::optional<ValueType> typeOfWord(std::string_view word);
 
 /// All words for types but the numbered ones.
@@ -46,7 +45,7 @@ struct NamedValue {
 /// Whether a value of the type is one text.
 [[nodiscard]] bool isText(unsigned int type);
 
-/// Finds out whether the bytes are given in hexadecimal digits, as far as they do not lie in a file.
+/// Whether the bytes are given in hexadecimal digits.
 [[nodiscard]] bool needsHex(unsigned int type, std::size_t size);
 
 /// The value that a backend's bytes are, or will be once they are set.

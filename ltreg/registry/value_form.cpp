@@ -56,6 +56,8 @@ std::string whyNoValueForm(unsigned int type, const std::vector<std::string>& wo
       if (std::string why = whyNoItem(word); !why.empty()) {
         return why;
       }
+    } else if (word.find('\0') != std::string::npos) {
+      return "the value holds a NUL, at which a store file would end it";
     } else if (word.find('\n') != std::string::npos) {
       return "the value holds a line feed, which ends a line of a store file; use a list for"
              " several lines";

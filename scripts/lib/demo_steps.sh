@@ -99,11 +99,14 @@ read_values() {
 }
 
 change_values() {
+  say "A save would drop the comment, and keeps it in a file of its own where that is asked for:"
+  show_failing 4 ltreg set 'HKLM\Software\Demo' Title --type string 'Good evening'
+  show ltreg set 'HKLM\Software\Demo' Title --type string 'Good evening' --force
+  show cat small/HKEY_LOCAL_MACHINE.cfg.dropped
   say "Each change is saved at once:"
-  show ltreg set 'HKLM\Software\Demo' Title --type string 'Good evening'
   show ltreg set 'HKLM\Software\Demo' Retries --type ulong 5
   show ltreg set 'HKLM\Software\Demo' Paths --type list four five
-  show ltreg set 'HKLM\Software\Demo\New' Blob --type binary 'any bytes'
+  show ltreg set 'HKLM\Software\Demo\New' Blob --type binary --text 'any bytes'
   show ltreg delete 'HKLM\Software\Demo\Sub' Long
   say "The store file, and the version before the last change, which stays beside it:"
   show cat small/HKEY_LOCAL_MACHINE.cfg

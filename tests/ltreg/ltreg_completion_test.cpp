@@ -15,7 +15,7 @@ class LtregCompletion : public LtregTest {};
 
 TEST_F(LtregCompletion, TellsWhatComesNext) {
   const std::pair<const char*, const char*> rows[] = {
-      {"ex", "export\nexpand\n"},
+      {"ex", "export\nexplain\nexpand\n"},
       {"component un", "unregister\n"},
       {"component check x", "X.Y\n"},
       {"nothing x", ""},

@@ -115,7 +115,7 @@ TEST_F(LtregManual, CommandsWriteWhatItSays) {
 
 TEST_F(LtregManual, TheReadMeFileTells) {
   m_folder.write(kStore, "[Software\\Demo]\n\"Title\"=string:\"Hello, world\"\n\n");
-  read("README.md", [&](const std::string& text) { does(text.substr(0, text.find("   "))); });
+  read("README.md", [&](const std::string& text) { does(text.substr(0, text.find("  "))); });
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ TEST_F(LtregStores, LeavesAStoreThatCannotBeSavedAsItWas) {
   fs::create_directory(inTheWay);
   fails(4, kSet, refusal + "the file " + std::string(kStore) + "_new cannot be made: ", kOne);
   fs::remove(inTheWay);
-  fails(4, kSet, refusal + "the key A\\B has the value b, which no line",
+  fails(4, std::string(kSet) + " --force", refusal + "the key A\\B has the value b, which no line",
         std::string(kOne) + "\"b\"=binary:x\\\\\n");
   EXPECT_FALSE(fs::exists(inTheWay));
 }
@@ -148,7 +148,7 @@ TEST_F(LtregStores, ToleratesStreamsThatFail) {
     const bool noData = redirection[0] == '>';
     EXPECT_EQ(codeOf("get 'HKLM\\A\\B' n", redirection), noData ? 4 : 0) << redirection;
     EXPECT_EQ(codeOf("get 'HKLM\\A\\B' x", redirection), 1) << redirection;
-    EXPECT_EQ(codeOf("set 'HKLM\\A\\B' n 2", redirection), 0) << redirection;
+    EXPECT_EQ(codeOf("set 'HKLM\\A\\B' n 2 --force", redirection), 0) << redirection;
     EXPECT_EQ(store(), holding("\"n\"=ulong:2\n\"e\"=string:\"\"")) << redirection;
     EXPECT_EQ(readFile(m_folder.path("qsconfig.dat")).size(), 46u);
   }

@@ -24,11 +24,11 @@ class LtregValues : public LtregTest {
 TEST_F(LtregValues, ShowsValuesOfEachType) {
   shows("tree HKLM\\software\\DEMO\\",
         "HKEY_LOCAL_MACHINE\\software\\DEMO\n\tstring\tTitle\tHello, \"world\"\\x09x\n"
-        "\tstring\tDir\tC:\\x\\\n\tulong\tRetries\t4294967295\n\tbinary\tBlob\t00\\x09A0\n"
+        "\tstring\tDir\tC:\\x\\\n\tulong\tRetries\t4294967295\n\tbinary\tBlob\t3030094130\n"
         "\tlist\tPaths\tone\ttwo 2\nHKEY_LOCAL_MACHINE\\software\\DEMO\\Sub\n\tulong\tn\t2\n",
         kDemo);
   shows("get hkey_local_machine\\Software\\Demo title", "Hello, \"world\"\tx\n", kDemo);
-  shows("get HKLM\\Software\\Demo Blob", "00\\x09A0\n", kDemo);
+  shows("get HKLM\\Software\\Demo Blob --text", "00\\x09A0\n", kDemo);
   shows("get HKLM\\Software\\Demo Paths", "one\ntwo 2\n", kDemo);
   shows("get @ n", "\n", holding("\"n\"=string:\"\""));
   shows("get @ n", "", holding("\"n\"=liststring:\"\""));
@@ -67,7 +67,8 @@ TEST_F(LtregValues, ShowsWhatTheBackendCannotEnumerate) {
 
 TEST_F(LtregValues, SetsAndSaves) {
   changes("set @ n x", {}, holding("\"n\"=string:\"x\""));
-  changes("set @ n [a,\"\\] --type=binary", {}, holding("\"n\"=binary:[a,\"\\]"));
+  changes("set @ n 5b612c225cFF5d --type binary", {}, holding("\"n\"=binary:[a,\"\\\xFF]"));
+  changes("set @ n [a,\"\\] --type=binary --text", {}, holding("\"n\"=binary:[a,\"\\]"));
   changes("set @ n --type list", {}, holding("\"n\"=liststring:\"\""));
   changes("set @ n --type list [a {}", {}, holding("\"n\"=liststring:\"[a\",\\\n\"{}\""));
   sets("''", "\"n\"=string:\"\"", "\"n\"=string:\"x\"");
@@ -92,7 +93,9 @@ TEST_F(LtregValues, RefusesWhatHasNoForm) {
   fails(3, "set @ a\"b x", "the name 'a\"b' holds a double quote", kOne);
   fails(3, "set @ 'a\nb' x", "the name 'a\\x0ab'", kOne);
   fails(3, "set @ s 'a\nb'", "holds a line feed", kOne);
-  fails(3, "set @ s --type binary a\\", "cannot end in a backslash", kOne);
+  fails(3, "set @ s --type binary 4100", "holds a NUL", kOne);
+  fails(3, "set @ s --type binary 4g", "hexadecimal", kOne);
+  fails(3, "set @ s --type binary --text a\\", "cannot end in a backslash", kOne);
   fails(3, "set @ s --type list a,b", "the list item 'a,b'", kOne);
   fails(3, "set @ s --type list a\\b", "the list item 'a\\b'", kOne);
   fails(3, "set @ s --type list a\"b", "the list item 'a\"b'", kOne);

@@ -6,7 +6,10 @@
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <stdexcept>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "ltlib/fileregistry/store/store_lock.h"
@@ -14,7 +17,9 @@
 #include "ltlib/fileregistry/text/file_form.h"
 #include "ltlib/fileregistry/text/line_source.h"
 #include "ltlib/fileregistry/text/text_reader.h"
+#include "ltlib/fileregistry/text/text_writer.h"
 #include "ltlib/fileregistry/tree/config_tree.h"
+#include "ltlib/fileregistry/tree/folded_name.h"
 #include "ltlib/fileregistry/tree/key_path.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/platform/files.h"
@@ -37,29 +42,132 @@ bool looksIndented(std::string_view line) {
   return start != std::string_view::npos && (line[start] == '[' || line[start] == '"');
 }
 
+// The enumerators have room for fewer bytes than this, and end at a name that does not fit.
+constexpr std::size_t kLongName = 200;
+
+bool isBlank(std::string_view line) {
+  return line.find_first_not_of(" \t\r\v\f") == std::string_view::npos;
+}
+
+// The lines of a file, handed out one by one so that those which were taken last are known as they
+// stand there, with all that the reader cuts off.
+class KeptLines final : public LineSource {
+ public:
+  KeptLines(Platform::File& file, TextStore& store)
+      : LineSource(store, LineEnds::kAsTheFirst), m_file(file) {}
+
+  /// The lines since the last call of forget, line feeds between them.
+  [[nodiscard]] std::string kept() const {
+    std::string lines = m_kept;
+    for (std::size_t end = 0; m_pairs && (end = lines.find("\r\n", end)) != std::string::npos;
+         ++end) {
+      lines.erase(end, 1);
+    }
+    lines.resize(lines.size() - (lines.ends_with('\n') ? 1 : 0));
+    return lines;
+  }
+  void forget() { m_kept.clear(); }
+
+ protected:
+  std::size_t read(char* to, std::size_t room) override {
+    if (m_rest.empty()) {
+      std::size_t taken = 0;
+      if (Platform::fileCalls().read(m_file, m_piece.data(), m_piece.size(), &taken) !=
+          FileResult::kDone) {
+        throw QSException("kFileRegistry", __LINE__, kFailure, "registry file cannot be read");
+      }
+      m_rest = std::string_view(m_piece).substr(0, taken);
+    }
+    const std::size_t end = m_rest.find('\n');
+    const std::string_view part =
+        m_rest.substr(0, std::min(end != std::string_view::npos ? end + 1 : end, room));
+    part.copy(to, part.size());
+    m_kept += part;
+    m_rest.remove_prefix(part.size());
+    m_pairs = m_pairs || (count() == 0 && m_kept.ends_with("\r\n"));
+    return part.size();
+  }
+
+ private:
+  Platform::File& m_file;
+  std::string m_piece = std::string(65536, '\0');
+  std::string_view m_rest;
+  std::string m_kept;  // with the ends of lines
+  bool m_pairs = false;
+};
+
+// A value without the line ends that its text goes on over, as a save writes it.
+std::string joined(std::string lines) {
+  for (std::size_t end = lines.find("\\\n"); end != std::string::npos;
+       end = lines.find("\\\n", end)) {
+    lines.erase(end, 2);
+  }
+  return lines;
+}
+
+// Names as the tree tells them apart, in texts that stay.
+struct NameHash {
+  std::size_t operator()(std::string_view name) const noexcept { return hashOfName(name); }
+};
+struct SameName {
+  bool operator()(std::string_view one, std::string_view other) const noexcept {
+    return equalNames(one, other);
+  }
+};
+
+// A value's name, and the number of its key.
+using ValueName = std::pair<std::size_t, std::string_view>;
+struct ValueNameHash {
+  std::size_t operator()(const ValueName& name) const noexcept {
+    return hashOfName(name.second) * 31 + name.first;
+  }
+};
+struct SameValueName {
+  bool operator()(const ValueName& one, const ValueName& other) const noexcept {
+    return one.first == other.first && equalNames(one.second, other.second);
+  }
+};
+
 // Keeps the places of headers and values where a load keeps the values.
 class Check final : private LineVisitor {
  public:
-  Check(Platform::File& file, StoreReport& report) : m_lines(file, m_texts), m_report(report) {}
+  Check(Platform::File& file, StoreReport& report, StoreReportSize size)
+      : m_lines(file, m_texts), m_report(report), m_size(size) {}
 
   void run();
 
  private:
+  // A key that has had a header.
+  struct Key {
+    std::size_t number;
+    std::size_t line;
+    std::string_view header;
+    bool holds = false;  // values of its own
+  };
+
   bool takeHeader(std::string_view line) override;
   bool takeValue(std::string_view line) override;
   void passOver(std::string_view line) override;
-  void judgeField(const QSCfgDataField& field, std::string_view line);
-  void warn(Kind kind, std::string_view line) { warn({kind, m_begin, std::string(line)}); }
+  void begin() { m_begin = m_lines.count(); }
+  void judgeHeader(std::string_view line, const std::vector<std::string_view>& names);
+  void judgeField(const QSCfgDataField& field);
+  void judgeForm(const std::string& written);
+  void judgeName(std::string_view name);
+  void holdValue();
+  void warnOfEmptyKeys();
+  void warn(Kind kind, bool lost) { warn({kind, m_begin, m_lines.kept(), lost}); }
   void warn(StoreFault warning);
-  bool stop(Kind kind, std::string_view line) {
-    m_report.fault = StoreFault{kind, m_begin, std::string(line.substr(0, kStoreFaultText))};
+  [[nodiscard]] std::string shown(std::string text) const;
+  bool stop(Kind kind) {
+    m_report.fault = StoreFault{kind, m_begin, shown(m_lines.kept())};
     return false;
   }
   void keepTopKeys();
 
   TextStore m_texts;
-  FileLineSource m_lines;
+  KeptLines m_lines;
   StoreReport& m_report;
+  StoreReportSize m_size;
   std::uint16_t m_shortCount = 0;  // the reader's own, which a large file runs past
   bool m_reported = false;         // whether the reader had something to say of the present value
   ReadContext m_context{m_lines, m_shortCount, [this](const char*) { m_reported = true; }};
@@ -67,25 +175,34 @@ class Check final : private LineVisitor {
   std::size_t m_begin = 0;  // the line on which the present header or value begins
   std::size_t m_depth = 0;  // of the present key; 0 ahead of the first header
   std::optional<StoreFault> m_unsavableHeader;  // of the present key, not told yet
+  std::unordered_map<std::string_view, Key, NameHash, SameName> m_keys;  // by path
+  std::string_view m_path;                                               // of the present key
+  Key* m_key = nullptr;
+  std::unordered_set<ValueName, ValueNameHash, SameValueName> m_names;
+  std::unordered_set<std::string_view, NameHash, SameName> m_held;  // paths of keys with values
 };
 
 void Check::run() {
   try {
     (void)cfgVisitLines(m_context, *this);
   } catch (const QSException&) {
-    m_begin = m_lines.count();
-    stop(Kind::kReadError, {});
+    begin();
+    m_lines.forget();
+    stop(Kind::kReadError);
   }
   m_report.lineCount = m_lines.count();
   keepTopKeys();
+  if (m_report.loads()) {
+    warnOfEmptyKeys();
+  }
 }
 
 // Two levels of sections are kept, and no values, whose texts alone stay until the check ends.
 bool Check::takeHeader(std::string_view line) {
-  m_begin = m_lines.count();
+  begin();
   std::vector<std::string_view> names;
   if (!splitHeader(line, [&](std::string_view name) { names.push_back(name); })) {
-    return stop(Kind::kBadHeader, line);
+    return stop(Kind::kBadHeader);
   }
   QSCfgDataSection& top = m_shallow.findOrAddSection(m_shallow.top(), names[0]);
   if (names.size() > 1) {
@@ -93,58 +210,138 @@ bool Check::takeHeader(std::string_view line) {
   }
   m_unsavableHeader.reset();
   if (!headerComesBack(names)) {
-    m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, std::string(line)};
+    m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, m_lines.kept(), false};
   }
   m_depth = names.size();
+  judgeHeader(line, names);
+  m_lines.forget();
   return true;
 }
 
+void Check::judgeHeader(std::string_view line, const std::vector<std::string_view>& names) {
+  std::string written = "[";
+  for (const std::string_view name : names) {
+    written.append(written.size() > 1 ? "\\" : "").append(name);
+    if (name.size() >= kLongName) {
+      warn(Kind::kLongName, false);
+    }
+  }
+  judgeForm(written + ']');
+  m_path = std::string_view(written).substr(1);
+  auto key = m_keys.find(m_path);
+  const bool isNew = key == m_keys.end();
+  if (isNew) {
+    key = m_keys.emplace(m_texts.keep(m_path), Key{m_keys.size(), m_begin, line}).first;
+  }
+  m_path = key->first;
+  m_key = &key->second;
+  if (!isNew) {
+    warn(Kind::kRepeatedKey, true);
+  }
+}
+
 bool Check::takeValue(std::string_view line) {
-  m_begin = m_lines.count();
+  begin();
   m_reported = false;
   QSCfgDataField field;
   try {
     field = cfgParseField(m_context, line);
   } catch (const UnendedValue&) {
-    return stop(Kind::kUnendedValue, line);
+    return stop(Kind::kUnendedValue);
   }
+  const std::string written =
+      field != nullptr ? cfgFieldLine(field.name(), field.type(), field.getValue()) : "";
+  const bool sameForm = !written.empty() && joined(m_lines.kept()) + '\n' == written;
   if (m_reported) {
-    warn(Kind::kEmptyValue, line);
+    warn(Kind::kEmptyValue, !sameForm);
   }
   if (field == nullptr) {
-    warn(Kind::kDroppedLine, line);
+    warn(Kind::kDroppedLine, true);
   } else if (m_depth == 0) {
-    warn(Kind::kNoKey, line);
+    warn(Kind::kNoKey, true);
   } else {
-    judgeField(field, line);
+    if (!m_reported && !sameForm) {
+      judgeForm(written.substr(0, written.size() - 1));
+    }
+    judgeField(field);
   }
+  m_lines.forget();
   return true;
 }
 
-void Check::passOver(std::string_view line) {
-  if (looksIndented(line)) {
-    m_begin = m_lines.count();
-    warn(Kind::kIndentedLine, line);
+void Check::passOver(std::string_view /*line*/) {
+  if (!isBlank(m_lines.kept())) {
+    begin();
+    warn(looksIndented(m_lines.kept()) ? Kind::kIndentedLine : Kind::kComment, true);
+  }
+  m_lines.forget();
+}
+
+// Whether a save writes the present lines as they are, and if not, what becomes of them.
+void Check::judgeForm(const std::string& written) {
+  if (const std::string lines = joined(m_lines.kept()); lines != written) {
+    warn(lines.starts_with(written) ? Kind::kTextBehind : Kind::kOtherForm, true);
   }
 }
 
-void Check::judgeField(const QSCfgDataField& field, std::string_view line) {
+void Check::judgeField(const QSCfgDataField& field) {
   ++m_report.valueCount;
   // A key without values has no header in a file that is saved.
   if (m_unsavableHeader) {
     warn(*std::exchange(m_unsavableHeader, std::nullopt));
   }
   if (m_depth == 1) {
-    warn(Kind::kOutOfReach, line);
+    warn(Kind::kOutOfReach, false);
   }
   if (field.form() == QSCfgDataField::Form::kLacks) {
-    warn(Kind::kNotSavable, line);
+    warn(Kind::kNotSavable, false);
+  }
+  judgeName(field.name());
+  holdValue();
+}
+
+void Check::judgeName(std::string_view name) {
+  if (name.size() >= kLongName) {
+    warn(Kind::kLongName, false);
+  }
+  if (!m_names.emplace(m_key->number, name).second) {
+    warn(Kind::kRepeatedName, false);
   }
 }
 
+// A key stands in a file by its own values or by those below it.
+void Check::holdValue() {
+  if (std::exchange(m_key->holds, true)) {
+    return;
+  }
+  std::string_view path = m_path;
+  while (m_held.insert(path).second && path.find('\\') != std::string_view::npos) {
+    path = path.substr(0, path.rfind('\\'));
+  }
+}
+
+void Check::warnOfEmptyKeys() {
+  for (const auto& [path, key] : m_keys) {
+    if (!m_held.contains(path)) {
+      warn({Kind::kEmptyKey, key.line, std::string(key.header), true});
+    }
+  }
+  std::stable_sort(
+      m_report.warnings.begin(), m_report.warnings.end(),
+      [](const StoreFault& one, const StoreFault& other) { return one.line < other.line; });
+}
+
+std::string Check::shown(std::string text) const {
+  if (m_size == StoreReportSize::kBrief) {
+    text.resize(std::min({text.size(), text.find('\n'), kStoreFaultText}));
+  }
+  return text;
+}
+
 void Check::warn(StoreFault warning) {
-  if (m_report.warningCount++ < kMostStoreWarnings) {
-    warning.text.resize(std::min(warning.text.size(), kStoreFaultText));
+  m_report.lostCount += warning.lost ? 1 : 0;
+  if (m_report.warningCount++ < kMostStoreWarnings || m_size == StoreReportSize::kFull) {
+    warning.text = shown(std::move(warning.text));
     m_report.warnings.push_back(std::move(warning));
   }
 }
@@ -162,7 +359,7 @@ void Check::keepTopKeys() {
 
 // The status is asked before the file is opened, since the opening of what is no file fails with
 // words that do not say so.
-void checkHeldFile(const std::string& pathname, StoreReport& report) {
+void checkHeldFile(const std::string& pathname, StoreReportSize size, StoreReport& report) {
   Platform::FileStatus found;
   const FileResult status = Platform::fileCalls().status(pathname.c_str(), &found);
   report.exists = status == FileResult::kDone;
@@ -180,7 +377,7 @@ void checkHeldFile(const std::string& pathname, StoreReport& report) {
     return;
   }
   report.exists = true;
-  Check(*file, report).run();
+  Check(*file, report, size).run();
 }
 
 }  // namespace
@@ -191,6 +388,8 @@ const char* describeStoreFault(StoreFaultKind kind) noexcept {
       return "the lock of its folder cannot be taken";
     case Kind::kForeignLink:
       return "it is a link that is not followed";
+    case Kind::kNoIdentity:
+      return "its folder has no lock";
     case Kind::kNoFile:
       return "it is no regular file";
     case Kind::kUnreadable:
@@ -213,11 +412,29 @@ const char* describeStoreFault(StoreFaultKind kind) noexcept {
       return "a value of a key right below the root, which no program can read";
     case Kind::kNotSavable:
       return "a key or a value that no save can write";
+    case Kind::kComment:
+      return "a comment, dropped by a save";
+    case Kind::kTextBehind:
+      return "text behind the end, dropped by a save";
+    case Kind::kOtherForm:
+      return "a line that a save writes in another form";
+    case Kind::kRepeatedKey:
+      return "a second header of a key, dropped by a save";
+    case Kind::kRepeatedName:
+      return "a second value of a name, of which programs read the first";
+    case Kind::kEmptyKey:
+      return "a key without values, dropped by a save";
+    case Kind::kLongName:
+      return "a name of 200 bytes or more, at which programs stop to enumerate";
   }
   return "an unknown fault";
 }
 
 StoreReport checkStoreFile(const std::string& pathname) {
+  return checkStoreFile(pathname, StoreReportSize::kBrief);
+}
+
+StoreReport checkStoreFile(const std::string& pathname, StoreReportSize size) {
   StoreReport report;
   Kind step = Kind::kForeignLink;
   // What is thrown tells by the step in which that happened what is wrong.
@@ -225,9 +442,11 @@ StoreReport checkStoreFile(const std::string& pathname) {
     const std::string located = locateStore(pathname);
     step = Kind::kLockFailed;
     const StoreHold hold(located);
-    checkHeldFile(located, report);
+    checkHeldFile(located, size, report);
   } catch (const std::bad_alloc&) {
     throw;
+  } catch (const std::length_error& failure) {
+    report.fault = StoreFault{Kind::kNoIdentity, 0, failure.what()};
   } catch (const std::exception& failure) {
     report.fault = StoreFault{step, 0, failure.what()};
   }

@@ -28,6 +28,7 @@ namespace LTLib {
 /// What can be wrong with a store file. All up to kUnendedValue stop a load, the others do not.
 enum class StoreFaultKind {
   kLockFailed,    ///< the directory's lock could not be taken; the text says why
+  kNoIdentity,    ///< the directory's identity file can neither be read nor made; the text says why
   kForeignLink,   ///< a link that is not to be followed; the text says why
   kNoFile,        ///< a folder, a device or the like
   kUnreadable,    ///< the file cannot be opened
@@ -40,6 +41,13 @@ enum class StoreFaultKind {
   kIndentedLine,  ///< what looks like a header or a value behind blanks; a save loses it
   kOutOfReach,    ///< a value of a key right below the root, which no operation can read
   kNotSavable,    ///< a key or a value that no save can write, so that every save is refused
+  kComment,       ///< a line that is no header and no value, and not empty; a save loses it
+  kTextBehind,    ///< text behind a header or a value; a save loses it
+  kOtherForm,     ///< a header or a value that a save writes in another form
+  kRepeatedKey,   ///< a header of a key that had one; a save writes the values under the first
+  kRepeatedName,  ///< a value whose name the key holds already; operations see the first
+  kEmptyKey,      ///< a header with no value in its key or below it; a save loses it
+  kLongName,      ///< a name of 200 bytes or more, at which the enumerators end
 };
 
 /// A sentence fragment in lower case for messages, as "a header that names no key".
@@ -50,9 +58,14 @@ struct StoreFault {
   StoreFaultKind kind = StoreFaultKind::kDroppedLine;
   std::size_t line = 0;  ///< counted from 1; 0 where the fault lies in no line
   std::string text;      ///< of that line, up to kStoreFaultText bytes; or the lock's own words
+  bool lost = false;     ///< whether a save drops the line, or writes it in another form
 };
 
-/// How many bytes of a line a fault keeps at most, and how many warnings a report.
+/// How much a report keeps of what it finds: the first warnings with the beginning of their first
+/// line, or all warnings with all of their lines, line feeds between them.
+enum class StoreReportSize { kBrief, kFull };
+
+/// How many bytes of a line a fault of a brief report keeps at most, and how many warnings it.
 inline constexpr std::size_t kStoreFaultText = 200;
 inline constexpr std::size_t kMostStoreWarnings = 1000;
 
@@ -69,6 +82,7 @@ struct StoreReport {
   std::optional<StoreFault> fault;   ///< what stops a load, if anything does
   std::vector<StoreFault> warnings;  ///< the first kMostStoreWarnings of them, up to the fault
   std::size_t warningCount = 0;      ///< all of them
+  std::size_t lostCount = 0;         ///< those whose lines a save drops or writes otherwise
   std::size_t lineCount = 0;
   std::size_t valueCount = 0;        ///< values that a load brings in
   std::vector<StoreTopKey> topKeys;  ///< as far as the file was read, in order of arrival
@@ -80,6 +94,14 @@ struct StoreReport {
 /// Reads a store file under the lock of its directory. Makes the directory's identity file if that
 /// is missing, as a load does. What is no regular file is not opened.
 [[nodiscard]] LTLIB_EXPORT StoreReport checkStoreFile(const std::string& pathname);
+[[nodiscard]] LTLIB_EXPORT StoreReport checkStoreFile(const std::string& pathname,
+                                                      StoreReportSize size);
+
+/// Writes all lines that a save would drop or write otherwise to a new file beside the store, each
+/// with its number in front: ".dropped", or where that is there already ".dropped.2" and so on. The
+/// file has the store's rights. Gives its pathname; empty where there is no such line. Throws
+/// QSException where no such file can be made, and what LTLib::StoreGuard throws.
+LTLIB_EXPORT std::string keepLostLines(const std::string& pathname);
 
 }  // namespace LTLib
 

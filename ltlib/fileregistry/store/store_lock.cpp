@@ -4,13 +4,16 @@
 #include "ltlib/fileregistry/store/store_lock.h"
 
 #include <algorithm>
+#include <set>
 #include <stdexcept>
 #include <vector>
 
+#include "ltlib/fileregistry/store/store_wait.h"
 #include "ltlib/foundation/do_once.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/foundation/process_mutex.h"
 #include "ltlib/foundation/uid.h"
+#include "ltlib/platform/lock_wait.h"
 #include "ltlib/platform/process.h"
 
 namespace LTLib::detail {
@@ -23,6 +26,7 @@ using Platform::FileResult;
 using Platform::FileStatus;
 
 constexpr char kIdentityFile[] = "qsconfig.dat";
+constexpr char kIdentityLock[] = "qs_config_lock";
 constexpr char kNamePrefix[] = "qs_config_";
 constexpr char kNameOfEmptyFile[] = "qs_config";
 
@@ -44,6 +48,7 @@ struct StoreState {
   ProcessMutex lock{ProcessLock::kStores};
   std::map<std::string, std::string> names;
   std::vector<HeldFolder> held;
+  std::set<std::string> unlocked;  // pathnames of stores that are read without locks
 };
 
 ltDoOnce_t s_storeOnce;
@@ -111,12 +116,11 @@ FileHandle openIdentity(const std::string& path, const std::string& name) {
 }
 
 // Read to its end in pieces, as a size that was asked for may be another by then.
-std::string readIdentity(const std::string& path, const std::string& name) {
-  const FileHandle file = openIdentity(path, name);
+std::string nameIn(Platform::File& file, const std::string& path) {
   std::string text;
   char piece[kLongestIdentity + 1];
   for (std::size_t taken = 1; taken != 0 && text.size() <= kLongestIdentity;) {
-    if (fileCalls().read(*file, piece, sizeof piece, &taken) != FileResult::kDone) {
+    if (fileCalls().read(file, piece, sizeof piece, &taken) != FileResult::kDone) {
       throwNoIdentity(path, Platform::lastFileFailure());
     }
     text.append(piece, taken);
@@ -125,6 +129,11 @@ std::string readIdentity(const std::string& path, const std::string& name) {
     throwNoIdentity(path, "it is longer than " + std::to_string(kLongestIdentity) + " bytes");
   }
   return text.empty() ? kNameOfEmptyFile : text;
+}
+
+std::string readIdentity(const std::string& path, const std::string& name) {
+  const FileHandle file = openIdentity(path, name);
+  return nameIn(*file, path);
 }
 
 // By identity, since one folder has any number of pathnames, and a second opening of its file by this
@@ -173,7 +182,7 @@ std::string locateStore(const std::string& pathname) {
 const std::string& cfgLockName(const std::string& pathname) {
   StoreState& stores = store();
   const ScopedLock threads(stores.lock);
-  NamedMutex identityLock("qs_config_lock");
+  NamedMutex identityLock(kIdentityLock);
   auto known = stores.names.find(pathname);
   if (known == stores.names.end()) {
     const std::string name = newName();
@@ -199,6 +208,9 @@ NamedMutexHold::NamedMutexHold(NamedMutex& mutex) : m_mutex(mutex) {
 
 // The file may be removed while this waits for its lock: whoever comes then locks another one.
 FolderHold::FolderHold(const std::string& pathname, const std::string& lockName) {
+  if (store().unlocked.contains(pathname)) {
+    return;
+  }
   const std::string path = identityPathname(pathname);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     FileHandle file = openIdentity(path, lockName);
@@ -242,3 +254,55 @@ StoreHold::StoreHold(const std::string& pathname, const std::string& lockName)
       m_folder(pathname, lockName) {}
 
 }  // namespace LTLib::detail
+
+namespace LTLib {
+namespace {
+
+StoreLock describedLock(const std::string& name, const std::string& file) {
+  StoreLock lock{name, name.empty() ? file : Platform::namedLockPlace(name), 0, {}};
+  const auto holder =
+      name.empty() ? Platform::holderOfFileLock(file) : Platform::holderOfNamedLock(name);
+  if (holder) {
+    lock.holder = holder->process;
+    lock.program = holder->program;
+  }
+  return lock;
+}
+
+}  // namespace
+
+std::vector<StoreLock> storeLocks(const std::string& pathname) {
+  std::vector<StoreLock> locks{describedLock(detail::kIdentityLock, {})};
+  try {
+    const std::string path = detail::identityPathname(detail::locateStore(pathname));
+    Platform::FileHandle file;
+    if (Platform::openFile(path, Platform::Links::kRefused, file) == Platform::FileResult::kDone) {
+      locks.push_back(describedLock(detail::nameIn(*file, path), {}));
+      locks.push_back(describedLock({}, path));
+    }
+  } catch (const QSException&) {        // a link that leads nowhere
+  } catch (const std::length_error&) {  // a file that holds no name
+  }
+  return locks;
+}
+
+void limitStoreWaits(std::chrono::milliseconds limit) noexcept {
+  Platform::limitLockWaits(limit);
+}
+
+// The name that an empty identity file gives is as good as any: nobody is kept out who could be met.
+bool readWithoutLock(const std::string& pathname) {
+  const std::string located = detail::locateStore(pathname);
+  detail::StoreState& stores = detail::store();
+  const ScopedLock threads(stores.lock);
+  try {
+    (void)detail::cfgLockName(located);
+    return false;
+  } catch (const std::length_error&) {
+    stores.names.emplace(located, detail::kNameOfEmptyFile);
+    stores.unlocked.insert(located);
+    return true;
+  }
+}
+
+}  // namespace LTLib

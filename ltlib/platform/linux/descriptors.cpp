@@ -7,8 +7,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 
 #include "ltlib/platform/linux/fork_window.h"
+#include "ltlib/platform/lock_wait.h"
 
 namespace LTLib::Platform {
 namespace {
@@ -20,6 +23,22 @@ int lockUninterrupted(int descriptor, int operation) noexcept {
     }
   }
   return 0;
+}
+
+// The kernel has no such wait with an end, but for a signal, which belongs to the program.
+int lockWithin(int descriptor, std::chrono::milliseconds limit) noexcept {
+  constexpr std::chrono::milliseconds kPause{10};
+  const auto end = std::chrono::steady_clock::now() + limit;
+  for (;;) {
+    const int error = lockUninterrupted(descriptor, LOCK_EX | LOCK_NB);
+    if (error != EWOULDBLOCK) {
+      return error;
+    }
+    if (std::chrono::steady_clock::now() >= end) {
+      return ETIMEDOUT;
+    }
+    std::this_thread::sleep_for(kPause);
+  }
 }
 
 }  // namespace
@@ -43,7 +62,8 @@ int waitForKernelLock(int descriptor) noexcept {
     return error;
   }
   const ForkWindow window;
-  return lockUninterrupted(descriptor, LOCK_EX);
+  const auto limit = lockWaitLimit();
+  return limit ? lockWithin(descriptor, *limit) : lockUninterrupted(descriptor, LOCK_EX);
 }
 
 }  // namespace LTLib::Platform

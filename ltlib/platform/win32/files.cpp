@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "ltlib/platform/lock_wait.h"
 #include "ltlib/platform/win32/owned_handle.h"
 #include "ltlib/platform/win32/system_words.h"
 
@@ -166,10 +167,32 @@ FileResult close(File* file) {
 }
 
 // A byte far behind any end of the file, since what is locked here nobody else can read.
-FileResult lock(File& file) {
+BOOL lockNow(HANDLE handle, DWORD flags) {
   OVERLAPPED place{};
   place.OffsetHigh = 0x40000000;
-  return resultOf(LockFileEx(file.handle, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &place));
+  return LockFileEx(handle, LOCKFILE_EXCLUSIVE_LOCK | flags, 0, 1, 0, &place);
+}
+
+// A wait for a file's lock has no end of its own.
+BOOL lockWithin(HANDLE handle, std::chrono::milliseconds limit) {
+  constexpr DWORD kPause = 10;
+  const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(limit.count());
+  for (;;) {
+    if (lockNow(handle, LOCKFILE_FAIL_IMMEDIATELY) != 0) {
+      return TRUE;
+    }
+    const bool held = GetLastError() == ERROR_LOCK_VIOLATION || GetLastError() == ERROR_IO_PENDING;
+    if (!held || GetTickCount64() >= end) {
+      SetLastError(held ? ERROR_TIMEOUT : GetLastError());
+      return FALSE;
+    }
+    Sleep(kPause);
+  }
+}
+
+FileResult lock(File& file) {
+  const auto limit = lockWaitLimit();
+  return resultOf(limit ? lockWithin(file.handle, *limit) : lockNow(file.handle, 0));
 }
 
 FileResult tell(HANDLE handle, FileStatus* found) {

@@ -1,5 +1,6 @@
 #include "ltlib/platform/named_lock.h"
 
+#include "ltlib/platform/lock_wait.h"
 #include "ltlib/platform/win32/owned_handle.h"
 
 namespace LTLib::Platform {
@@ -13,11 +14,14 @@ NamedLock* openNamedLock(const std::string& name, std::string&) noexcept {
 }
 
 NamedLockWait waitForNamedLock(NamedLock& lock) noexcept {
-  switch (WaitForSingleObject(lock.handle, INFINITE)) {
+  const auto limit = lockWaitLimit();
+  switch (WaitForSingleObject(lock.handle, limit ? static_cast<DWORD>(limit->count()) : INFINITE)) {
     case WAIT_OBJECT_0:
       return {NamedLockStatus::kObtained, 0};
     case WAIT_ABANDONED:
       return {NamedLockStatus::kAbandoned, 0};
+    case WAIT_TIMEOUT:
+      return {NamedLockStatus::kFailed, ERROR_TIMEOUT};
     case WAIT_FAILED:
       return {NamedLockStatus::kFailed, GetLastError()};
     default:
