@@ -76,7 +76,8 @@ std::string placeIn(const std::string& file, std::size_t line) {
 }
 
 void throwBadLine(const std::string& file, std::size_t line, const std::string& what) {
-  throw Failure(ExitCode::kBadInput, placeIn(file, line) + what + "; nothing was changed");
+  throw Failure(ExitCode::kBadInput, placeIn(file, line) + what + "; nothing was changed",
+                {file, line});
 }
 
 std::string nameInDocument(std::string name, bool onFiles) {
