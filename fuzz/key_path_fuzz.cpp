@@ -29,9 +29,9 @@ using Names = std::vector<std::string_view>;
 Names namesOfPath(std::string_view path, QSCfgTree& tree) {
   MadeWay way(tree, path);
   way.keep();
-  demand(way.section() == nullptr || lacksFirstComponent(path) ||
-             tree.findPath(path) == way.section(),
-         "a path does not lead where it did");
+  demand(
+      way.section() == nullptr || lacksFirstComponent(path) || tree.findPath(path) == way.section(),
+      "a path does not lead where it did");
   Names names;
   for (const QSCfgDataSection* at = way.section(); at != nullptr && at->parent() != nullptr;
        at = at->parent()) {

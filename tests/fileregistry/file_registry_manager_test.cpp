@@ -192,8 +192,7 @@ TEST_F(FileManager, ListsValuesWithTheirData) {
   for (const int values : {3, 40}) {
     for (int i = 0; i < values; ++i) {
       const std::string number = std::to_string(i);
-      text += "\"v" + number + "\"=string:\"text " + number + "\"\n\"V" + number +
-              "\"=ulong:5\n";
+      text += "\"v" + number + "\"=string:\"text " + number + "\"\n\"V" + number + "\"=ulong:5\n";
       expected += 'v' + number + "=text " + number + ";V" + number + "=text " + number + ';';
     }
     restartWith(text);
