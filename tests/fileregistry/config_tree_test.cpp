@@ -110,6 +110,7 @@ TEST(ConfigTree, TellsPathsApartThatReadAlike) {
 TEST(ConfigTree, FollowsLongPathsDownAndUp) {
   const std::string name(200, 'n');
   QSCfgTree tree("t");
+  std::string held;
   std::vector<std::string> paths{name};
   std::vector<QSCfgDataSection*> sections{&tree.addSection(tree.top(), name)};
   for (int depth = 1; depth < 5; ++depth) {
@@ -119,6 +120,8 @@ TEST(ConfigTree, FollowsLongPathsDownAndUp) {
   for (std::size_t round = 0; round < 2; ++round) {
     for (std::size_t i = 1; i < paths.size(); ++i) {
       EXPECT_EQ(tree.findPath(paths[i]), sections[i]);
+      EXPECT_EQ(tree.findPath(paths[4]), sections[4]) << "some names further";
+      EXPECT_TRUE(equalNames(sections[i]->path(held), paths[i]));
       EXPECT_EQ(tree.findPath(paths[i] + "\\" + name + "x"), nullptr);
       EXPECT_EQ(tree.findPath(paths[i] + "\\\\" + name), nullptr);
     }
