@@ -94,12 +94,22 @@ class Watch {
     if (m_store.empty()) {
       return exported();
     }
-    const GuardedStore held = openStore(m_store, Access::kRead);
-    if (!held.report.loads()) {
-      complain(whyNotLoaded(m_store, held.report));
-      return std::nullopt;
+    // Whoever writes without the lock may do so between the reading and the check.
+    for (;;) {
+      std::string text = storeText();
+      const GuardedStore held = openStore(m_store, Access::kRead);
+      if (!held.report.loads()) {
+        complain(whyNotLoaded(m_store, held.report));
+        return std::nullopt;
+      }
+      if (text == storeText()) {
+        return text;
+      }
     }
-    return held.report.exists ? readTextFile(m_store) : std::string();
+  }
+
+  [[nodiscard]] std::string storeText() const {
+    return fs::exists(fileOf(m_store)) ? readTextFile(m_store) : std::string();
   }
 
   [[nodiscard]] std::string exported() const {
