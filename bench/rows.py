@@ -300,8 +300,9 @@ def tool_rows():
     """Every work of the tool; `peers` are left out where they have no such work."""
     rows = []
     for work in ('get', 'list', 'tree', 'find', 'set', 'delete', 'delete a key', 'copy', 'rename',
-                 'export', 'import', 'diff', 'check', 'path', 'expand', 'vars', 'component list',
-                 'manual', 'completion', 'help'):
+                 'export', 'import', 'diff', 'merge', 'batch', 'explain', 'recover', 'query', 'add',
+                 'check', 'path', 'expand', 'vars', 'component list', 'manual', 'completion',
+                 'help'):
         peers = [peer for peer, works in TOOL_PEERS.items() if work in works]
         for peer in peers or [None]:
             kind = Row if peer else Plain

@@ -66,6 +66,8 @@ class Tools:
         self.path, values = next((p, v) for p, v in tree[len(tree) // 2:]
                                  if re.fullmatch(r'[\w\\{}. -]+', p) and p.count('\\') > 1)
         self.name = values[0][0]
+        with open(self.file('batch'), 'w', encoding='utf-8') as out:
+            out.writelines(f"set 'HKLM\\{self.path}' 'Number {i}' {i}\n" for i in range(1000))
         self.write_crudini(tree)
         self.write_git(tree)
         self.works = {'ltreg': self.of_ltreg(), 'crudini': self.of_crudini(), 'git': self.of_git()}
@@ -129,6 +131,12 @@ class Tools:
             'export': ['export', ROOT + '\\Software'] + store,
             'import': ['import', self.reg, '--lossy'] + store,
             'diff': ['diff', 'work', self.store],
+            'merge': ['merge', '-o', 'merged', self.store, 'work', self.store],
+            'batch': ['batch', self.file('batch')] + store,
+            'explain': ['explain', key, self.name] + store,
+            'recover': ['recover', ROOT] + store,
+            'query': ['query', key] + store,
+            'add': ['add', key, 'A new name'] + text + store,
             'check': ['check'] + store,
             'path': ['path', ROOT],
             'expand': ['expand', '%SharedRoot%'] + store,
