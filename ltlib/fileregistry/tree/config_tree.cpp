@@ -108,8 +108,8 @@ QSCfgDataSection* LastWalk::follow(std::string_view path, Walk walk, Step step) 
   }
   QSCfgDataSection* found = m_section;
   if (found == nullptr || path != m_path) {
-    const std::string_view name = found != nullptr ? nameBelow(path) : std::string_view();
-    found = name.empty() ? walk() : step(*found, name);
+    const std::string_view name = nameBelow(path);
+    found = found == nullptr || name.empty() ? walk() : step(*found, name);
     remember(path, found);
   }
   m_inUse.store(false, std::memory_order_release);
