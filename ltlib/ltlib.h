@@ -32,6 +32,12 @@
 #include "ltlib/registry/reg_value.h"
 #include "ltlib/registry/registry_manager.h"
 #include "ltlib/registry/win32_registry_manager.h"
+#include "ltlib/settings.h"
+#include "ltlib/settings/error.h"
+#include "ltlib/settings/group.h"
+#include "ltlib/settings/key.h"
+#include "ltlib/settings/value.h"
+#include "ltlib/settings/walk.h"
 #include "ltlib/variables/variable_manager.h"
 #include "ltlib/variables/variable_report.h"
 

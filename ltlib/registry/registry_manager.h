@@ -72,6 +72,10 @@ struct RegistryValue {
 
 }  // namespace LTLib
 
+// The interface is never deleted through, and a destructor would be one more virtual operation.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
 /// The registry interface, with the shape of the operating system's registry calls.
 class LTLIB_EXPORT QSRegistryManager {
  public:
@@ -150,6 +154,8 @@ class LTLIB_EXPORT QSRegistryManagerImpl : public QSRegistryManager {
   /// `*dataSize` + 1 bytes, and must write no more than that.
   virtual int queryWholeValue(void* key, const char* valueName, LTLib::RegistryValue& value);
 };
+
+#pragma GCC diagnostic pop
 
 namespace LTLib {
 
