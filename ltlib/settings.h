@@ -5,6 +5,7 @@
 #include "ltlib/settings/error.h"
 #include "ltlib/settings/group.h"
 #include "ltlib/settings/key.h"
+#include "ltlib/settings/transaction.h"
 #include "ltlib/settings/value.h"
 #include "ltlib/settings/walk.h"
 

@@ -30,7 +30,10 @@ bool changeTree(QSFileKeyHandle& key, Change change) {
     cfgEnsureLoaded(key);
   }
   key.dropTrailingBackslash();
-  return change(*cfgRootOf(key.root()).tree);
+  QSCfgRoot& root = cfgRootOf(key.root());
+  const bool done = change(*root.tree);
+  root.changed = root.changed || done;
+  return done;
 }
 
 // Only some codes make a new field; a text for any other goes to a field that is there. What has no

@@ -14,6 +14,7 @@
 #include <string>
 #include <system_error>
 
+#include "ltlib/fileregistry/store/store_reload.h"
 #include "ltlib/foundation/kqsresult.h"
 
 namespace LTLib {
@@ -37,7 +38,6 @@ inline constexpr QSResult kAbsentCode = resultFromSystemError(2);
 inline constexpr QSResult kWrongTypeCode = resultFromSystemError(1629);
 inline constexpr QSResult kOutOfRangeCode = resultFromSystemError(534);
 inline constexpr QSResult kNoFormCode = resultFromSystemError(13);
-inline constexpr QSResult kUnsavedCode = resultFromSystemError(2401);
 
 [[nodiscard]] constexpr SettingsErrc conditionOf(QSResult result) {
   switch (result) {
@@ -51,7 +51,7 @@ inline constexpr QSResult kUnsavedCode = resultFromSystemError(2401);
       return SettingsErrc::kOutOfRange;
     case kNoFormCode:
       return SettingsErrc::kNoForm;
-    case kUnsavedCode:
+    case kHasChanges:
       return SettingsErrc::kUnsaved;
     case resultFromSystemError(5):
     case resultFromSystemError(19):

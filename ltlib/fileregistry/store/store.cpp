@@ -10,6 +10,7 @@
 #include "ltlib/fileregistry/store/load_merge.h"
 #include "ltlib/fileregistry/store/store_failure.h"
 #include "ltlib/fileregistry/store/store_lock.h"
+#include "ltlib/fileregistry/store/store_reload.h"
 #include "ltlib/fileregistry/store/store_swap.h"
 #include "ltlib/fileregistry/text/text_writer.h"
 #include "ltlib/fileregistry/tree/tree_lock.h"
@@ -237,6 +238,7 @@ QSResult cfgSaveFile(enumRegRoot root, std::string& pathname) {
     const StoreHold store(located);
     if (ready) {
       replaceStore(record, located);
+      record.changed = record.changed && pathname != cfgDefaultPathname(root);
     }
     return kSuccess;
   } catch (const std::exception& failure) {
@@ -245,4 +247,39 @@ QSResult cfgSaveFile(enumRegRoot root, std::string& pathname) {
   }
 }
 
+// The tree that was is kept until the file has been read, so that a failure leaves it as it stood.
+QSResult cfgReloadFile(enumRegRoot root, UnsavedChanges unsaved) {
+  const TreeWriting writing;
+  if (registryRootName(root) == nullptr) {
+    return kFailure;
+  }
+  QSCfgRoot& record = cfgRootOf(predefinedRootHandle(root));
+  if (record.changed && unsaved == UnsavedChanges::kAreKept) {
+    return kHasChanges;
+  }
+  QSCfgRoot fresh;
+  fresh.root = root;
+  fresh.touched = true;
+  fresh.tree = std::make_unique<QSCfgTree>(registryRootName(root));
+  makeTrees();
+  std::swap(record, fresh);
+  const auto failed = [&] {
+    if (unsaved == UnsavedChanges::kAreKept) {
+      std::swap(record, fresh);
+    }
+    return kFailure;
+  };
+  try {
+    loadStep(record);
+  } catch (...) {
+    (void)failed();
+    throw;
+  }
+  return record.loadFailed || !record.unreadable.empty() ? failed() : kSuccess;
+}
+
 }  // namespace LTLib::detail
+
+QSResult LTLib::reloadStore(enumRegRoot root, UnsavedChanges unsaved) {
+  return GetConfigurationPathname(root).empty() ? kSuccess : detail::cfgReloadFile(root, unsaved);
+}

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "ltlib/fileregistry/store/store_reload.h"
 #include "ltlib/fileregistry/text/text_reader.h"
 #include "ltlib/fileregistry/tree/roots.h"
 #include "ltlib/foundation/kqsresult.h"
@@ -22,6 +23,9 @@ void cfgEnsureLoaded(const QSFileKeyHandle& key);
 /// Replaces the store file by the root's present tree: 0, or 0x80004005 with nothing changed. An
 /// empty `pathname` becomes the root's default file name.
 [[nodiscard]] QSResult cfgSaveFile(enumRegRoot root, std::string& pathname);
+
+/// What reloadStore does on files.
+[[nodiscard]] QSResult cfgReloadFile(enumRegRoot root, UnsavedChanges unsaved);
 
 }  // namespace LTLib::detail
 

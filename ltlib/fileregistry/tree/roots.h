@@ -77,6 +77,7 @@ struct QSCfgRoot {
   bool touched = false;             // a tree operation has asked for this root
   bool loaded = false;              // the store file was read to its end
   bool loadFailed = false;          // the last attempt to read it failed
+  bool changed = false;             // the tree may hold what its own store file does not
   std::string unreadable;           // why a file that is there counted as empty
   std::string leftBehind;           // a missing store beside which a save's files lie
   QSCfgDelivered delivered;         // by attempts that failed

@@ -1,0 +1,134 @@
+// Transactions of several processes on one store, and what is left of one that did not come to its end.
+#include "ltlib/settings/transaction.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ltlib/settings.h"
+#include "tests/support/child_process.h"
+#include "tests/support/store_fixture.h"
+
+namespace {
+
+using namespace LTLib::Testing;
+using LTLib::Key;
+using LTLib::Root;
+using LTLib::SettingsErrc;
+using LTLib::Transaction;
+
+constexpr int kProcesses = 7;
+constexpr int kKilled = 3;  // of them, at any moment
+
+Key counters() {
+  return {Root::kLocalMachine, "Software\\Counters"};
+}
+
+// Adds 1 to the value of its own as often as told, and tells of each that is committed.
+const Scenario s_counts("counts", [](const std::vector<std::string>& arguments) {
+  for (int left = std::stoi(arguments[1]); left > 0; --left) {
+    Transaction transaction(Root::kLocalMachine);
+    const int next = counters().get(arguments[0], 0) + 1;
+    counters().set(arguments[0], next);
+    transaction.commit();
+    tellParent(std::to_string(next));
+  }
+  return 0;
+});
+
+class Transactions : public StoreTest {
+ protected:
+  // As another process would, with this one's tree left alone.
+  void saveElsewhere(const std::string& text) const {
+    m_folder.write("HKEY_LOCAL_MACHINE.cfg", text);
+  }
+  [[nodiscard]] std::string saved() const { return readFile(store()); }
+};
+
+TEST_F(Transactions, EveryCommittedChangeOfSevenProcessesIsThere) {
+  const char* const asked = std::getenv("LTLIB_TEST_TRANSACTIONS");
+  const int rounds = asked != nullptr ? std::atoi(asked) : 40;
+  std::vector<std::unique_ptr<ChildProcess>> children;
+  for (int i = 0; i < kProcesses; ++i) {
+    children.push_back(std::make_unique<ChildProcess>(
+        "counts", std::vector<std::string>{std::to_string(i), std::to_string(rounds)}));
+  }
+  std::vector<int> told(kProcesses);
+  for (int i = 0; i < kKilled; ++i) {
+    for (int round = 0; round < rounds / (i + 2); ++round) {
+      told[i] = std::stoi(children[i]->hear());
+    }
+    children[i]->kill();
+  }
+  for (int i = 0; i < kProcesses; ++i) {
+    for (std::string line = children[i]->hear(); !line.empty(); line = children[i]->hear()) {
+      told[i] = std::stoi(line);
+    }
+    EXPECT_EQ(children[i]->wait() == 0, i >= kKilled);
+  }
+  Transaction transaction(Root::kLocalMachine);
+  for (int i = 0; i < kProcesses; ++i) {
+    const int kept = counters().get(std::to_string(i), 0);
+    // A process that was killed may have saved once more than it told.
+    EXPECT_TRUE(kept == told[i] || (i < kKilled && kept == told[i] + 1)) << kept << told[i];
+    EXPECT_TRUE(i < kKilled || kept == rounds);
+  }
+}
+
+TEST_F(Transactions, OneSeesThePresentFileAndIsTakenBackUnlessCommitted) {
+  restartWith("[A\\B]\n\"n\"=ulong:1\n\n");
+  const Key key(Root::kLocalMachine, "A\\B");
+  EXPECT_EQ(key.get("n", 0), 1);
+  saveElsewhere("[A\\B]\n\"n\"=ulong:2\n\n");
+  EXPECT_EQ(key.get("n", 0), 1);
+  {
+    const Transaction transaction(Root::kLocalMachine);
+    EXPECT_EQ(key.get("n", 0), 2);
+    key.set("n", 3);
+    key.set("other", 3);
+  }
+  EXPECT_TRUE(key.get("n", 0) == 2 && !key.contains("other") && locksAreFree());
+  Transaction transaction(Root::kLocalMachine);
+  key.set("n", 4);
+  transaction.commit();
+  EXPECT_EQ(saved(), "[A\\B]\n\"n\"=ulong:4\n\n");
+  EXPECT_TRUE(locksAreFree());
+  EXPECT_THROW(transaction.commit(), LTLib::SettingsError);
+}
+
+TEST_F(Transactions, WhatFailsLeavesAllAsItWas) {
+  restartWith("[A\\B]\n\"n\"=ulong:1\n\n");
+  const Key key(Root::kLocalMachine, "A\\B");
+  std::error_code code;
+  key.set("n", 2);
+  saveElsewhere("[A\\B]\n\"n\"=ulong:3\n\n");
+  Transaction(Root::kLocalMachine, code);
+  EXPECT_EQ(code, SettingsErrc::kUnsaved);
+  EXPECT_THROW(LTLib::reload(Root::kLocalMachine), LTLib::SettingsError);
+  EXPECT_EQ(key.get("n", 0), 2);
+  EXPECT_EQ(save(), 0);
+  LTLib::reload(Root::kLocalMachine, code);
+  EXPECT_TRUE(!code && locksAreFree());
+
+  std::filesystem::create_directory(m_folder.path("HKEY_LOCAL_MACHINE.cfg_new"));
+  std::ofstream(m_folder.path("HKEY_LOCAL_MACHINE.cfg_new") + "/file");
+  {
+    Transaction transaction(Root::kLocalMachine);
+    key.set("n", 5);
+    transaction.commit(code);
+    EXPECT_EQ(code, SettingsErrc::kStoreFailure);
+    EXPECT_TRUE(key.get("n", 0) == 2 && locksAreFree());
+  }
+  std::filesystem::remove(store());
+  std::filesystem::create_directory(store());
+  LTLib::reload(Root::kLocalMachine, code);
+  EXPECT_EQ(code, SettingsErrc::kStoreFailure);
+  EXPECT_EQ(key.get("n", 0), 2);
+}
+
+}  // namespace
