@@ -1,13 +1,17 @@
 # What `cmake --install` lays down, and the package that find_package(ltlib) reads.
 include(CMakePackageConfigHelpers)
 
-# The umbrella header is the list of the public headers, so that the two never differ.
-set(umbrella ${PROJECT_SOURCE_DIR}/ltlib/ltlib.h)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${umbrella})
-file(STRINGS ${umbrella} public_headers REGEX "^#include \"")
-list(TRANSFORM public_headers REPLACE "^#include \"(.+)\".*" "${PROJECT_SOURCE_DIR}/\\1")
+# The umbrella headers are the list of the public headers, so that the two never differ.
+foreach(umbrella IN ITEMS ltlib.h settings.h component.h)
+  set(umbrella ${PROJECT_SOURCE_DIR}/ltlib/${umbrella})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${umbrella})
+  file(STRINGS ${umbrella} included REGEX "^#include \"")
+  list(TRANSFORM included REPLACE "^#include \"(.+)\".*" "${PROJECT_SOURCE_DIR}/\\1")
+  list(APPEND public_headers ${umbrella} ${included})
+endforeach()
+list(REMOVE_DUPLICATES public_headers)
 target_sources(ltlib PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}
-                            FILES ${umbrella} ${public_headers})
+                            FILES ${public_headers})
 
 # Users never include the tracer, but the loader has to find it beside the library.
 install(TARGETS ltlib lttracer EXPORT ltlibTargets FILE_SET HEADERS)

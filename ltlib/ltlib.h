@@ -1,4 +1,5 @@
-// The whole public interface of the base library.
+// The whole public interface of the base library, but for what stands on it alone: ltlib/settings.h and
+// ltlib/component.h, whose standard headers a program may not want.
 #ifndef LTLIB_LTLIB_H
 #define LTLIB_LTLIB_H
 
@@ -33,13 +34,6 @@
 #include "ltlib/registry/reg_value.h"
 #include "ltlib/registry/registry_manager.h"
 #include "ltlib/registry/win32_registry_manager.h"
-#include "ltlib/settings.h"
-#include "ltlib/settings/error.h"
-#include "ltlib/settings/group.h"
-#include "ltlib/settings/key.h"
-#include "ltlib/settings/transaction.h"
-#include "ltlib/settings/value.h"
-#include "ltlib/settings/walk.h"
 #include "ltlib/variables/variable_manager.h"
 #include "ltlib/variables/variable_report.h"
 

@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -112,12 +113,19 @@ class iqs_ptr : public LTLib::detail::CountedPointee<T> {
   requires(!std::same_as<T, U>) explicit(false) iqs_ptr(const iqs_ptr<U>& other)
       : iqs_ptr(other.share()) {}
 
+  /// Gives the reference back.
+  iqs_ptr& operator=(std::nullptr_t) {
+    this->Release();
+    return *this;
+  }
+
   T* get() const { return this->pointee(); }
   T* operator->() const { return this->pointee(); }
   T& operator*() const { return *this->pointee(); }
   void swap(iqs_ptr& other) noexcept { this->swapPointees(other); }
 
   friend bool operator==(const iqs_ptr& a, const iqs_ptr& b) { return a.get() == b.get(); }
+  friend bool operator==(const iqs_ptr& a, std::nullptr_t) { return a.get() == nullptr; }
 
  private:
   template <class>
@@ -139,6 +147,16 @@ class iqs_const_ptr : public LTLib::detail::CountedPointee<T> {
   template <std::derived_from<T> U>
   explicit(false) iqs_const_ptr(const iqs_ptr<U>& other) : iqs_const_ptr(other.share()) {}
 
+  template <std::derived_from<T> U>
+  requires(!std::same_as<T, U>) explicit(false) iqs_const_ptr(const iqs_const_ptr<U>& other)
+      : iqs_const_ptr(other.share()) {}
+
+  /// Gives the reference back.
+  iqs_const_ptr& operator=(std::nullptr_t) {
+    this->Release();
+    return *this;
+  }
+
   const T* get() const { return this->pointee(); }
   const T* operator->() const { return this->pointee(); }
   const T& operator*() const { return *this->pointee(); }
@@ -147,6 +165,11 @@ class iqs_const_ptr : public LTLib::detail::CountedPointee<T> {
   friend bool operator==(const iqs_const_ptr& a, const iqs_const_ptr& b) {
     return a.get() == b.get();
   }
+  friend bool operator==(const iqs_const_ptr& a, std::nullptr_t) { return a.get() == nullptr; }
+
+ private:
+  template <class>
+  friend class iqs_const_ptr;
 };
 
 #endif  // LTLIB_COMPONENT_SHARED_OBJECT_H

@@ -22,6 +22,7 @@
 #ifndef LTLIB_SETTINGS_KEY_H
 #define LTLIB_SETTINGS_KEY_H
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -88,7 +89,8 @@ class NewValue {
       : m_result(text != nullptr ? detail::writeText(text, m_stored) : detail::kNoFormCode) {}
   explicit(false) NewValue(std::initializer_list<std::string_view> items)
       : m_result(detail::writeList(items, m_stored)) {}
-  explicit(false) NewValue(std::span<const std::byte> bytes)
+  template <std::convertible_to<std::span<const std::byte>> Range>
+  requires(!SettingType<Range>) explicit(false) NewValue(const Range& bytes)
       : m_result(detail::writeBytes(bytes, m_stored)) {}
   /// A buffer may be bytes or a text, and need not be terminated.
   template <std::size_t N>

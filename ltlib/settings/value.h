@@ -364,12 +364,34 @@ class Value {
     return out;
   }
 
+  /// The value for people: a number, a text or a list's items between quotes, or how many bytes.
+  [[nodiscard]] std::string shown() const;
+
   /// The type's number, as REG_SZ.
   [[nodiscard]] unsigned int type() const { return m_stored.type; }
 
  private:
   RegistryValue m_stored;
 };
+
+inline std::string Value::shown() const {
+  if (const auto number = as<std::uint64_t>(); number && !detail::isText(m_stored)) {
+    return std::to_string(*number);
+  }
+  detail::Texts texts;
+  if (detail::isText(m_stored)) {
+    texts.emplace_back(detail::textIn(m_stored));
+  } else if (m_stored.type == REG_MULTI_SZ) {
+    texts = detail::itemsIn(m_stored.bytes);
+  } else {
+    return std::to_string(m_stored.bytes.size()) + " bytes";
+  }
+  std::string line;
+  for (const std::string& text : texts) {
+    line.append(line.empty() ? "\"" : " \"").append(text).push_back('"');
+  }
+  return line;
+}
 
 }  // namespace LTLib
 

@@ -220,19 +220,18 @@ walk_the_road_of_a_request() {
   show ltreg vars
   show ltreg expand '%CLASSID%\Example.Hello' --trace
   show_failing 1 ltreg component check Example.Hello
-  say "The two classes of a library are entered:"
+  say "The class of a library is entered:"
   show ltreg component register --all "$library"
   show cat components/HKEY_LOCAL_MACHINE.cfg
   show ltreg component list
   say "A process of its own loads the library, and with --create makes an object of a component:"
   show ltreg component check Example.Hello --create
-  show ltreg component check Example.Counter
   say "What is wrong with a class is told in one line:"
   show ltreg component register Example.Text components/HKEY_LOCAL_MACHINE.cfg
   show_failing 5 ltreg component check Example.Text
   show ltreg component register Example.Other "$library"
   show_failing 5 ltreg component check Example.Other
-  say "A program creates objects of the two classes and uses them:"
+  say "A program creates an object of the class and uses it by two interfaces:"
   (run greeter "$library")
 }
 

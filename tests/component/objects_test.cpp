@@ -74,7 +74,10 @@ TEST(IqsPtr, CountsCopiesAndEndsWithTheLast) {
   iqs_const_ptr<Shared> reading(first);
   iqs_ptr<Shared> moved(std::move(second));
   EXPECT_EQ(object->m_refCount, 4);
-  EXPECT_TRUE(moved == first);
+  iqs_const_ptr<Shared> base = iqs_const_ptr<Derived>(derived);
+  EXPECT_TRUE(moved == first && base == reading && base != nullptr);
+  base = nullptr;
+  EXPECT_TRUE(base == nullptr && second == nullptr);
   first.Release();
   derived.Release();
   iqs_const_ptr<Shared>().swap(reading);

@@ -102,8 +102,11 @@ foreach(file IN LISTS files)
   endforeach()
 endforeach()
 
-# What a public header includes is public, too: the umbrella names it.
-set(public ${rules_umbrella} ${includes_${rules_umbrella}})
+# What a public header includes is public, too: an umbrella names it.
+set(public ${rules_umbrella})
+foreach(umbrella IN LISTS rules_umbrella)
+  list(APPEND public ${includes_${umbrella}})
+endforeach()
 foreach(file IN LISTS public)
   foreach(header IN LISTS includes_${file})
     if(NOT header IN_LIST public)
