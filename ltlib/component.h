@@ -288,13 +288,15 @@ ComponentPtr<I> fail(CreationFailure& failure, QSResult result, std::string reas
 /// A new object of a class by one of its interfaces; none, with the reason, where it fails.
 template <ComponentInterface I>
 [[nodiscard]] ComponentPtr<I> create(const iqsID& id, CreationFailure& failure) {
-  failure = {};
+  failure.result = kSuccess;
+  failure.reason.clear();
   void* out = nullptr;
-  std::string error;
   CreationStep step = CreationStep::kLoad;
   try {
-    if (const QSResult result = createInstance(nullptr, id, &out, error, step); result < 0) {
-      return detail::fail<I>(failure, result, detail::creationReason(id, result, step, error));
+    if (const QSResult result = createInstance(nullptr, id, &out, failure.reason, step);
+        result < 0) {
+      return detail::fail<I>(failure, result,
+                             detail::creationReason(id, result, step, failure.reason));
     }
   } catch (const QSException& thrown) {
     return detail::fail<I>(failure, thrown.Result() < 0 ? thrown.Result() : kFailure,
