@@ -47,7 +47,7 @@ class Hello : public LTLib::Component<Hello, Greeter, Counter> {
   }
   ~Hello() override { --s_alive; }
 
-  QSResult init() {
+  QSResult init() {  // NOLINT(bugprone-virtual-near-miss)
     if (s_outcome == Outcome::kThrows) {
       throw std::runtime_error("no network");
     }

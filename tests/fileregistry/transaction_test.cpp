@@ -5,7 +5,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -54,9 +53,12 @@ TEST_F(Transactions, EveryCommittedChangeOfSevenProcessesIsThere) {
   const char* const asked = std::getenv("LTLIB_TEST_TRANSACTIONS");
   const int rounds = asked != nullptr ? std::atoi(asked) : 40;
   std::vector<std::unique_ptr<ChildProcess>> children;
+  children.reserve(kProcesses);
   for (int i = 0; i < kProcesses; ++i) {
+    // Those that are killed would go on for ever.
+    const int until = i < kKilled ? 1'000'000'000 : rounds;
     children.push_back(std::make_unique<ChildProcess>(
-        "counts", std::vector<std::string>{std::to_string(i), std::to_string(rounds)}));
+        "counts", std::vector<std::string>{std::to_string(i), std::to_string(until)}));
   }
   std::vector<int> told(kProcesses);
   for (int i = 0; i < kKilled; ++i) {
@@ -107,7 +109,7 @@ TEST_F(Transactions, WhatFailsLeavesAllAsItWas) {
   std::error_code code;
   key.set("n", 2);
   saveElsewhere("[A\\B]\n\"n\"=ulong:3\n\n");
-  Transaction(Root::kLocalMachine, code);
+  { const Transaction refused(Root::kLocalMachine, code); }
   EXPECT_EQ(code, SettingsErrc::kUnsaved);
   EXPECT_THROW(LTLib::reload(Root::kLocalMachine), LTLib::SettingsError);
   EXPECT_EQ(key.get("n", 0), 2);
@@ -116,7 +118,7 @@ TEST_F(Transactions, WhatFailsLeavesAllAsItWas) {
   EXPECT_TRUE(!code && locksAreFree());
 
   std::filesystem::create_directory(m_folder.path("HKEY_LOCAL_MACHINE.cfg_new"));
-  std::ofstream(m_folder.path("HKEY_LOCAL_MACHINE.cfg_new") + "/file");
+  m_folder.write("HKEY_LOCAL_MACHINE.cfg_new/file", "");
   {
     Transaction transaction(Root::kLocalMachine);
     key.set("n", 5);
