@@ -28,9 +28,10 @@ inline constexpr QSResult kHasChanges = resultFromSystemError(2401);
 
 /// Replaces what this process has of a root by what its store file holds: 0; kHasChanges, with
 /// nothing changed, where there are changes that are to be kept; or 0x80004005 where the file cannot
-/// be opened, with the reason in lastStoreFailure. After any failure all is as it was, unless changes are to be dropped: these go, and the next touch
-/// of the root reads the file. On the operating system's backend, whose readers see every change at
-/// once, and for a root that has no file, nothing happens and the result is 0.
+/// be opened, with the reason in lastStoreFailure. After any failure all is as it was, unless changes
+/// are to be dropped: these go, and the next touch of the root reads the file. On the operating
+/// system's backend, whose readers see every change at once, and for a root that has no file, nothing
+/// happens and the result is 0.
 [[nodiscard]] LTLIB_EXPORT QSResult reloadStore(enumRegRoot root,
                                                 UnsavedChanges unsaved = UnsavedChanges::kAreKept);
 
