@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 #include <system_error>
@@ -87,10 +88,9 @@ void eraseClass(Session& session, const std::string& path) {
 }
 
 std::vector<std::string> idsOf(const std::vector<ClassEntry>& entries) {
-  std::vector<std::string> ids;
-  for (const ClassEntry& entry : entries) {
-    ids.push_back(entry.id);
-  }
+  std::vector<std::string> ids(entries.size());
+  std::transform(entries.begin(), entries.end(), ids.begin(),
+                 [](const ClassEntry& entry) { return entry.id; });
   return ids;
 }
 

@@ -59,9 +59,10 @@ class Drawing {
     for (const NamedValue& value : values) {
       const std::string name = escapeControls(value.name);
       const bool isLast = !goesOn && &value == &values.back();
-      m_output.line(trunk + (isLast ? kLastBranch : kBranch) + name + blanksBehind(name, width) +
-                    "  " + m_output.painted(Colour::kType, typeWord(value.value)) + "  " +
-                    commasForTabs(onOneLine(value.value)));
+      std::string line = trunk;
+      line.append(isLast ? kLastBranch : kBranch).append(name).append(blanksBehind(name, width));
+      line.append("  ").append(m_output.painted(Colour::kType, typeWord(value.value)));
+      m_output.line(line.append("  ").append(commasForTabs(onOneLine(value.value))));
     }
   }
 

@@ -19,7 +19,6 @@
 #include "ltlib/fileregistry/text/text_reader.h"
 #include "ltlib/fileregistry/text/text_writer.h"
 #include "ltlib/fileregistry/tree/config_tree.h"
-#include "ltlib/fileregistry/tree/folded_name.h"
 #include "ltlib/fileregistry/tree/key_path.h"
 #include "ltlib/foundation/kqsresult.h"
 #include "ltlib/platform/files.h"
@@ -66,6 +65,10 @@ class KeptLines final : public LineSource {
     lines.resize(lines.size() - (lines.ends_with('\n') ? 1 : 0));
     return lines;
   }
+  /// Whether that is one line as the reader has it, with nothing cut off.
+  [[nodiscard]] bool isWhole(std::string_view line) const {
+    return m_kept.size() == line.size() + (m_kept.ends_with('\n') ? 1 : 0);
+  }
   void forget() { m_kept.clear(); }
 
  protected:
@@ -105,28 +108,9 @@ std::string joined(std::string lines) {
   return lines;
 }
 
-// Names as the tree tells them apart, in texts that stay.
-struct NameHash {
-  std::size_t operator()(std::string_view name) const noexcept { return hashOfName(name); }
-};
-struct SameName {
-  bool operator()(std::string_view one, std::string_view other) const noexcept {
-    return equalNames(one, other);
-  }
-};
-
-// A value's name, and the number of its key.
-using ValueName = std::pair<std::size_t, std::string_view>;
-struct ValueNameHash {
-  std::size_t operator()(const ValueName& name) const noexcept {
-    return hashOfName(name.second) * 31 + name.first;
-  }
-};
-struct SameValueName {
-  bool operator()(const ValueName& one, const ValueName& other) const noexcept {
-    return one.first == other.first && equalNames(one.second, other.second);
-  }
-};
+bool isQuoted(QSCfgTypeCode code) {
+  return code == kCfgString || code == kCfgDir;
+}
 
 // Keeps the places of headers and values where a load keeps the values.
 class Check final : private LineVisitor {
@@ -137,23 +121,19 @@ class Check final : private LineVisitor {
   void run();
 
  private:
-  // A key that has had a header.
-  struct Key {
-    std::size_t number;
+  struct Header {
     std::size_t line;
-    std::string_view header;
-    bool holds = false;  // values of its own
+    std::string_view text;
   };
 
   bool takeHeader(std::string_view line) override;
   bool takeValue(std::string_view line) override;
   void passOver(std::string_view line) override;
   void begin() { m_begin = m_lines.count(); }
-  void judgeHeader(std::string_view line, const std::vector<std::string_view>& names);
-  void judgeField(const QSCfgDataField& field);
+  void judgeHeader(std::string_view line);
+  void judgeField(QSCfgDataField field);
   void judgeForm(const std::string& written);
-  void judgeName(std::string_view name);
-  void holdValue();
+  [[nodiscard]] bool isAsWritten(std::string_view line, const QSCfgDataField& field) const;
   void warnOfEmptyKeys();
   void warn(Kind kind, bool lost) { warn({kind, m_begin, m_lines.kept(), lost}); }
   void warn(StoreFault warning);
@@ -171,15 +151,12 @@ class Check final : private LineVisitor {
   std::uint16_t m_shortCount = 0;  // the reader's own, which a large file runs past
   bool m_reported = false;         // whether the reader had something to say of the present value
   ReadContext m_context{m_lines, m_shortCount, [this](const char*) { m_reported = true; }};
-  QSCfgTree m_shallow{""};  // the upper two levels of keys
-  std::size_t m_begin = 0;  // the line on which the present header or value begins
-  std::size_t m_depth = 0;  // of the present key; 0 ahead of the first header
+  QSCfgTree m_tree{""};                   // as a load makes it, but for second values of a name
+  std::size_t m_begin = 0;                // the line on which the present header or value begins
+  std::vector<std::string_view> m_names;  // of the present header
+  QSCfgDataSection* m_section = nullptr;  // null ahead of the first one
   std::optional<StoreFault> m_unsavableHeader;  // of the present key, not told yet
-  std::unordered_map<std::string_view, Key, NameHash, SameName> m_keys;  // by path
-  std::string_view m_path;                                               // of the present key
-  Key* m_key = nullptr;
-  std::unordered_set<ValueName, ValueNameHash, SameValueName> m_names;
-  std::unordered_set<std::string_view, NameHash, SameName> m_held;  // paths of keys with values
+  std::unordered_map<const QSCfgDataSection*, Header> m_headers;  // the first of each key
 };
 
 void Check::run() {
@@ -197,45 +174,43 @@ void Check::run() {
   }
 }
 
-// Two levels of sections are kept, and no values, whose texts alone stay until the check ends.
 bool Check::takeHeader(std::string_view line) {
   begin();
-  std::vector<std::string_view> names;
-  if (!splitHeader(line, [&](std::string_view name) { names.push_back(name); })) {
+  m_names.clear();
+  if (!splitHeader(line, [&](std::string_view name) { m_names.push_back(name); })) {
     return stop(Kind::kBadHeader);
   }
-  QSCfgDataSection& top = m_shallow.findOrAddSection(m_shallow.top(), names[0]);
-  if (names.size() > 1) {
-    m_shallow.findOrAddSection(top, names[1]);
-  }
-  m_unsavableHeader.reset();
-  if (!headerComesBack(names)) {
-    m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, m_lines.kept(), false};
-  }
-  m_depth = names.size();
-  judgeHeader(line, names);
-  m_lines.forget();
-  return true;
-}
-
-void Check::judgeHeader(std::string_view line, const std::vector<std::string_view>& names) {
-  std::string written = "[";
-  for (const std::string_view name : names) {
-    written.append(written.size() > 1 ? "\\" : "").append(name);
+  m_section = &m_tree.top();
+  for (const std::string_view name : m_names) {
+    m_section = &m_tree.findOrAddSection(*m_section, name);
     if (name.size() >= kLongName) {
       warn(Kind::kLongName, false);
     }
   }
-  judgeForm(written + ']');
-  m_path = std::string_view(written).substr(1);
-  auto key = m_keys.find(m_path);
-  const bool isNew = key == m_keys.end();
-  if (isNew) {
-    key = m_keys.emplace(m_texts.keep(m_path), Key{m_keys.size(), m_begin, line}).first;
+  m_unsavableHeader.reset();
+  if (!headerComesBack(m_names)) {
+    m_unsavableHeader = StoreFault{Kind::kNotSavable, m_begin, m_lines.kept(), false};
   }
-  m_path = key->first;
-  m_key = &key->second;
-  if (!isNew) {
+  judgeHeader(line);
+  m_lines.forget();
+  return true;
+}
+
+void Check::judgeHeader(std::string_view line) {
+  std::size_t size = 1;
+  for (const std::string_view name : m_names) {
+    size += name.size() + 1;
+  }
+  // The names come from the line, so that one of their size holds nothing else.
+  if (size != line.size() || !m_lines.isWhole(line)) {
+    std::string written = "[";
+    for (const std::string_view name : m_names) {
+      written.append(name) += '\\';
+    }
+    written.back() = ']';
+    judgeForm(written);
+  }
+  if (!m_headers.try_emplace(m_section, Header{m_begin, line}).second) {
     warn(Kind::kRepeatedKey, true);
   }
 }
@@ -249,24 +224,37 @@ bool Check::takeValue(std::string_view line) {
   } catch (const UnendedValue&) {
     return stop(Kind::kUnendedValue);
   }
-  const std::string written =
-      field != nullptr ? cfgFieldLine(field.name(), field.type(), field.getValue()) : "";
-  const bool sameForm = !written.empty() && joined(m_lines.kept()) + '\n' == written;
+  const bool asWritten = isAsWritten(line, field);
   if (m_reported) {
-    warn(Kind::kEmptyValue, !sameForm);
+    warn(Kind::kEmptyValue, !asWritten);
   }
   if (field == nullptr) {
     warn(Kind::kDroppedLine, true);
-  } else if (m_depth == 0) {
+  } else if (m_section == nullptr) {
     warn(Kind::kNoKey, true);
   } else {
-    if (!m_reported && !sameForm) {
+    if (!m_reported && !asWritten) {
+      const std::string written = cfgFieldLine(field.name(), field.type(), field.getValue());
       judgeForm(written.substr(0, written.size() - 1));
     }
-    judgeField(field);
+    judgeField(std::move(field));
   }
   m_lines.forget();
   return true;
+}
+
+// Whether a save writes just these lines. One that stands in its line as it would be written needs no
+// comparison with what a save writes, which takes longer than all the rest.
+bool Check::isAsWritten(std::string_view line, const QSCfgDataField& field) const {
+  if (field == nullptr) {
+    return false;
+  }
+  if (field.form() == QSCfgDataField::Form::kInLine && m_lines.isWhole(line) &&
+      line.size() == field.line().size() + (isQuoted(field.type()) ? 1 : 0)) {
+    return true;
+  }
+  return joined(m_lines.kept()) + '\n' ==
+         cfgFieldLine(field.name(), field.type(), field.getValue());
 }
 
 void Check::passOver(std::string_view /*line*/) {
@@ -284,46 +272,39 @@ void Check::judgeForm(const std::string& written) {
   }
 }
 
-void Check::judgeField(const QSCfgDataField& field) {
+void Check::judgeField(QSCfgDataField field) {
   ++m_report.valueCount;
   // A key without values has no header in a file that is saved.
   if (m_unsavableHeader) {
     warn(*std::exchange(m_unsavableHeader, std::nullopt));
   }
-  if (m_depth == 1) {
+  if (m_names.size() == 1) {
     warn(Kind::kOutOfReach, false);
   }
   if (field.form() == QSCfgDataField::Form::kLacks) {
     warn(Kind::kNotSavable, false);
   }
-  judgeName(field.name());
-  holdValue();
-}
-
-void Check::judgeName(std::string_view name) {
-  if (name.size() >= kLongName) {
+  if (field.name().size() >= kLongName) {
     warn(Kind::kLongName, false);
   }
-  if (!m_names.emplace(m_key->number, name).second) {
+  if (m_section->fields().find(field.name()) != FieldList::kNowhere) {
     warn(Kind::kRepeatedName, false);
+  } else {
+    m_section->fields().append(std::move(field));
   }
 }
 
 // A key stands in a file by its own values or by those below it.
-void Check::holdValue() {
-  if (std::exchange(m_key->holds, true)) {
-    return;
-  }
-  std::string_view path = m_path;
-  while (m_held.insert(path).second && path.find('\\') != std::string_view::npos) {
-    path = path.substr(0, path.rfind('\\'));
-  }
-}
-
 void Check::warnOfEmptyKeys() {
-  for (const auto& [path, key] : m_keys) {
-    if (!m_held.contains(path)) {
-      warn({Kind::kEmptyKey, key.line, std::string(key.header), true});
+  std::unordered_set<const QSCfgDataSection*> holding;
+  for (const auto& [section, header] : m_headers) {
+    for (const QSCfgDataSection* at = section->fields().size() != 0 ? section : nullptr;
+         at != nullptr && holding.insert(at).second; at = at->parent()) {
+    }
+  }
+  for (const auto& [section, header] : m_headers) {
+    if (!holding.contains(section)) {
+      warn({Kind::kEmptyKey, header.line, std::string(header.text), true});
     }
   }
   std::stable_sort(
@@ -347,8 +328,8 @@ void Check::warn(StoreFault warning) {
 }
 
 void Check::keepTopKeys() {
-  for (std::size_t i = 0; i < m_shallow.top().sectionCount(); ++i) {
-    const QSCfgDataSection& section = m_shallow.top().sectionAt(i);
+  for (std::size_t i = 0; i < m_tree.top().sectionCount(); ++i) {
+    const QSCfgDataSection& section = m_tree.top().sectionAt(i);
     StoreTopKey& top = m_report.topKeys.emplace_back();
     top.name = section.name();
     for (std::size_t k = 0; k < section.sectionCount(); ++k) {
