@@ -131,7 +131,7 @@ QSResult parseWhole(std::string_view text, Number& number) {
 }
 
 template <class Number>
-QSResult readInteger(const RegistryValue& value, Number& out) {
+QSResult readUpTo(std::uint64_t largest, const RegistryValue& value, Number& out) {
   if (isText(value)) {
     return parseWhole(textIn(value), out);
   }
@@ -141,24 +141,18 @@ QSResult readInteger(const RegistryValue& value, Number& out) {
     return result;
   }
   out = static_cast<Number>(number);
-  return number <= static_cast<std::uint64_t>(std::numeric_limits<Number>::max()) ? kSuccess
-                                                                                  : kOutOfRangeCode;
+  return number <= largest ? kSuccess : kOutOfRangeCode;
 }
 
+template <class Number>
+QSResult readInteger(const RegistryValue& value, Number& out) {
+  return readUpTo(static_cast<std::uint64_t>(std::numeric_limits<Number>::max()), value, out);
+}
+
+// Beyond the digits of the type the next number is another one.
 template <class Real>
 QSResult readReal(const RegistryValue& value, Real& out) {
-  if (isText(value)) {
-    return parseWhole(textIn(value), out);
-  }
-  std::uint64_t number = 0;
-  const QSResult result = readNumber(value, number);
-  if (result < 0) {
-    return result;
-  }
-  out = static_cast<Real>(number);
-  // Beyond the digits of the type the next number is another one.
-  return number <= (std::uint64_t{1} << std::numeric_limits<Real>::digits) ? kSuccess
-                                                                           : kOutOfRangeCode;
+  return readUpTo(std::uint64_t{1} << std::numeric_limits<Real>::digits, value, out);
 }
 
 inline constexpr std::string_view kMilliseconds = "ms";
