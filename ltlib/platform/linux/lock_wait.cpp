@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-#include <atomic>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -13,8 +12,6 @@
 
 namespace LTLib::Platform {
 namespace {
-
-constinit std::atomic<std::int64_t> s_limit{0};  // in milliseconds; 0 for none
 
 // The file as the kernel's list of locks names it: "fe:00:1234".
 std::string placeInList(const struct stat& file) {
@@ -48,15 +45,6 @@ std::optional<LockHolder> holderOf(const std::string& path) {
 }
 
 }  // namespace
-
-void limitLockWaits(std::chrono::milliseconds limit) noexcept {
-  s_limit.store(limit.count(), std::memory_order_relaxed);
-}
-
-std::optional<std::chrono::milliseconds> lockWaitLimit() noexcept {
-  const std::int64_t limit = s_limit.load(std::memory_order_relaxed);
-  return limit > 0 ? std::optional(std::chrono::milliseconds(limit)) : std::nullopt;
-}
 
 std::string namedLockPlace(const std::string& name) {
   return lockFilePath(name);
