@@ -14,11 +14,15 @@ shift
 
 # The first program starts the server and the system's services, which live on for a while and
 # spare the later programs that cost. They must hold neither the lock nor an output that a caller
-# waits for; and programs that start at once must not both make the prefix.
+# waits for; and programs that start at once must not both make the prefix. A start can fail while
+# an earlier server goes: the next one finds it gone.
 (
   flock 9
-  wineserver --persistent=60 9>&- || true
-  wine cmd /c exit 9>&-
+  for attempt in 1 2 3; do
+    wineserver --persistent=60 9>&- || true
+    wine cmd /c exit 9>&- && break
+    sleep "$attempt"
+  done
 ) </dev/null >/dev/null 2>&1 9>"$WINEPREFIX.lock"
 
 exec wine "$@"

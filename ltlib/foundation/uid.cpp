@@ -44,8 +44,8 @@ constexpr int kTextSize = 37;
 constexpr int kFieldCount = 6;
 constexpr int kByteCount = 16;
 
-constexpr char kSource[] = "uid";
-constexpr char kTag[] = "UID:";
+constexpr char kUidSource[] = "uid";
+constexpr char kUidTag[] = "UID:";
 constexpr char kFunction[] = "operator()";
 
 // std::mt19937 with words as wide as its numbers are: on Linux it takes words of twice that width,
@@ -78,14 +78,14 @@ std::uint32_t drawHardwareSeed() {
   Tracer::_internal_::Log(Tracer::kDetailEnvironment,
                           text << "UID::Generate - using hardware entropy"
                                << ":" << entropy,
-                          kSource, __LINE__, kTag, kFunction);
+                          kUidSource, __LINE__, kUidTag, kFunction);
   return draw.word;
 }
 
 std::uint32_t drawTimeSeed() {
   std::stringstream text;
   Tracer::_internal_::Warning(text << "UID::Generate - random_device failed, using time-based seed",
-                              kSource, __LINE__, kTag, kFunction);
+                              kUidSource, __LINE__, kUidTag, kFunction);
   return static_cast<std::uint32_t>(std::time(nullptr));
 }
 

@@ -4,21 +4,21 @@
 
 namespace ltreg {
 
-using Value = nlohmann::ordered_json;
+using Node = nlohmann::ordered_json;
 
-Json::Json() : m_value(std::make_unique<Value>()) {}
-Json::Json(const char* text) : m_value(std::make_unique<Value>(text)) {}
-Json::Json(const std::string& text) : m_value(std::make_unique<Value>(text)) {}
-Json::Json(const std::vector<std::string>& texts) : m_value(std::make_unique<Value>(texts)) {}
-Json::Json(std::uint64_t number) : m_value(std::make_unique<Value>(number)) {}
-Json::Json(bool truth) : m_value(std::make_unique<Value>(truth)) {}
+Json::Json() : m_value(std::make_unique<Node>()) {}
+Json::Json(const char* text) : m_value(std::make_unique<Node>(text)) {}
+Json::Json(const std::string& text) : m_value(std::make_unique<Node>(text)) {}
+Json::Json(const std::vector<std::string>& texts) : m_value(std::make_unique<Node>(texts)) {}
+Json::Json(std::uint64_t number) : m_value(std::make_unique<Node>(number)) {}
+Json::Json(bool truth) : m_value(std::make_unique<Node>(truth)) {}
 Json::Json(Json&& other) noexcept = default;
 Json& Json::operator=(Json&& other) noexcept = default;
 Json::~Json() = default;
 
 Json Json::array() {
   Json empty;
-  *empty.m_value = Value::array();
+  *empty.m_value = Node::array();
   return empty;
 }
 
@@ -32,11 +32,11 @@ Json Json::with(const char* name, Json value) && {
 }
 
 std::string Json::text() const {
-  return m_value->dump(2, ' ', false, Value::error_handler_t::replace);
+  return m_value->dump(2, ' ', false, Node::error_handler_t::replace);
 }
 
 std::string Json::line() const {
-  return m_value->dump(-1, ' ', false, Value::error_handler_t::replace);
+  return m_value->dump(-1, ' ', false, Node::error_handler_t::replace);
 }
 
 Json versionedJson(const char* name, Json value) {

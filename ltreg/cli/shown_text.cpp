@@ -1,6 +1,7 @@
 #include "ltreg/cli/shown_text.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <numeric>
 #include <utility>
 
@@ -72,6 +73,16 @@ std::string escapeControls(std::string_view text) {
 std::string inQuotes(std::string_view text) {
   const bool cut = text.size() > kMostQuoted;
   return '\'' + escapeControls(text.substr(0, kMostQuoted)) + (cut ? "...'" : "'");
+}
+
+std::string countOf(std::size_t count, const char* what) {
+  return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+}
+
+std::string inHexadecimal(std::int32_t result) {
+  char text[11];
+  std::snprintf(text, sizeof text, "0x%08X", static_cast<std::uint32_t>(result));
+  return text;
 }
 
 std::string commasForTabs(std::string_view text) {

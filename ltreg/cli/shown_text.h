@@ -3,6 +3,7 @@
 #define LTREG_CLI_SHOWN_TEXT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,12 @@ namespace ltreg {
 
 /// The text for a message: in single quotes, escaped, and cut where it is very long.
 [[nodiscard]] std::string inQuotes(std::string_view text);
+
+/// A count with what it counts, which takes an "s" unless there is one.
+[[nodiscard]] std::string countOf(std::size_t count, const char* what);
+
+/// A result code as "0x" and eight digits.
+[[nodiscard]] std::string inHexadecimal(std::int32_t result);
 
 /// A list on one line as people read it.
 [[nodiscard]] std::string commasForTabs(std::string_view text);

@@ -14,11 +14,7 @@ namespace {
 constexpr enumRegRoot kAllRoots[] = {REG_ROOT_CURRENT_USER, REG_ROOT_CURRENT_CONFIG, REG_ROOT_USERS,
                                      REG_ROOT_CLASSES_ROOT, REG_ROOT_LOCAL_MACHINE};
 
-std::string countOf(std::size_t count, const char* what) {
-  return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
-Json jsonOf(const LTLib::StoreFault& fault) {
+Json faultJson(const LTLib::StoreFault& fault) {
   return Json()
       .with("line", fault.line == 0 ? Json() : Json(std::uint64_t{fault.line}))
       .with("message", LTLib::describeStoreFault(fault.kind))
@@ -53,13 +49,13 @@ class Reports {
   static Json jsonOf(const std::string& pathname, const LTLib::StoreReport& report) {
     Json warnings = Json::array();
     for (const LTLib::StoreFault& warning : report.warnings) {
-      warnings.push(ltreg::jsonOf(warning));
+      warnings.push(faultJson(warning));
     }
     return Json()
         .with("file", pathname)
         .with("exists", report.exists)
         .with("loads", report.loads())
-        .with("fault", report.fault ? ltreg::jsonOf(*report.fault) : Json())
+        .with("fault", report.fault ? faultJson(*report.fault) : Json())
         .with("lines", std::uint64_t{report.lineCount})
         .with("values", std::uint64_t{report.valueCount})
         .with("warningCount", std::uint64_t{report.warningCount})

@@ -1,6 +1,5 @@
 // Where a key or a value comes from: all that lies between a program's call and the line in a file.
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -98,12 +97,6 @@ std::string whyThatStore(const Request& request, enumRegRoot root) {
   }
   return std::getenv(name.c_str()) != nullptr ? "the environment variable " + name
                                               : "the default name in the current folder";
-}
-
-std::string inHexadecimal(QSResult result) {
-  char text[16];
-  std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned int>(result));
-  return text;
 }
 
 class Explainer {

@@ -194,10 +194,6 @@ std::string sideCells(const std::optional<NamedValue>& value, const char* kind) 
                : "<td></td><td></td>";
 }
 
-std::string countOf(std::size_t count, const char* what) {
-  return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
 }  // namespace
 
 void showTreePage(Output& output, const KeyArgument& top, const Branch& branch) {

@@ -18,10 +18,6 @@ namespace fs = std::filesystem;
 using LTLib::Platform::ChildEnd;
 using LTLib::Platform::ChildOutcome;
 
-Verdict faulty(const std::string& text) {
-  return {ExitCode::kComponentFailed, text};
-}
-
 constexpr char kAnew[] = "'ltreg component register CLASS FILE' enters it";
 
 // What is wrong with the entry alone.

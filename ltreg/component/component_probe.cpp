@@ -1,7 +1,6 @@
 // This side of the check runs whatever the library does, and tells how far it came ahead of each step: what
 // came last before the end of the process is to blame.
 #include <chrono>
-#include <cstdio>
 #include <exception>
 #include <memory>
 
@@ -15,16 +14,6 @@ namespace ltreg {
 namespace {
 
 using LTLib::CreationStep;
-
-std::string inHexadecimal(QSResult result) {
-  char text[11];
-  std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned int>(result));
-  return text;
-}
-
-Verdict faulty(const std::string& text) {
-  return {ExitCode::kComponentFailed, text};
-}
 
 // What was thrown, as it stands behind "throws". Requires: an exception is being handled.
 std::string currentException() {

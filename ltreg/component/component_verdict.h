@@ -26,6 +26,10 @@ struct Verdict {
   ClassForm form = ClassForm::kUnknown;
 };
 
+[[nodiscard]] inline Verdict faulty(const std::string& text) {
+  return {ExitCode::kComponentFailed, text};
+}
+
 /// How far a process got.
 enum class Stage { kStarting, kLoading, kCreating, kEnding };
 

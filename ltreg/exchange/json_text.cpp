@@ -17,7 +17,7 @@ namespace {
 
 using Node = nlohmann::json;
 
-constexpr char kFormat[] = "ltreg-export";
+constexpr char kFormatName[] = "ltreg-export";
 constexpr std::uint64_t kVersion = 1;
 
 // Where the objects of the format lie, in the parser's count.
@@ -50,9 +50,9 @@ class CountingIterator {
 
 // Turns each object into an entry as soon as it has ended, so that its line is known and all of them
 // never lie in memory twice.
-class Reader {
+class JsonReader {
  public:
-  Reader(const std::string& text, const std::string& file) : m_text(text), m_file(file) {}
+  JsonReader(const std::string& text, const std::string& file) : m_text(text), m_file(file) {}
 
   Document read() {
     const auto take = [this](int depth, Node::parse_event_t event, Node& node) {
@@ -98,8 +98,8 @@ class Reader {
   void demandFormat(const Node& node) const {
     const auto format = node.find("format");
     const auto version = node.find("version");
-    if (format == node.end() || *format != kFormat || version == node.end()) {
-      bad(std::string("no export of ltreg: there is no \"format\": \"") + kFormat +
+    if (format == node.end() || *format != kFormatName || version == node.end()) {
+      bad(std::string("no export of ltreg: there is no \"format\": \"") + kFormatName +
           "\" with a \"version\"");
     }
     if (*version != kVersion) {
@@ -249,11 +249,11 @@ void writeKey(std::string& text, const KeyEntry& entry) {
 }  // namespace
 
 Document readJsonText(const std::string& text, const std::string& file) {
-  return Reader(text, file).read();
+  return JsonReader(text, file).read();
 }
 
 std::string writeJsonText(const Document& document) {
-  std::string text = std::string("{\n  \"format\": \"") + kFormat +
+  std::string text = std::string("{\n  \"format\": \"") + kFormatName +
                      "\",\n  \"version\": " + std::to_string(kVersion) + ",\n  \"keys\": [";
   for (const KeyEntry& entry : document) {
     text += &entry == &document.front() ? "\n" : ",\n";

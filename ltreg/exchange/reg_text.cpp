@@ -37,9 +37,9 @@ bool isBlankOrComment(std::string_view rest) {
 }
 
 // Reads one file from its first line to its last.
-class Reader {
+class RegReader {
  public:
-  Reader(std::string text, const std::string& file) : m_text(inUtf8(text)), m_file(file) {
+  RegReader(std::string text, const std::string& file) : m_text(inUtf8(text)), m_file(file) {
     text = {};
     m_rest = m_text;
     m_lineEnd = m_rest.find('\n') != std::string_view::npos ? '\n' : '\r';
@@ -271,7 +271,7 @@ class Reader {
   Document m_document;
 };
 
-std::string quoted(std::string_view text) {
+std::string regQuoted(std::string_view text) {
   std::string result = "\"";
   for (const char byte : text) {
     if (byte == '"' || byte == '\\') {
@@ -307,7 +307,7 @@ std::string hexOf(const std::string& name, unsigned int type, std::string_view b
 }
 
 std::string lineOf(const ValueEntry& entry) {
-  const std::string name = entry.name.empty() ? "@" : quoted(entry.name);
+  const std::string name = entry.name.empty() ? "@" : regQuoted(entry.name);
   if (!entry.value) {
     return name + "=-";
   }
@@ -316,7 +316,7 @@ std::string lineOf(const ValueEntry& entry) {
   const std::optional<std::string> utf16 = wide ? utf16Of(bytesOf(value)) : std::nullopt;
   if (value.type == REG_SZ && utf16 &&
       value.data.find_first_of(std::string_view("\0\r\n", 3)) == std::string::npos) {
-    return name + '=' + quoted(value.data);
+    return name + '=' + regQuoted(value.data);
   }
   if (value.type == REG_DWORD && !value.inHex) {
     const std::string low(value.data.rbegin(), value.data.rend());
@@ -328,7 +328,7 @@ std::string lineOf(const ValueEntry& entry) {
 }  // namespace
 
 Document readRegText(std::string text, const std::string& file) {
-  return Reader(std::move(text), file).read();
+  return RegReader(std::move(text), file).read();
 }
 
 std::string writeRegText(const Document& document) {

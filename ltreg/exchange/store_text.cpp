@@ -14,7 +14,7 @@ constexpr char kLoaded[] = "loaded.cfg";
 constexpr char kSaved[] = "saved.cfg";
 
 // Complaints must not bury the data of a store with thousands of such lines.
-constexpr std::size_t kMostComplaints = 5;
+constexpr std::size_t kMostListed = 5;
 
 // A message about the file that was meant.
 std::string aboutFile(std::string message, const std::string& scratch, const std::string& file) {
@@ -67,7 +67,7 @@ StoreText::StoreText(std::string text, const std::string& file) {
       std::count_if(report.warnings.begin(), report.warnings.end(), [](const auto& warning) {
         return warning.kind == Kind::kDroppedLine || warning.kind == Kind::kNoKey;
       }));
-  for (std::size_t i = 0; i < std::min(report.warnings.size(), kMostComplaints); ++i) {
+  for (std::size_t i = 0; i < std::min(report.warnings.size(), kMostListed); ++i) {
     complain("warning: " + placeOf(file, report.warnings[i]));
   }
 }

@@ -10,13 +10,13 @@ constexpr char32_t kBehindSurrogates = 0xE000;
 constexpr char32_t kFirstPair = 0x10000;
 constexpr char32_t kLast = 0x10FFFF;
 
-unsigned int byteAt(std::string_view text, std::size_t at) {
+unsigned int octetAt(std::string_view text, std::size_t at) {
   return static_cast<unsigned char>(text[at]);
 }
 
 // Takes one character off the front of a text that is not empty; none where it begins with none.
 std::optional<char32_t> takeUtf8(std::string_view& text) {
-  const unsigned int first = byteAt(text, 0);
+  const unsigned int first = octetAt(text, 0);
   const std::size_t size = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
   constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, kFirstPair};  // below it the form is too long
   if ((first >= 0x80 && first < 0xC0) || text.size() < size) {
@@ -24,10 +24,10 @@ std::optional<char32_t> takeUtf8(std::string_view& text) {
   }
   char32_t code = size == 1 ? first : first & (0x7Fu >> size);
   for (std::size_t i = 1; i < size; ++i) {
-    if ((byteAt(text, i) & 0xC0) != 0x80) {
+    if ((octetAt(text, i) & 0xC0) != 0x80) {
       return std::nullopt;
     }
-    code = code << 6 | (byteAt(text, i) & 0x3F);
+    code = code << 6 | (octetAt(text, i) & 0x3F);
   }
   text.remove_prefix(size);
   const bool isSurrogate = code >= kFirstHigh && code < kBehindSurrogates;
@@ -82,8 +82,8 @@ std::optional<std::string> utf16Of(std::string_view utf8) {
 
 std::string utf8Of(std::string_view utf16, bool highByteFirst) {
   const auto unitAt = [&](std::size_t at) -> char32_t {
-    const unsigned int one = byteAt(utf16, at);
-    const unsigned int two = byteAt(utf16, at + 1);
+    const unsigned int one = octetAt(utf16, at);
+    const unsigned int two = octetAt(utf16, at + 1);
     return highByteFirst ? one << 8 | two : two << 8 | one;
   };
   std::string out;

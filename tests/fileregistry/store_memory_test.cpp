@@ -14,8 +14,9 @@
 
 namespace {
 
-constexpr long kNever = -1;
-thread_local constinit long t_left = kNever;  // allocations of this thread ahead of one that fails
+constexpr long kNoLimit = -1;
+thread_local constinit long t_left =
+    kNoLimit;  // allocations of this thread ahead of one that fails
 thread_local constinit bool t_lasting = false;  // whether those behind it fail as well
 
 bool failsNow() {
@@ -23,7 +24,7 @@ bool failsNow() {
     t_left -= t_left > 0 ? 1 : 0;
     return false;
   }
-  t_left = t_lasting ? 0 : kNever;
+  t_left = t_lasting ? 0 : kNoLimit;
   return true;
 }
 
@@ -110,7 +111,7 @@ class StoreMemory : public StoreTest {
     } catch (const std::exception&) {
       ended = false;
     }
-    return std::exchange(t_left, kNever) > 0 && ended;
+    return std::exchange(t_left, kNoLimit) > 0 && ended;
   }
 
   void failEach(const Case& row) {

@@ -58,8 +58,8 @@ using LTLib::Platform::fileCalls;
 using LTLib::Platform::FileResult;
 using Names = std::vector<std::string>;
 
-constexpr char kText[] = "[A\\B]\n\"n\"=string:\"1\"\n\n";
-constexpr char kChanged[] = "[A\\B]\n\"n\"=string:\"2\"\n\n";
+constexpr char kWritten[] = "[A\\B]\n\"n\"=string:\"1\"\n\n";
+constexpr char kRewritten[] = "[A\\B]\n\"n\"=string:\"2\"\n\n";
 
 using Owner = std::tuple<uid_t, gid_t, mode_t>;
 
@@ -118,10 +118,10 @@ TEST_F(StoreNeighbours, SavesKeepOwnerGroupAndRightsAndWidenNone) {
   };
   give(m_folder.path(), {0, 0, 0777});
   for (const auto& [before, saver, after] : rows) {
-    restartWith(kText);
+    restartWith(kWritten);
     give(store(), before);
     EXPECT_TRUE(as(saver, [&] { return changes(); })) << saver;
-    EXPECT_EQ(readFile(store()), kChanged);
+    EXPECT_EQ(readFile(store()), kRewritten);
     EXPECT_EQ(ownerOf(store()), after);
   }
   give(m_folder.path(), {0, 0, 01777});
@@ -135,7 +135,7 @@ TEST_F(StoreNeighbours, SavesKeepAccessLists) {
       "\2\0\0\0\1\0\6\0\xFF\xFF\xFF\xFF\2\0\4\0\xD0\7\0\0\4\0\0\0\xFF\xFF\xFF\xFF"
       "\20\0\6\0\xFF\xFF\xFF\xFF\40\0\0\0\xFF\xFF\xFF\xFF",
       44);
-  restartWith(kText);
+  restartWith(kWritten);
   constexpr char kList[] = "system.posix_acl_access";
   if (::setxattr(store().c_str(), kList, list.data(), list.size(), 0) != 0) {
     GTEST_SKIP() << "this file system has no access lists";
@@ -166,11 +166,11 @@ TEST_F(StoreNeighbours, TrapsAreNotFollowed) {
       {1000, [&] { m_folder.write("HKEY_LOCAL_MACHINE.cfg_new", "another user's"); }}};
   give(m_folder.path(), {1000, 1000, 0700});
   for (const auto& [saver, lay] : traps) {
-    restartWith(kText);
+    restartWith(kWritten);
     give(store(), {1000, 1000, 0666});
     lay();
     EXPECT_TRUE(as(saver, [&] { return changes(); }));
-    EXPECT_EQ(readFile(store()) + readFile(victim), std::string(kChanged) + "secret");
+    EXPECT_EQ(readFile(store()) + readFile(victim), std::string(kRewritten) + "secret");
     EXPECT_FALSE(fs::exists(fs::symlink_status(trap)));
   }
 }
@@ -188,7 +188,7 @@ TEST_F(StoreNeighbours, LinkedStoresStayLinks) {
   for (const auto& [leads, owner, folder, followed] : rows) {
     fs::remove(store());
     fs::remove(target + "_old");
-    m_folder.write("real/deep/s.cfg", kText);
+    m_folder.write("real/deep/s.cfg", kWritten);
     fs::create_symlink(leads, store());
     give(store(), {owner, owner, 0});
     give(m_folder.path(), folder);
@@ -197,7 +197,7 @@ TEST_F(StoreNeighbours, LinkedStoresStayLinks) {
         << leads << owner;
     EXPECT_TRUE(fs::is_symlink(store()));
     EXPECT_EQ(m_folder.names(), (Names{"HKEY_LOCAL_MACHINE.cfg", "real"}));
-    EXPECT_EQ(readFile(target), followed ? kChanged : kText);
+    EXPECT_EQ(readFile(target), followed ? kRewritten : kWritten);
     EXPECT_EQ(fs::exists(target + "_old"), followed);
   }
 }
@@ -206,7 +206,7 @@ TEST_F(StoreNeighbours, WhatCannotBeReadIsNotReplacedAndHoldsNobodyUp) {
   give(m_folder.path(), {1000, 1000, 0755});
   const std::function<void()> stores[] = {
       [&] {
-        give(m_folder.write("HKEY_LOCAL_MACHINE.cfg", kText), {0, 0, 0600});
+        give(m_folder.write("HKEY_LOCAL_MACHINE.cfg", kWritten), {0, 0, 0600});
       },
       [&] { layPipe(store()); }};
   for (const auto& lay : stores) {
@@ -236,14 +236,14 @@ TEST_F(StoreNeighbours, SavesReachTheDeviceAndLeaveNoMomentWithoutAStore) {
   s_watched = store();
   s_wasAbsent = false;
   for (const char* const way : {"exchange", "second name", "renames"}) {
-    restartWith(kText);
+    restartWith(kWritten);
     EXPECT_EQ(OpenKey("A\\B").set("n", "2"), 0);
     s_flushed.clear();
     s_linksUsedUp = way == std::string("renames");
     EXPECT_EQ(save(), 0);
     EXPECT_EQ(s_wasAbsent, s_linksUsedUp) << way;
     EXPECT_EQ(s_flushed, "file folder ") << way;
-    EXPECT_EQ(readFile(store()) + readFile(store() + "_old"), std::string(kChanged) + kText);
+    EXPECT_EQ(readFile(store()) + readFile(store() + "_old"), std::string(kRewritten) + kWritten);
     fileCalls().exchange = [](const char*, const char*) { return FileResult::kUnsupported; };
   }
   s_linksUsedUp = false;
@@ -267,7 +267,7 @@ TEST_F(StoreNeighbours, WhatASaveHasLeftBesideAMissingStoreIsKept) {
     m_folder.write("HKEY_LOCAL_MACHINE.cfg_new", last);
     EXPECT_TRUE(as(0, [&] { return reads("<-1>") && changes() && changes(); }));
     EXPECT_EQ(readFile(store() + "_ol" + last) + readFile(store() + "_ne" + last), last + last);
-    EXPECT_EQ(readFile(store()) + readFile(store() + "_old"), std::string(kChanged) + kChanged);
+    EXPECT_EQ(readFile(store()) + readFile(store() + "_old"), std::string(kRewritten) + kRewritten);
   }
   fs::remove(store());
   m_folder.write("HKEY_LOCAL_MACHINE.cfg_new", "newest");

@@ -27,7 +27,7 @@ constexpr Suffix kSuffixes[] = {{"_new", true}, {"_old", false}, {"_tmp", false}
 constexpr std::string_view kAside = "~123456789";
 constexpr std::string_view kWas = "s~123456789";
 
-[[noreturn]] void fail(const std::string& text) {
+[[noreturn]] void failAsTold(const std::string& text) {
   throw QSException("kFileRegistry", __LINE__, kFailure,
                     (text + ": " + Platform::lastFileFailure()).c_str());
 }
@@ -60,14 +60,14 @@ void swapInto(const std::string& located, const std::string& version, const std:
       return;
     }
     (void)fileCalls().exchange(version.c_str(), located.c_str());
-    fail("the file " + aside + " cannot be made");
+    failAsTold("the file " + aside + " cannot be made");
   }
   if (exchanged != FileResult::kUnsupported || !rename(located, aside)) {
-    fail("the store " + located + " cannot be moved");
+    failAsTold("the store " + located + " cannot be moved");
   }
   if (!rename(version, located)) {
     (void)rename(aside, located);
-    fail("the file " + version + " cannot take the store's place");
+    failAsTold("the file " + version + " cannot take the store's place");
   }
 }
 
@@ -137,7 +137,7 @@ std::string putBackStore(const std::string& pathname, const std::string& version
     aside = freeNameFor(located);
     swapInto(located, version, aside);
   } else if (!rename(version, located)) {
-    fail("the file " + version + " cannot take the store's place");
+    failAsTold("the file " + version + " cannot take the store's place");
   }
   (void)fileCalls().flushDirectory(located.c_str());
   return aside;

@@ -29,7 +29,7 @@ static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t) &&
 // Where the system keeps its data on a thread tells threads apart: one instruction, where a number
 // costs a call, and an object of our own at a place as quick to find would keep the library from
 // being loaded late.
-inline const void* thisThread() noexcept {
+inline const void* threadMark() noexcept {
 #if defined(__x86_64__) || defined(__i386__) || defined(__aarch64__)
   return __builtin_thread_pointer();
 #else
@@ -160,7 +160,7 @@ void takeBySleeping(ThreadLock& lock) noexcept {
 }
 
 void becomeOwner(ThreadLock& lock) noexcept {
-  lock.owner.store(thisThread(), std::memory_order_relaxed);
+  lock.owner.store(threadMark(), std::memory_order_relaxed);
 }
 
 bool enterAgain(ThreadLock& lock) noexcept {
@@ -216,7 +216,7 @@ void destroyThreadLock(ThreadLock* lock) noexcept {
 }
 
 const void* currentThread() noexcept {
-  return thisThread();
+  return threadMark();
 }
 
 bool tryEnterThreadLock(ThreadLock& lock) noexcept {
@@ -238,7 +238,7 @@ bool enterThreadLockOrNap(ThreadLock& lock) noexcept {
 
 // No order is needed: only this thread writes its own mark, and no other's equals it.
 bool holdsThreadLock(const ThreadLock& lock) noexcept {
-  return lock.owner.load(std::memory_order_relaxed) == thisThread();
+  return lock.owner.load(std::memory_order_relaxed) == threadMark();
 }
 
 void resetThreadLock(ThreadLock& lock) noexcept {
