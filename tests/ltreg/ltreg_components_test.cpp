@@ -183,7 +183,10 @@ TEST_F(LtregComponents, BlamesNoLibraryThatWasNotTried) {
   m_folder.write(kStore, entryOf("X", "library.so"));
   EXPECT_EQ(run("component list").exitCode, 0);
   LTLib::NamedMutex mutex(readFile(m_folder.path("qsconfig.dat")).c_str());
-  const std::filesystem::path program = m_folder.path("tool");
+  const std::filesystem::path program = m_folder.path("bin/tool");
+  std::filesystem::create_directory(program.parent_path());
+  std::filesystem::create_directory_symlink(std::filesystem::path(LTREG_PROGRAM).parent_path(),
+                                            m_folder.path("lib"));
   for (const auto& [child, why] : std::vector<std::pair<std::string, std::string>>{
            {"no program", "since the system starts no child process: Exec format error"},
            {"#!/bin/sh\nkill -9 $$\n", "the child ended before that with signal 9"},
@@ -192,7 +195,7 @@ TEST_F(LtregComponents, BlamesNoLibraryThatWasNotTried) {
     mutex.lock();
     RunningProgram check = start("component check X", program.string());
     std::filesystem::remove(program);
-    std::filesystem::permissions(m_folder.write("tool (deleted)", child),
+    std::filesystem::permissions(m_folder.write("bin/tool (deleted)", child),
                                  std::filesystem::perms::owner_all);
     mutex.unlock();
     const ProgramResult result = check.wait();
