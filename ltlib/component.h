@@ -16,7 +16,7 @@
 ///    public:
 ///     std::string greet(const std::string& name) override { return "Hello, " + name; }
 ///   };
-///   LTLIB_COMPONENT(Hello, "Example.Hello")
+///   LTLIB_COMPONENT(Hello, "Example.Hello", "greets by name")
 ///
 ///   auto greeter = LTLib::create<Greeter>("Example.Hello");
 ///
@@ -44,6 +44,7 @@
 #include "ltlib/component/dll_loader.h"
 #include "ltlib/component/instance_creation.h"
 #include "ltlib/component/iqsunknown.h"
+#include "ltlib/component/offer_record.h"
 #include "ltlib/foundation/kqsresult.h"
 
 namespace LTLib {
@@ -194,10 +195,10 @@ class Component : public iqsCUnknown, public OfferedInterfaces, public Interface
   /// the creation.
   QSResult init() { return kSuccess; }
 
-  [[nodiscard]] const char* const* offeredInterfaces() const final {
-    static constexpr const char* kTexts[] = {Interfaces::kID.text()..., nullptr};
-    return kTexts;
-  }
+  /// The identifiers of the interfaces, up to a null.
+  static constexpr const char* kOfferedTexts[] = {Interfaces::kID.text()..., nullptr};
+
+  [[nodiscard]] const char* const* offeredInterfaces() const final { return kOfferedTexts; }
 
   /// The factory.
   static QSResult make(iqsUnknown* outer, iqsCUnknown** out) {
@@ -325,10 +326,16 @@ template <ComponentInterface I>
 
 }  // namespace LTLib
 
-/// Offers the component `Class` as `id`, a text, from the library that this stands in.
-#define LTLIB_COMPONENT(Class, id)                                                     \
-  namespace {                                                                          \
-  const LTLib::ComponentRegistration<Class> ltlibRegistrationOf##Class(id); /*NOLINT*/ \
+/// Offers a component from the library that this stands in: `LTLIB_COMPONENT(Class, id)`, or with a line
+/// of words for people `LTLIB_COMPONENT(Class, id, words)`. The identifier and the words are texts known
+/// to the compiler, which leaves them in the library's file, with the interfaces, for libraryOffers.
+#define LTLIB_COMPONENT(Class, ...)                                                               \
+  namespace {                                                                                     \
+  [[gnu::section(LTLIB_OFFERS_SECTION)]] constexpr LTLib::detail::OfferRecord<                    \
+      Class, LTLib::detail::offerSize<Class>(__VA_ARGS__)>                                        \
+      ltlibOfferOf##Class(__VA_ARGS__);                                                           \
+  const LTLib::ComponentRegistration<Class> ltlibRegistrationOf##Class(/*NOLINT*/                 \
+                                                                       ltlibOfferOf##Class.id()); \
   }
 
 #endif  // LTLIB_COMPONENT_H

@@ -8,6 +8,7 @@
 #include "ltlib/component/dll_loader.h"
 #include "ltlib/component/instance_creation.h"
 #include "ltlib/component/iqsunknown.h"
+#include "ltlib/component/library_file.h"
 #include "ltlib/component/shared_object.h"
 #include "ltlib/events/dispatcher.h"
 #include "ltlib/events/event_service.h"

@@ -17,4 +17,4 @@ class Hello : public LTLib::Component<Hello, Greeter, Counter> {
 
 }  // namespace
 
-LTLIB_COMPONENT(Hello, "Example.Hello")
+LTLIB_COMPONENT(Hello, "Example.Hello", "greets by name")

@@ -9,7 +9,6 @@
 #include "ltreg/component/component_check.h"
 #include "ltreg/component/component_entry.h"
 #include "ltreg/component/component_verdict.h"
-#include "ltreg/component/library_header.h"
 
 namespace ltreg {
 namespace {
@@ -59,12 +58,12 @@ std::optional<Verdict> verdictOnFile(const std::string& library, const std::stri
   if (!fs::is_regular_file(status)) {
     return faulty(file + " is no file but a folder or a device; register the library's own file");
   }
-  const LibraryHeader header = readLibraryHeader(path);
-  const LibraryHeader own = readLibraryHeader(fileOf(program));
-  if (header.format == FileFormat::kUnreadable) {
+  const LTLib::LibraryHeader header = LTLib::readLibraryHeader(library);
+  const LTLib::LibraryHeader own = LTLib::readLibraryHeader(program);
+  if (header.format == LTLib::LibraryFormat::kUnreadable) {
     return faulty(file + " cannot be read; see to its permissions");
   }
-  if (header.format == FileFormat::kOther) {
+  if (header.format == LTLib::LibraryFormat::kOther) {
     return faulty(file + " is no library; register the library's own file");
   }
   if (!header.sameProcessor(own)) {

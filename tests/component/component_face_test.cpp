@@ -1,6 +1,7 @@
 // Components on the base class that does all for them, and how they are created.
 #include "ltlib/component.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include "tests/component/component_fixture.h"
@@ -150,6 +151,77 @@ TEST_F(ComponentFace, EachFailureTellsItsReason) {
   m_registration.reset();
   EXPECT_EQ(reason("Face.Hello"),
             "the library " + libraryPath("quiet") + " offers no component Face.Hello");
+}
+
+using Offers = std::vector<LTLib::ComponentOffer>;
+
+std::string nulls(std::size_t count) {
+  return std::string(count, '\0');
+}
+
+// Little-endian, with a table of one section at 90.
+std::string peOf32Bits(const std::string& section) {
+  return "MZ" + nulls(58) + '@' + nulls(3) + "PE" + nulls(4) + '\1' + nulls(13) + '\2' + nulls(5) +
+         "ltoffers" + static_cast<char>(section.size()) + nulls(7) + '\xFF' + nulls(3) + '\x8C' +
+         nulls(29) + section;
+}
+
+// Big-endian, with a table of two sections at 120.
+std::string elfOf32Bits(const std::string& section) {
+  return "\177ELF\1\2" + nulls(29) + '\x78' + nulls(11) + '\x28' + nulls(1) + '\2' + nulls(1) +
+         '\1' + nulls(8) + section + nulls(41 - section.size()) + "ltoffers" + nulls(14) + '\1' +
+         nulls(15) + '<' + nulls(3) + static_cast<char>(section.size()) + nulls(35) + 'd' +
+         nulls(3) + '\n' + nulls(16);
+}
+
+TEST(LibraryOffers, AreReadFromAnyFile) {
+  using namespace std::string_literals;
+  const TempFolder folder;
+  const auto reads = [&](const std::string& bytes) {
+    const auto offers = LTLib::libraryOffers(folder.write("library", bytes));
+    EXPECT_NE(offers.classes.empty(), offers.failure.empty());
+    return offers;
+  };
+  const std::string one = "\1B\0I/1.0\0J\0\0a word\0"s;
+  const LTLib::ComponentOffer b{"B", {"I/1.0", "J"}, "a word"};
+  for (const auto& [section, offers] :
+       std::vector<std::pair<std::string, Offers>>{{one, {b}},
+                                                   {one + "\0\0\0\1A\0\0\0\0"s, {{"A", {}, ""}, b}},
+                                                   {"\0\0"s, {}},
+                                                   {"\1\0\0\0"s, {}},
+                                                   {"\1B\0I"s, {}},
+                                                   {one + "\1A\0\0"s, {}},
+                                                   {one + "A"s, {}}}) {
+    EXPECT_EQ(reads(peOf32Bits(section)).classes, offers);
+    EXPECT_EQ(reads(elfOf32Bits(section)).classes, offers);
+  }
+  for (std::string bytes : {peOf32Bits(one), elfOf32Bits(one)}) {
+    for (char& hostile : bytes) {
+      hostile = static_cast<char>(~hostile);
+      reads(bytes);
+      hostile = static_cast<char>(~hostile);
+    }
+  }
+  EXPECT_EQ(reads("no library").failure, "it is no library");
+  EXPECT_EQ(LTLib::libraryOffers(folder.path()).failure, "it cannot be read");
+  EXPECT_EQ(LTLib::libraryOffers(libraryPath("quiet")).failure,
+            "it has no section ltoffers, which LTLIB_COMPONENT makes");
+}
+
+TEST(LibraryOffers, AreThereInWholeOrNotAtAll) {
+  const TempFolder folder;
+  const Offers all{
+      {"Example.Hello", {"Example.Greeter/1.0", "Example.Counter/1.0"}, "greets by name"},
+      {"Offers.Bare", {}, ""}};
+  const std::string file = folder.path("library");
+  std::filesystem::copy_file(libraryPath("offers"), file);
+  EXPECT_EQ(LTLib::libraryOffers(file).classes, all);
+  const auto step = std::filesystem::file_size(file) / 200;
+  for (auto left = step * 200; left > 0; left -= step) {
+    std::filesystem::resize_file(file, left - step);
+    const LTLib::LibraryOffers offers = LTLib::libraryOffers(file);
+    EXPECT_TRUE(offers.failure.empty() ? offers.classes == all : offers.classes.empty()) << left;
+  }
 }
 
 }  // namespace
