@@ -1,9 +1,9 @@
 # ltlib_add_component(NAME SOURCES... [CLASSES IDENTIFIERS...]): a component library, which ltlib
 # loads and unloads at run time by the file name NAME with the system's suffix.
 #
-# CLASSES names the classes that the library offers. The list becomes the target's property
-# LTLIB_CLASSES and the file NAME.classes beside the library, one identifier a line, for whoever
-# registers the library.
+# CLASSES names the classes that the library offers in another way than by LTLIB_COMPONENT, which has
+# the library's own file tell of them. The list becomes the target's property LTLIB_CLASSES and the file
+# NAME.classes beside the library, one identifier a line, for whoever registers the library.
 #
 # On Linux an exception of a static object must not reach the system's loader, which would stay
 # locked for all other threads. There the library's initialisers run under a handler of ltlib's,

@@ -30,7 +30,7 @@ inline constexpr char kAboutFiles[] =
     "*.cfg_dropped, ...\tLines that a save with --force has dropped\n"
     "qsconfig.dat\tIn the folder of stores, the name of the lock that their programs share\n"
     "registry.dat\tBeside the library, has programs of Windows use store files\n"
-    "LIBRARY.classes\tBeside a component library, the classes that it offers";
+    "LIBRARY.classes\tBeside a component library, classes that its own file does not tell";
 
 }  // namespace ltreg
 

@@ -28,7 +28,7 @@ struct Request {
   std::optional<std::string> data;        // --data
   std::optional<std::string> text;        // TEXT, PATTERN
   std::optional<std::string> clsid;       // CLASS
-  std::optional<std::string> library;     // --all
+  std::optional<std::string> library;     // --all, LIBRARY
   std::optional<std::string> file;        // FILE
   std::optional<std::string> type;        // --type
   std::optional<std::string> outputFile;  // -o

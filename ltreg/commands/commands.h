@@ -56,6 +56,7 @@ ExitCode showManual(const Request& request, Output& output);
 
 ExitCode registerClass(const Request& request, Output& output);
 ExitCode unregisterClass(const Request& request, Output& output);
+ExitCode showOffers(const Request& request, Output& output);
 ExitCode listClasses(const Request& request, Output& output);
 
 }  // namespace ltreg

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <filesystem>
-#include <sstream>
 #include <system_error>
 
 #include "ltreg/cli/json.h"
@@ -9,6 +8,7 @@
 #include "ltreg/commands/commands.h"
 #include "ltreg/component/component_check.h"
 #include "ltreg/component/component_entry.h"
+#include "ltreg/component/library_classes.h"
 #include "ltreg/registry/changes.h"
 
 namespace ltreg {
@@ -45,30 +45,6 @@ std::string pathOfClass(const std::string& id) {
   return expandPath(classKey(id).path);
 }
 
-// The classes that a library offers, by the file that its build has written beside it.
-std::vector<std::string> classesOf(const std::string& library) {
-  const std::string file = textOf(fileOf(library).replace_extension(".classes"));
-  std::error_code error;
-  if (!std::filesystem::exists(fileOf(file), error)) {
-    throw Failure(ExitCode::kAbsent,
-                  "there is no file " + inQuotes(file) +
-                      ", which a build with ltlib_add_component(... CLASSES ...) writes; name each"
-                      " class of the library");
-  }
-  std::vector<std::string> classes;
-  std::istringstream lines(readTextFile(file));
-  for (std::string id; std::getline(lines, id);) {
-    id.erase(id.find_last_not_of("\r \t") + 1);
-    if (!id.empty()) {
-      classes.push_back(id);
-    }
-  }
-  if (classes.empty()) {
-    throw Failure(ExitCode::kBadInput, "the file " + inQuotes(file) + " names no class");
-  }
-  return classes;
-}
-
 void enterClass(Session& session, const std::string& path, const std::string& library) {
   demandPlace(session, path, kLibraryValue);
   // A value keeps its type in a store file, and the loader reads strings alone.
@@ -87,10 +63,12 @@ void eraseClass(Session& session, const std::string& path) {
   }
 }
 
-std::vector<std::string> idsOf(const std::vector<ClassEntry>& entries) {
-  std::vector<std::string> ids(entries.size());
-  std::transform(entries.begin(), entries.end(), ids.begin(),
-                 [](const ClassEntry& entry) { return entry.id; });
+// Of entries in the registry, or of what a library offers.
+template <class Class>
+std::vector<std::string> idsOf(const std::vector<Class>& classes) {
+  std::vector<std::string> ids(classes.size());
+  std::transform(classes.begin(), classes.end(), ids.begin(),
+                 [](const Class& each) { return each.id; });
   return ids;
 }
 
@@ -142,7 +120,7 @@ ExitCode registerClass(const Request& request, Output& output) {
                   "register takes CLASS and FILE, or --all LIBRARY in their place");
   }
   const std::vector<std::string> classes =
-      request.library ? classesOf(*request.library) : std::vector{*request.clsid};
+      request.library ? idsOf(classesOf(*request.library)) : std::vector{*request.clsid};
   const std::string library =
       libraryToEnter(request, request.library ? *request.library : *request.file);
   KeyArgument key = classesKey();
@@ -183,6 +161,26 @@ ExitCode unregisterClass(const Request& request, Output& output) {
     for (const ClassEntry& entry : doomed) {
       showClass(entry, output);
     }
+  }
+  return ExitCode::kDone;
+}
+
+ExitCode showOffers(const Request& request, Output& output) {
+  Json all = Json::array();
+  for (const LTLib::ComponentOffer& offer : classesOf(*request.library)) {
+    if (request.json) {
+      all.push(Json()
+                   .with("class", offer.id)
+                   .with("interfaces", offer.interfaces)
+                   .with("words", offer.words));
+    } else {
+      output.row(escapeControls(offer.id) + '\t' + escapeControls(interfacesOf(offer)) + '\t' +
+                     escapeControls(offer.words),
+                 2);
+    }
+  }
+  if (request.json) {
+    output.json(versionedJson("offers", std::move(all)));
   }
   return ExitCode::kDone;
 }

@@ -10,6 +10,7 @@
 #include "ltreg/commands/commands.h"
 #include "ltreg/commands/read_key.h"
 #include "ltreg/component/component_entry.h"
+#include "ltreg/component/library_classes.h"
 #include "ltreg/registry/references.h"
 
 namespace ltreg {
@@ -228,6 +229,19 @@ class Explainer {
     m_all.add(
         "class",
         {{"id", id}, {"library", library ? library->data : std::string()}, {"check", checkOf(id)}});
+    // One without a folder is looked for in the system's own places.
+    if (library && library->type == REG_SZ && fileOf(library->data).has_parent_path()) {
+      tellOffer(id, library->data);
+    }
+  }
+
+  void tellOffer(const std::string& id, const std::string& library) {
+    for (const LTLib::ComponentOffer& offer : LTLib::libraryOffers(library).classes) {
+      if (sameName(offer.id, id)) {
+        m_all.add("offer", {{"interfaces", interfacesOf(offer)}, {"words", offer.words}});
+        return;
+      }
+    }
   }
 
   static std::string classesPath() {

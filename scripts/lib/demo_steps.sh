@@ -220,7 +220,8 @@ walk_the_road_of_a_request() {
   show ltreg vars
   show ltreg expand '%CLASSID%\Example.Hello' --trace
   show_failing 1 ltreg component check Example.Hello
-  say "The class of a library is entered:"
+  say "A library's file tells what it offers, and its class is entered:"
+  show ltreg component offers "$library"
   show ltreg component register --all "$library"
   show cat components/HKEY_LOCAL_MACHINE.cfg
   show ltreg component list

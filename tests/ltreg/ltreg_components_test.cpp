@@ -66,6 +66,11 @@ TEST_F(LtregComponents, EntersAndDeletesClasses) {
 TEST_F(LtregComponents, EntersAllThatALibraryOffersAndTellsOfItsClasses) {
   const std::string pair = libraryPath("component_pair");
   const std::string both = entryOf("Pair.Unknown", pair) + entryOf("Pair.Plain", pair);
+  const std::string offers = libraryPath("component_offers");
+  const std::string told = entryOf("Example.Hello", offers) + entryOf("Offers.Bare", offers) +
+                           entryOf("Offers.Named", offers);
+  const auto row = [&](const char* id) { return id + ('\t' + offers + '\n'); };
+  const std::string rows = row("Example.Hello") + row("Offers.Bare") + row("Offers.Named");
   const std::string gone = m_folder.path("gone.so");
   const std::string left = both + entryOf("Bare", "bare.so");
   const std::string all = left + entryOf("Gone", gone);
@@ -74,7 +79,6 @@ TEST_F(LtregComponents, EntersAllThatALibraryOffersAndTellsOfItsClasses) {
   };
   runs({
       {"component register --as-is --all '" + pair + "'", 0, marked("", ""), "", {}, both},
-      {"component register --all absent.so", 1, "", "no file 'absent.classes'", {}},
       {"component register X", 2, "", "takes CLASS and FILE, or --all LIBRARY", {}},
       {"component unregister", 2, "", "takes CLASS, or --missing", {}},
       {"component unregister --missing", 0, "Gone\t" + gone + "\n", "", all, left},
@@ -92,6 +96,17 @@ TEST_F(LtregComponents, EntersAllThatALibraryOffersAndTellsOfItsClasses) {
            R"(' loads and offers the class as a plain one"})",
        "", both},
   });
+  fails(1, "component register --all l.so",
+        "'l.so' tells of no class: it cannot be read; nor does 'l.classes'", {});
+  shows("component offers '" + offers + "'",
+        "Example.Hello\tExample.Greeter/1.0, Example.Counter/1.0\tgreets by name\n"
+        "Offers.Bare\t\t\nOffers.Named\t\t\n",
+        {});
+  contains(run("component offers --json '" + offers + "'").output,
+           {R"("words": "greets by name")"});
+  runs({{"component register --as-is --all '" + offers + "'", 0, rows, "", {}, told}});
+  contains(run("explain HKLM\\%CLASSID%\\Example.Hello").output,
+           {"\noffer\tExample.Greeter/1.0, Example.Counter/1.0\tgreets by name\n"});
 }
 
 TEST_F(LtregComponents, ChecksEntries) {
