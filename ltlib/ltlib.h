@@ -34,6 +34,7 @@
 #include "ltlib/registry/reg_key.h"
 #include "ltlib/registry/reg_value.h"
 #include "ltlib/registry/registry_manager.h"
+#include "ltlib/registry/registry_watch.h"
 #include "ltlib/registry/win32_registry_manager.h"
 #include "ltlib/variables/variable_manager.h"
 #include "ltlib/variables/variable_report.h"

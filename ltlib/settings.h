@@ -2,6 +2,7 @@
 #ifndef LTLIB_SETTINGS_H
 #define LTLIB_SETTINGS_H
 
+#include "ltlib/settings/changes.h"
 #include "ltlib/settings/error.h"
 #include "ltlib/settings/group.h"
 #include "ltlib/settings/key.h"

@@ -41,6 +41,20 @@ inline void explain(Failure& failure) {
   }
 }
 
+/// Waits for a store's lock. One that its last owner died with is told of once, and taken at the next
+/// try: what that one left is a whole file all the same. There are two such locks.
+inline void holdStore(const std::string& file, std::optional<StoreGuard>& guard) {
+  for (int abandoned = 0; !guard; ++abandoned) {
+    try {
+      guard.emplace(file);
+    } catch (const QSException&) {
+      if (abandoned == 2) {
+        throw;
+      }
+    }
+  }
+}
+
 inline void reloadRoot(Root root, std::error_code* code) {
   Failure failure;
   attempt(failure, [root] { return reloadStore(static_cast<enumRegRoot>(root)); });
@@ -84,28 +98,17 @@ class Transaction {
     detail::Failure failure;
     detail::attempt(failure, [&] {
       const std::string file = GetConfigurationPathname(m_root);
-      return file.empty() ? kNotAvailable : take(file);
+      if (file.empty()) {
+        return kNotAvailable;
+      }
+      detail::holdStore(file, m_guard);
+      return reloadStore(m_root);
     });
     if (failure) {
       detail::explain(failure);
       m_guard.reset();
     }
     detail::report(failure, "a transaction cannot begin", code);
-  }
-
-  // A lock that its last owner died with is told of once, and taken at the next try: what that one left
-  // is a whole file all the same. There are two such locks.
-  QSResult take(const std::string& file) {
-    for (int abandoned = 0; !m_guard; ++abandoned) {
-      try {
-        m_guard.emplace(file);
-      } catch (const QSException&) {
-        if (abandoned == 2) {
-          throw;
-        }
-      }
-    }
-    return reloadStore(m_root);
   }
 
   void rollBack() noexcept {

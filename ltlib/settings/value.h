@@ -358,6 +358,11 @@ class Value {
     return out;
   }
 
+  /// The same type and the same bytes.
+  bool operator==(const Value& other) const {
+    return m_stored.type == other.m_stored.type && m_stored.bytes == other.m_stored.bytes;
+  }
+
   /// The value for people: a number, a text or a list's items between quotes, or how many bytes.
   [[nodiscard]] std::string shown() const;
 

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <sstream>
 
-#include "ltlib/platform/change_watch.h"
 #include "ltlib/platform/tool_process.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
@@ -17,7 +16,7 @@ namespace ltreg {
 namespace {
 
 namespace fs = std::filesystem;
-using LTLib::Platform::ChangeWatchHandle;
+using LTLib::RegistryWatch;
 
 // A folder for this user alone, there for as long as two versions are compared and no longer: who
 // watches is ended at any moment.
@@ -58,34 +57,27 @@ class Watch {
 
   [[noreturn]] void run(Output& output) {
     // Armed ahead of the first look, so that no change falls between the two.
-    const ChangeWatchHandle watch = open();
+    RegistryWatch watch = open();
     std::string before = content().value_or("");
     complain("watching " + inQuotes(m_store.empty() ? m_name : m_store));
-    while (LTLib::Platform::awaitChange(*watch)) {
-      std::optional<std::string> after = content();
+    for (;;) {
+      std::optional<std::string> after = nextOf(watch) ? content() : std::nullopt;
       if (after && *after != before) {
         tell(before, *after, output);
         before = std::move(*after);
       }
     }
-    throw Failure(ExitCode::kStoreFailed, "there is nothing to watch any more");
   }
 
  private:
-  [[nodiscard]] ChangeWatchHandle open() const {
-    std::string reason;
-    ChangeWatchHandle watch =
-        m_store.empty()
-            ? LTLib::Platform::watchSystemKey(LTLib::predefinedRootHandle(m_key.root), m_key.path,
-                                              reason)
-            : LTLib::Platform::watchFolder(
-                  textOf(fs::weakly_canonical(fs::absolute(fileOf(m_store))).parent_path()),
-                  reason);
-    if (watch == nullptr) {
-      throw Failure(ExitCode::kStoreFailed,
-                    inQuotes(m_store.empty() ? m_name : m_store) + " cannot be watched: " + reason);
-    }
-    return watch;
+  [[nodiscard]] RegistryWatch open() const {
+    return m_store.empty() ? RegistryWatch::ofSystemKey(m_key.root, m_key.path)
+                           : RegistryWatch::ofStore(m_store);
+  }
+
+  // Whether it was woken by what it watches.
+  static bool nextOf(RegistryWatch& watch) {
+    return watch.wait(std::chrono::hours(1)) && watch.take();
   }
 
   // The store as one save has left it, or the key as it is exported; empty where there is none. A

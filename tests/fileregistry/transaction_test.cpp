@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -11,11 +12,13 @@
 
 #include "ltlib/settings.h"
 #include "tests/support/child_process.h"
+#include "tests/support/environment.h"
 #include "tests/support/store_fixture.h"
 
 namespace {
 
 using namespace LTLib::Testing;
+using LTLib::Changes;
 using LTLib::Key;
 using LTLib::Root;
 using LTLib::SettingsErrc;
@@ -131,6 +134,71 @@ TEST_F(Transactions, WhatFailsLeavesAllAsItWas) {
   LTLib::reload(Root::kLocalMachine, code);
   EXPECT_EQ(code, SettingsErrc::kStoreFailure);
   EXPECT_EQ(key.get("n", 0), 2);
+}
+
+// What was told of, in one line for each: the key's last name, the value's, and what it was and is.
+class ChangesOfAStore : public Transactions {
+ protected:
+  Changes changesOf(const Key& key) {
+    return Changes(key, [this](const LTLib::Change& change) {
+      const auto shown = [](const std::optional<LTLib::Value>& value) {
+        return value ? value->shown() : "-";
+      };
+      m_told.append(change.key.name()).append(" " + change.name + ": ");
+      m_told.append(shown(change.before) + " " + shown(change.after) + "\n");
+    });
+  }
+  // What a notice leads to; what is no more than one save may come as several.
+  std::string next(Changes& changes) {
+    m_told.clear();
+    while (m_told.empty() && changes.wait(std::chrono::minutes(1))) {
+      changes.dispatch();
+    }
+    return m_told;
+  }
+
+  std::string m_told;
+};
+
+TEST_F(ChangesOfAStore, ComeFromTheStoreWhoeverSavesIt) {
+  const Key key(Root::kLocalMachine, "Software\\Counters");
+  Changes changes = changesOf(key);
+  EXPECT_EQ(changes.dispatch(), 0u) << "there is no store yet";
+  ChildProcess child("counts", {"n", "1"});
+  EXPECT_EQ(next(changes), "Counters n: - 1\n");
+  EXPECT_EQ(child.wait(), 0);
+  m_folder.write("other", "");
+  EXPECT_EQ(changes.dispatch(), 0u);
+  Changes moved = std::move(changes);
+  saveElsewhere(
+      "[Software\\Counters]\n\"n\"=string:\"1\"\n[Software\\Counters\\%a%]\n\"m\"=ulong:2\n");
+  EXPECT_EQ(next(moved), "Counters n: 1 \"1\"\n%a% m: - 2\n");
+  (key / "Sub").set("mine", 1);
+  (void)key.erase("n");
+  EXPECT_EQ(save(), 0);
+  EXPECT_EQ(next(moved), "Sub mine: - 1\nCounters n: \"1\" -\n");
+
+  // Nothing gets lost, neither what is not saved nor what is not told.
+  key.set("mine", 2);
+  saveElsewhere("[Software\\Counters]\n\"n\"=ulong:3\n");
+  EXPECT_TRUE(moved.wait(std::chrono::minutes(1)));
+  std::error_code code;
+  EXPECT_EQ(moved.dispatch(code), 0u);
+  EXPECT_EQ(code, SettingsErrc::kUnsaved);
+  forgetStores();
+  m_told.clear();
+  EXPECT_EQ(moved.dispatch(code), 3u) << m_told;
+  EXPECT_FALSE(code);
+  EXPECT_TRUE(locksAreFree());
+}
+
+TEST_F(ChangesOfAStore, AreRefusedWhereThereAreNone) {
+  std::error_code code;
+  const Changes tooHigh(Key(Root::kLocalMachine, "Software"), nullptr, code);
+  EXPECT_EQ(code, SettingsErrc::kNoForm);
+  EXPECT_FALSE(tooHigh.wait(std::chrono::minutes(1)));
+  const ScopedEnvironment nowhere("HKEY_LOCAL_MACHINE", m_folder.path("absent/store"));
+  EXPECT_THROW((void)changesOf(counters()), LTLib::SettingsError);
 }
 
 }  // namespace

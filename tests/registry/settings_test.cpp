@@ -5,6 +5,7 @@
 #include <array>
 
 #include "tests/registry/registry_fixture.h"
+#include "tests/support/system.h"
 
 using namespace std::chrono_literals;
 
@@ -205,6 +206,31 @@ TEST_F(Settings, WalksGoOnAsEntriesGo) {
     EXPECT_TRUE(sub.eraseAll());
   }
   EXPECT_TRUE(m_key.subkeys().begin() == std::default_sentinel);
+}
+
+TEST_F(Settings, ChangesAreToldWhereTheSystemTellsOfThem) {
+  std::string told;
+  std::error_code code;
+  Changes changes(
+      m_key / "Sub", [&](const Change& change) { told += change.after ? change.name : "gone"; },
+      code);
+  ASSERT_EQ(!code, Testing::filesServe() || kOnWindows);
+  const auto next = [&] {
+    EXPECT_EQ(SaveConfiguration(kUser), 0);
+    for (told.clear(); told.empty() && changes.wait(1min);) {
+      changes.dispatch();
+    }
+    return told;
+  };
+  // There is nothing to watch, then the key, then nothing again, and the key once more.
+  for (int round = 0; round < (code ? 0 : 2); ++round) {
+    (m_key / "Sub").set("Value", round);
+    EXPECT_EQ(next(), "Value");
+    (m_key / "Sub").set("Value", "text");
+    EXPECT_EQ(next(), "Value");
+    EXPECT_TRUE((m_key / "Sub").eraseAll());
+    EXPECT_EQ(next(), "gone");
+  }
 }
 
 struct Net {

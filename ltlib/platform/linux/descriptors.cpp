@@ -44,7 +44,10 @@ int lockWithin(int descriptor, std::chrono::milliseconds limit) noexcept {
 }  // namespace
 
 int openAboveStandardStreams(const char* path, int flags, mode_t mode) noexcept {
-  const int first = open(path, flags | O_CLOEXEC, mode);
+  return aboveStandardStreams(open(path, flags | O_CLOEXEC, mode));
+}
+
+int aboveStandardStreams(int first) noexcept {
   if (first < 0 || first > STDERR_FILENO) {
     return first;
   }

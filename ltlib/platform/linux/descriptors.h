@@ -10,6 +10,9 @@ namespace LTLib::Platform {
 /// closed its number would be the next one, and what others print would end up in the file.
 [[nodiscard]] int openAboveStandardStreams(const char* path, int flags, mode_t mode) noexcept;
 
+/// The same for a descriptor that is open already, if it is; its number may change.
+[[nodiscard]] int aboveStandardStreams(int first) noexcept;
+
 /// Waits for the kernel's lock on an open file, as long as lock_wait.h allows, while a fork by another
 /// thread waits for nobody. Gives 0 or the system's number, ETIMEDOUT at the end of the time.
 [[nodiscard]] int waitForKernelLock(int descriptor) noexcept;

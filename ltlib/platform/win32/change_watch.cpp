@@ -1,6 +1,6 @@
 #include "ltlib/platform/change_watch.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <utility>
 
 #include "ltlib/platform/win32/owned_handle.h"
@@ -11,41 +11,61 @@ namespace LTLib::Platform {
 // Of a folder or of a key; the other one is null.
 struct ChangeWatch {
   HANDLE folder = nullptr;
-  HKEY key = nullptr;
-  HANDLE told = nullptr;  // the event that a change sets
+  HKEY root = nullptr;
+  std::string path;
+  HKEY key = nullptr;     // the nearest one that is there
+  HANDLE told = nullptr;  // the event that a change sets, and that stays set until it is taken
   OVERLAPPED pending{};
   alignas(DWORD) char changes[16384] = {};
 };
 
 namespace {
 
-std::wstring wideText(const std::string& text) {
-  const int size = static_cast<int>(text.size());
-  std::wstring wide(
-      static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.c_str(), size, nullptr, 0)),
-      L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, text.c_str(), size, wide.data(), static_cast<int>(wide.size()));
-  return wide;
+LSTATUS openNearestKey(HKEY root, std::string path, HKEY& key) {
+  for (;;) {
+    const LSTATUS opened = RegOpenKeyExA(root, path.c_str(), 0, KEY_NOTIFY, &key);
+    if (opened != ERROR_FILE_NOT_FOUND || path.empty()) {
+      return opened;
+    }
+    path.resize(path.find('\\') != std::string::npos ? path.rfind('\\') : 0);
+  }
 }
 
-// Asks for the next change. The system keeps those that come between two askings.
-bool arm(ChangeWatch& watch) noexcept {
+// Each time anew, since the key may have come or gone. Closing one sets its event.
+LSTATUS armKey(ChangeWatch& watch) {
   if (watch.key != nullptr) {
-    return RegNotifyChangeKeyValue(watch.key, TRUE,
-                                   REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET, watch.told,
-                                   TRUE) == ERROR_SUCCESS;
+    RegCloseKey(std::exchange(watch.key, nullptr));
   }
+  ResetEvent(watch.told);
+  const LSTATUS opened = openNearestKey(watch.root, watch.path, watch.key);
+  return opened != ERROR_SUCCESS
+             ? opened
+             : RegNotifyChangeKeyValue(watch.key, TRUE,
+                                       REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET,
+                                       watch.told, TRUE);
+}
+
+// The system keeps the changes that come between two askings.
+LSTATUS armFolder(ChangeWatch& watch) {
+  ResetEvent(watch.told);
   watch.pending = {};
   watch.pending.hEvent = watch.told;
-  return ReadDirectoryChangesW(watch.folder, watch.changes, sizeof watch.changes, FALSE,
-                               FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_LAST_WRITE,
-                               nullptr, &watch.pending, nullptr) != 0;
+  const bool asked =
+      ReadDirectoryChangesW(watch.folder, watch.changes, sizeof watch.changes, FALSE,
+                            FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_LAST_WRITE, nullptr,
+                            &watch.pending, nullptr) != 0;
+  return asked ? ERROR_SUCCESS : static_cast<LSTATUS>(GetLastError());
+}
+
+LSTATUS arm(ChangeWatch& watch) {
+  return watch.folder != nullptr ? armFolder(watch) : armKey(watch);
 }
 
 ChangeWatchHandle armed(ChangeWatchHandle watch, std::string& reason) {
-  watch->told = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-  if (watch->told == nullptr || !arm(*watch)) {
-    reason = systemWords(GetLastError());
+  watch->told = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  const LSTATUS asked = watch->told != nullptr ? arm(*watch) : static_cast<LSTATUS>(GetLastError());
+  if (asked != ERROR_SUCCESS) {
+    reason = systemWords(static_cast<DWORD>(asked));
     watch.reset();
   }
   return watch;
@@ -56,8 +76,9 @@ ChangeWatchHandle armed(ChangeWatchHandle watch, std::string& reason) {
 void ChangeWatchCloser::operator()(ChangeWatch* watch) const noexcept {
   if (watch->folder != nullptr) {
     DWORD ignored = 0;
-    CancelIo(watch->folder);
-    GetOverlappedResult(watch->folder, &watch->pending, &ignored, TRUE);
+    if (CancelIo(watch->folder) != 0 && watch->pending.hEvent != nullptr) {
+      GetOverlappedResult(watch->folder, &watch->pending, &ignored, TRUE);
+    }
     CloseHandle(watch->folder);
   }
   if (watch->key != nullptr) {
@@ -69,35 +90,44 @@ void ChangeWatchCloser::operator()(ChangeWatch* watch) const noexcept {
   delete watch;
 }
 
-ChangeWatchHandle watchFolder(const std::string& path, std::string& reason) {
+ChangeWatchHandle watchFile(const std::string& pathname, std::string& reason) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const std::size_t end = pathname.find_last_of("\\/:") + 1;
+  const std::string path = end != 0 ? pathname.substr(0, end) : ".";
+  ChangeWatchHandle watch(new ChangeWatch);
   const HANDLE folder =
-      CreateFileW(wideText(path).c_str(), FILE_LIST_DIRECTORY, kShareAll, nullptr, OPEN_EXISTING,
+      CreateFileA(path.c_str(), FILE_LIST_DIRECTORY, kShareAll, nullptr, OPEN_EXISTING,
                   FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED, nullptr);
   if (folder == INVALID_HANDLE_VALUE) {
     reason = systemWords(GetLastError());
     return nullptr;
   }
-  ChangeWatchHandle watch(new ChangeWatch);
   watch->folder = folder;
   return armed(std::move(watch), reason);
 }
 
 ChangeWatchHandle watchSystemKey(void* root, const std::string& path, std::string& reason) {
-  HKEY key = nullptr;
-  const LSTATUS opened =
-      RegOpenKeyExW(static_cast<HKEY>(root), wideText(path).c_str(), 0, KEY_NOTIFY, &key);
-  if (opened != ERROR_SUCCESS) {
-    reason = systemWords(static_cast<DWORD>(opened));
-    return nullptr;
-  }
   ChangeWatchHandle watch(new ChangeWatch);
-  watch->key = key;
+  watch->root = static_cast<HKEY>(root);
+  watch->path = path;
   return armed(std::move(watch), reason);
 }
 
-bool awaitChange(ChangeWatch& watch) noexcept {
-  return WaitForSingleObject(watch.told, INFINITE) == WAIT_OBJECT_0 && arm(watch);
+std::intptr_t readinessOf(const ChangeWatch& watch) noexcept {
+  return reinterpret_cast<std::intptr_t>(watch.told);
+}
+
+bool awaitChange(const ChangeWatch& watch, std::chrono::milliseconds limit) noexcept {
+  const auto most = std::clamp<std::chrono::milliseconds::rep>(limit.count(), 0, INFINITE - 1);
+  return WaitForSingleObject(watch.told, static_cast<DWORD>(most)) == WAIT_OBJECT_0;
+}
+
+// Which file it was is not looked at: the names may be short ones, and the buffer may have run over.
+TakenChange takeChange(ChangeWatch& watch) {
+  if (WaitForSingleObject(watch.told, 0) != WAIT_OBJECT_0) {
+    return TakenChange::kNone;
+  }
+  return arm(watch) == ERROR_SUCCESS ? TakenChange::kSome : TakenChange::kNoMore;
 }
 
 }  // namespace LTLib::Platform
