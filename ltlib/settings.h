@@ -3,6 +3,7 @@
 #define LTLIB_SETTINGS_H
 
 #include "ltlib/settings/changes.h"
+#include "ltlib/settings/description.h"
 #include "ltlib/settings/error.h"
 #include "ltlib/settings/group.h"
 #include "ltlib/settings/key.h"

@@ -348,11 +348,17 @@ class Value {
   Value() = default;
   explicit Value(RegistryValue stored) : m_stored(std::move(stored)) {}
 
-  /// The value as a T; none where it is of another type or does not fit.
+  /// The value as a T; none where it is of another type or does not fit, which the code tells.
   template <SettingType T>
   [[nodiscard]] std::optional<T> as() const {
+    std::error_code ignored;
+    return as<T>(ignored);
+  }
+  template <SettingType T>
+  [[nodiscard]] std::optional<T> as(std::error_code& code) const {
     std::optional<T> out(std::in_place);
-    if (detail::decode(m_stored, *out) < 0) {
+    code = make_error_code(detail::decode(m_stored, *out));
+    if (code) {
       out.reset();
     }
     return out;

@@ -36,6 +36,7 @@ struct Request {
   std::optional<std::string> format;      // --format
   std::optional<std::string> fallback;    // --default
   std::optional<std::string> places;      // --in
+  std::optional<std::string> settings;    // --settings
   std::vector<std::string> values;        // VALUE...
   std::optional<std::string> store;       // --store
   std::optional<std::string> backend;     // --backend

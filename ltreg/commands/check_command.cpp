@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <cstdint>
 
 #include "ltreg/cli/json.h"
 #include "ltreg/cli/shown_text.h"
 #include "ltreg/commands/commands.h"
+#include "ltreg/exchange/described_settings.h"
 #include "ltreg/registry/backend.h"
 #include "ltreg/registry/key_argument.h"
 #include "ltreg/registry/store_access.h"
@@ -21,14 +23,15 @@ Json faultJson(const LTLib::StoreFault& fault) {
       .with("text", fault.text);
 }
 
-// Takes the reports of store files and tells of them, one by one or as a whole.
+// Takes the reports of store files and the faults of settings, and tells of them, one by one or as a
+// whole.
 class Reports {
  public:
-  Reports(const Request& request, Output& output) : m_inJson(request.json), m_output(output) {}
+  Reports(const Request& request, Output& output) : m_request(request), m_output(output) {}
 
   ExitCode add(const std::string& pathname) {
     const LTLib::StoreReport report = checkedStore(pathname);
-    if (m_inJson) {
+    if (m_request.json) {
       m_all.push(jsonOf(pathname, report));
     } else {
       tell(pathname, report);
@@ -38,9 +41,15 @@ class Reports {
                            : ExitCode::kAbsent;
   }
 
-  ExitCode finish(ExitCode code) {
-    if (m_inJson) {
-      m_output.json(versionedJson("stores", std::move(m_all)));
+  // Settings are looked at where the stores load.
+  ExitCode finish(ExitCode code, enumRegRoot root) {
+    if (m_request.settings && code != ExitCode::kStoreFailed && addSettings(root)) {
+      code = ExitCode::kBadInput;
+    }
+    if (m_request.json) {
+      Json all = versionedJson("stores", std::move(m_all));
+      m_output.json(m_request.settings ? std::move(all).with("settings", std::move(m_faults))
+                                       : std::move(all));
     }
     return code;
   }
@@ -63,6 +72,46 @@ class Reports {
         .with("left", report.left);
   }
 
+  // Of all roots where none is given: whether anything is wrong.
+  bool addSettings(enumRegRoot root) {
+    const std::vector<DescribedGroup> groups = readDescribedSettings(*m_request.settings);
+    Request quiet(m_request);
+    quiet.quiet = true;
+    std::vector<std::string> seen;
+    bool isWrong = false;
+    for (const DescribedGroup& group : groups) {
+      if (root != REG_ROOT_NONE && root != group.key.root) {
+        continue;
+      }
+      KeyArgument key = group.key;
+      Session session(quiet, key, Access::kRead);
+      const std::string name = fullName(key.root, key.path);
+      // A key that several groups share is one.
+      if (std::find(seen.begin(), seen.end(), foldedName(name)) == seen.end()) {
+        seen.push_back(foldedName(name));
+        isWrong =
+            tellFaults(name, judgeSettings(session, key.path, settingsOf(groups, key))) || isWrong;
+      }
+    }
+    return isWrong;
+  }
+
+  bool tellFaults(const std::string& key, const std::vector<JudgedSetting>& settings) {
+    bool isWrong = false;
+    for (const auto& [setting, isSet, fault] : settings) {
+      if (fault.empty()) {
+        continue;
+      }
+      isWrong = true;
+      if (m_request.json) {
+        m_faults.push(Json().with("key", key).with("name", setting.name).with("fault", fault));
+      } else {
+        m_output.line(escapeControls(key) + '\t' + escapeControls(setting.name) + '\t' + fault);
+      }
+    }
+    return isWrong;
+  }
+
   // The warnings, and a line that sums up.
   void tell(const std::string& pathname, const LTLib::StoreReport& report) {
     for (const LTLib::StoreFault& warning : report.warnings) {
@@ -82,9 +131,10 @@ class Reports {
     m_output.line(escapeControls(pathname) + ": " + sum);
   }
 
-  bool m_inJson;
+  const Request& m_request;
   Output& m_output;
   Json m_all = Json::array();
+  Json m_faults = Json::array();
 };
 
 }  // namespace
@@ -97,13 +147,13 @@ ExitCode checkStores(const Request& request, Output& output) {
     const char kNoStore[] =
         "there is no store to check: the roots lie in the operating system's registry";
     request.json ? complain(kNoStore) : output.line(kNoStore);
-    return reports.finish(request.key ? ExitCode::kAbsent : ExitCode::kDone);
+    return reports.finish(request.key ? ExitCode::kAbsent : ExitCode::kDone, root);
   }
   if (request.store) {
-    return reports.finish(reports.add(*request.store));
+    return reports.finish(reports.add(*request.store), root);
   }
   if (root != REG_ROOT_NONE) {
-    return reports.finish(reports.add(backend.storeOf(root)));
+    return reports.finish(reports.add(backend.storeOf(root)), root);
   }
   // That a root has no store file yet is nothing wrong.
   ExitCode worst = ExitCode::kDone;
@@ -113,7 +163,7 @@ ExitCode checkStores(const Request& request, Output& output) {
       worst = ExitCode::kStoreFailed;
     }
   }
-  return reports.finish(worst);
+  return reports.finish(worst, root);
 }
 
 }  // namespace ltreg

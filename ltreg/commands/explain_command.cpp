@@ -11,6 +11,7 @@
 #include "ltreg/commands/read_key.h"
 #include "ltreg/component/component_entry.h"
 #include "ltreg/component/library_classes.h"
+#include "ltreg/exchange/described_settings.h"
 #include "ltreg/registry/references.h"
 
 namespace ltreg {
@@ -121,6 +122,9 @@ class Explainer {
     }
     const bool found = m_session.keyExists(m_key.path) && (!m_request.name || tellValue());
     tellClass();
+    if (m_request.settings) {
+      tellSettings(*m_request.settings);
+    }
     m_all.show(m_request.json, output);
     if (!found) {
       m_session.throwAbsent(
@@ -211,6 +215,22 @@ class Explainer {
     m_all.addOneOf("read", {{"as", as},
                             {"result", inHexadecimal(result)},
                             {"value", result >= 0 ? shown() : std::string()}});
+  }
+
+  // Of the value, or of all that the key has or might have.
+  void tellSettings(const std::string& file) {
+    for (const JudgedSetting& each :
+         judgeSettings(m_session, m_key.path, settingsOf(readDescribedSettings(file), m_key))) {
+      const DescribedSetting& setting = each.setting;
+      if (!m_request.name || sameName(setting.name, *m_request.name)) {
+        m_all.addOneOf("setting", {{"name", setting.name},
+                                   {"type", setting.type},
+                                   {"default", setting.fallback},
+                                   {"bounds", setting.bounds()},
+                                   {"help", setting.help},
+                                   {"verdict", each.verdict()}});
+      }
+    }
   }
 
   // A class's entry is there for its library, of which a process of its own says what a load does.

@@ -54,6 +54,8 @@ const Parameter kFormat{"--format",       "The form; without it by the file",
                         &Request::format, !kRequired,
                         kNoFault,         {"store", "json", "reg"}};
 const Parameter kLossy{"--lossy", "Leave out what cannot be held there", &Request::lossy};
+const Parameter kSettings{"--settings", "A file in which programs describe their settings",
+                          &Request::settings};
 const Parameter kTimeout{"--timeout",
                          "Seconds until a library that hangs is given up; 10 without it",
                          &Request::timeout};
@@ -222,7 +224,7 @@ std::vector<Verb> allVerbs() {
       {"explain",
        "Where a key or a value comes from, and how programs read it",
        explainEntry,
-       {kKey, {"NAME", kNameAbout, &Request::name}, kJson, kLiteral}},
+       {kKey, {"NAME", kNameAbout, &Request::name}, kSettings, kJson, kLiteral}},
       {"recover",
        "What saves that were cut off have left beside a store, and putting it back",
        recoverStore,
@@ -235,7 +237,10 @@ std::vector<Verb> allVerbs() {
          {"old", "new"}}}},
       {"watch", "Changes at and below a key, as they are saved", watchKey, {kKey, kJson, kLiteral}},
       {"path", "The file that holds a root", showPath, {root(kRequired), kJson}},
-      {"check", "What is wrong with store files", checkStores, {root(!kRequired), kJson}},
+      {"check",
+       "What is wrong with store files, and with settings that programs describe",
+       checkStores,
+       {root(!kRequired), kSettings, kJson}},
 
       {"expand",
        "A text with its %NAME% references replaced",

@@ -233,6 +233,34 @@ TEST_F(Settings, ChangesAreToldWhereTheSystemTellsOfThem) {
   }
 }
 
+struct Kinds {
+  bool flag;
+  std::int8_t byte;
+  std::vector<std::string> list;
+  std::vector<std::byte> bytes;
+  std::chrono::seconds wait;
+  Level level;
+  Colour colour;
+};
+
+TEST_F(Settings, EachTypeIsDescribed) {
+  const auto describes = [](const Group<Kinds>::Field& field, const std::string& expected) {
+    const SettingDescription& made = field.description();
+    EXPECT_EQ(made.type + detail::inJson(made.fallback) + made.least + '-' + made.most +
+                  detail::inJson(made.names),
+              expected);
+  };
+  describes({"", &Kinds::flag, true, ""}, R"(bool["1"]0-1[])");
+  describes({"", &Kinds::byte, std::int8_t{-5}, ""}, R"(integer["-5"]-128-127[])");
+  describes({"", &Kinds::list, {"a\n", "\"b"}, ""}, R"(list["a\u000a","\"b"]-[])");
+  describes({"", &Kinds::bytes, {std::byte{0xAB}, std::byte{0}}, ""}, R"(bytes["ab00"]-[])");
+  describes({"", &Kinds::wait, 5s, 1s, 9s, ""}, R"(seconds["5s"]1s-9s[])");
+  describes({"", &Kinds::level, Level::kLow, ""}, R"(name["low"]-["low","high"])");
+  describes({"", &Kinds::level, Level::kLow, Level::kLow, Level::kLow, ""},
+            R"(name["low"]-["low"])");
+  describes({"", &Kinds::colour, Colour{7}, ""}, R"(integer["7"]0-4294967295[])");
+}
+
 struct Net {
   int port;
   std::string host;
@@ -254,6 +282,13 @@ TEST_F(Settings, AGroupIsReadWithItsDefaultsAndRanges) {
   ASSERT_EQ(complaints.size(), 1u);
   EXPECT_EQ(complaints[0].name, "Port");
   EXPECT_EQ(complaints[0].code, SettingsErrc::kOutOfRange);
+  EXPECT_EQ(
+      group.description(Root::kLocalMachine, "%A%\\B"),
+      R"({"format":"ltlib-settings","version":1,"key":"HKEY_LOCAL_MACHINE\\%A%\\B","settings":[)"
+      R"({"name":"Port","type":"integer","default":["8080"],"least":"1","most":"65535",)"
+      R"("help":"where it listens"},)"
+      R"({"name":"Host","type":"text","default":["localhost"],"help":"whom it asks"}]})"
+      "\n");
 }
 
 }  // namespace

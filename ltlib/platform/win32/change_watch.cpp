@@ -14,6 +14,7 @@ struct ChangeWatch {
   HKEY root = nullptr;
   std::string path;
   HKEY key = nullptr;     // the nearest one that is there
+  HKEY parent = nullptr;  // of that one
   HANDLE told = nullptr;  // the event that a change sets, and that stays set until it is taken
   OVERLAPPED pending{};
   alignas(DWORD) char changes[16384] = {};
@@ -21,28 +22,57 @@ struct ChangeWatch {
 
 namespace {
 
-LSTATUS openNearestKey(HKEY root, std::string path, HKEY& key) {
+std::string pathAbove(const std::string& path) {
+  return path.substr(0, path.find('\\') != std::string::npos ? path.rfind('\\') : 0);
+}
+
+// Gives the path of the one that is open.
+std::string openNearestKey(ChangeWatch& watch, LSTATUS& opened) {
+  std::string path = watch.path;
   for (;;) {
-    const LSTATUS opened = RegOpenKeyExA(root, path.c_str(), 0, KEY_NOTIFY, &key);
+    opened = RegOpenKeyExA(watch.root, path.c_str(), 0, KEY_NOTIFY, &watch.key);
     if (opened != ERROR_FILE_NOT_FOUND || path.empty()) {
-      return opened;
+      return path;
     }
-    path.resize(path.find('\\') != std::string::npos ? path.rfind('\\') : 0);
+    path = pathAbove(path);
   }
 }
 
-// Each time anew, since the key may have come or gone. Closing one sets its event.
-LSTATUS armKey(ChangeWatch& watch) {
-  if (watch.key != nullptr) {
-    RegCloseKey(std::exchange(watch.key, nullptr));
+void closeKey(HKEY& key) noexcept {
+  if (key != nullptr) {
+    RegCloseKey(std::exchange(key, nullptr));
   }
+}
+
+LSTATUS askOfKey(ChangeWatch& watch, HKEY key, bool below, DWORD changes) {
+  return RegNotifyChangeKeyValue(key, below ? TRUE : FALSE, changes, watch.told, TRUE);
+}
+
+// That a key goes is a change of its parent, which not every system tells of the key itself. Closing
+// one sets the event.
+LSTATUS armNearestKey(ChangeWatch& watch) {
+  closeKey(watch.key);
+  closeKey(watch.parent);
   ResetEvent(watch.told);
-  const LSTATUS opened = openNearestKey(watch.root, watch.path, watch.key);
-  return opened != ERROR_SUCCESS
-             ? opened
-             : RegNotifyChangeKeyValue(watch.key, TRUE,
-                                       REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET,
-                                       watch.told, TRUE);
+  LSTATUS done = ERROR_SUCCESS;
+  const std::string path = openNearestKey(watch, done);
+  if (done == ERROR_SUCCESS && !path.empty() &&
+      RegOpenKeyExA(watch.root, pathAbove(path).c_str(), 0, KEY_NOTIFY, &watch.parent) ==
+          ERROR_SUCCESS) {
+    done = askOfKey(watch, watch.parent, false, REG_NOTIFY_CHANGE_NAME);
+  }
+  return done != ERROR_SUCCESS ? done
+                               : askOfKey(watch, watch.key, true,
+                                          REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET);
+}
+
+// Each time anew, since the key may have come or gone, even meanwhile.
+LSTATUS armKey(ChangeWatch& watch) {
+  LSTATUS done = ERROR_SUCCESS;
+  do {
+    done = armNearestKey(watch);
+  } while (done == ERROR_KEY_DELETED);
+  return done;
 }
 
 // The system keeps the changes that come between two askings.
@@ -81,9 +111,8 @@ void ChangeWatchCloser::operator()(ChangeWatch* watch) const noexcept {
     }
     CloseHandle(watch->folder);
   }
-  if (watch->key != nullptr) {
-    RegCloseKey(watch->key);
-  }
+  closeKey(watch->key);
+  closeKey(watch->parent);
   if (watch->told != nullptr) {
     CloseHandle(watch->told);
   }
