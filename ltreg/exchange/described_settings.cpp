@@ -55,7 +55,7 @@ struct SettingKind {
   IsWithin isWithin;
 };
 
-constexpr SettingKind kKinds[] = {
+constexpr SettingKind kSettingKinds[] = {
     {"bool", isBool},
     {"integer", isWithinIntegers},
     {"float", isWithin<float>},
@@ -71,12 +71,12 @@ constexpr SettingKind kKinds[] = {
 
 const SettingKind* kindOfWord(const std::string& word) {
   const auto* const found =
-      std::find_if(std::begin(kKinds), std::end(kKinds),
+      std::find_if(std::begin(kSettingKinds), std::end(kSettingKinds),
                    [&](const SettingKind& kind) { return word == kind.word; });
-  return found != std::end(kKinds) ? found : nullptr;
+  return found != std::end(kSettingKinds) ? found : nullptr;
 }
 
-std::string faultOf(const DescribedSetting& setting, const Value& value) {
+std::string faultOfSetting(const DescribedSetting& setting, const Value& value) {
   std::error_code code;
   if (kindOfWord(setting.type)->isWithin(setting, LTLib::Value({value.type, value.data}), code)) {
     return {};
@@ -192,7 +192,8 @@ std::vector<JudgedSetting> judgeSettings(Session& session, const std::string& pa
       return sameName(value.name, name);
     });
     const bool isSet = found != values.end();
-    judged.push_back({setting, isSet, isSet ? faultOf(setting, found->value) : std::string()});
+    judged.push_back(
+        {setting, isSet, isSet ? faultOfSetting(setting, found->value) : std::string()});
     judged.back().setting.name = name;
     names.push_back(name);
     if (isSet) {

@@ -38,7 +38,7 @@ std::string openNearestKey(ChangeWatch& watch, LSTATUS& opened) {
   }
 }
 
-void closeKey(HKEY& key) noexcept {
+void releaseKey(HKEY& key) noexcept {
   if (key != nullptr) {
     RegCloseKey(std::exchange(key, nullptr));
   }
@@ -51,8 +51,8 @@ LSTATUS askOfKey(ChangeWatch& watch, HKEY key, bool below, DWORD changes) {
 // That a key goes is a change of its parent, which not every system tells of the key itself. Closing
 // one sets the event.
 LSTATUS armNearestKey(ChangeWatch& watch) {
-  closeKey(watch.key);
-  closeKey(watch.parent);
+  releaseKey(watch.key);
+  releaseKey(watch.parent);
   ResetEvent(watch.told);
   LSTATUS done = ERROR_SUCCESS;
   const std::string path = openNearestKey(watch, done);
@@ -111,8 +111,8 @@ void ChangeWatchCloser::operator()(ChangeWatch* watch) const noexcept {
     }
     CloseHandle(watch->folder);
   }
-  closeKey(watch->key);
-  closeKey(watch->parent);
+  releaseKey(watch->key);
+  releaseKey(watch->parent);
   if (watch->told != nullptr) {
     CloseHandle(watch->told);
   }
