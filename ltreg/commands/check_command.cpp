@@ -43,15 +43,15 @@ class Reports {
 
   // Settings are looked at where the stores load.
   ExitCode finish(ExitCode code, enumRegRoot root) {
-    if (m_request.settings && code != ExitCode::kStoreFailed && addSettings(root)) {
-      code = ExitCode::kBadInput;
+    if (m_request.settings && code != ExitCode::kStoreFailed) {
+      addSettings(root);
     }
     if (m_request.json) {
       Json all = versionedJson("stores", std::move(m_all));
       m_output.json(m_request.settings ? std::move(all).with("settings", std::move(m_faults))
                                        : std::move(all));
     }
-    return code;
+    return m_isWrong ? ExitCode::kBadInput : code;
   }
 
  private:
@@ -72,13 +72,12 @@ class Reports {
         .with("left", report.left);
   }
 
-  // Of all roots where none is given: whether anything is wrong.
-  bool addSettings(enumRegRoot root) {
+  // Of all roots where none is given. A key that several groups share is one.
+  void addSettings(enumRegRoot root) {
     const std::vector<DescribedGroup> groups = readDescribedSettings(*m_request.settings);
     Request quiet(m_request);
     quiet.quiet = true;
     std::vector<std::string> seen;
-    bool isWrong = false;
     for (const DescribedGroup& group : groups) {
       if (root != REG_ROOT_NONE && root != group.key.root) {
         continue;
@@ -86,30 +85,28 @@ class Reports {
       KeyArgument key = group.key;
       Session session(quiet, key, Access::kRead);
       const std::string name = fullName(key.root, key.path);
-      // A key that several groups share is one.
       if (std::find(seen.begin(), seen.end(), foldedName(name)) == seen.end()) {
         seen.push_back(foldedName(name));
-        isWrong =
-            tellFaults(name, judgeSettings(session, key.path, settingsOf(groups, key))) || isWrong;
+        for (const JudgedSetting& each :
+             judgeSettings(session, key.path, settingsOf(groups, key))) {
+          tellFault(name, each);
+        }
       }
     }
-    return isWrong;
   }
 
-  bool tellFaults(const std::string& key, const std::vector<JudgedSetting>& settings) {
-    bool isWrong = false;
-    for (const auto& [setting, isSet, fault] : settings) {
-      if (fault.empty()) {
-        continue;
-      }
-      isWrong = true;
-      if (m_request.json) {
-        m_faults.push(Json().with("key", key).with("name", setting.name).with("fault", fault));
-      } else {
-        m_output.line(escapeControls(key) + '\t' + escapeControls(setting.name) + '\t' + fault);
-      }
+  void tellFault(const std::string& key, const JudgedSetting& each) {
+    if (each.fault.empty()) {
+      return;
     }
-    return isWrong;
+    m_isWrong = true;
+    const std::string& name = each.setting.name;
+    if (m_request.json) {
+      m_faults.push(Json().with("key", key).with("name", name).with("fault", each.fault));
+    } else {
+      m_output.line(escapeControls(key) + '\t' + escapeControls(name) + '\t' +
+                    escapeControls(each.fault));
+    }
   }
 
   // The warnings, and a line that sums up.
@@ -135,6 +132,7 @@ class Reports {
   Output& m_output;
   Json m_all = Json::array();
   Json m_faults = Json::array();
+  bool m_isWrong = false;  // a setting
 };
 
 }  // namespace
