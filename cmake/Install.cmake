@@ -13,7 +13,8 @@ list(REMOVE_DUPLICATES public_headers)
 target_sources(ltlib PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}
                             FILES ${public_headers})
 
-# Users never include the tracer, but the loader has to find it beside the library.
+# Of the tracer a program needs the header alone to take its lines; the loader has to find it beside
+# the library.
 install(TARGETS ltlib lttracer EXPORT ltlibTargets FILE_SET HEADERS)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ltlib)

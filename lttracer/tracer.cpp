@@ -7,63 +7,95 @@
 #include <cstring>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace {
-
-constexpr int kSilent = -1;
-constexpr int kWarningsOnly = 0;
 
 int thresholdFromEnvironment() {
   const char* setting = std::getenv("LTTRACER");
   if (setting == nullptr || *setting == '\0') {
-    return kSilent;
+    return Tracer::kDetailNone;
   }
-  return std::strcmp(setting, "warning") == 0 ? kWarningsOnly : std::atoi(setting);
+  return std::strcmp(setting, "warning") == 0 ? Tracer::kDetailWarning : std::atoi(setting);
 }
 
 // No static object of the function: a fork that crosses with its making would leave the child to
 // wait for the end of that.
 int threshold() {
-  constexpr int kUnknown = kSilent - 1;
+  constexpr int kUnknown = Tracer::kDetailNone - 1;
   constinit static std::atomic<int> s_value{kUnknown};
   int value = s_value.load(std::memory_order_relaxed);
   if (value == kUnknown) {
-    value = std::max(thresholdFromEnvironment(), kSilent);
+    value = std::max<int>(thresholdFromEnvironment(), Tracer::kDetailNone);
     s_value.store(value, std::memory_order_relaxed);
   }
   return value;
 }
 
-// The line goes out in one call, so that lines of several threads do not mix. It may hold any byte.
-void write(const std::basic_ostream<char>& message, const char* file, long line, const char* tag,
-           const char* function) {
-  std::stringstream text;
-  text << tag << ' ' << file << ':' << line << ' ' << function << ": ";
-  if (message.rdbuf() != nullptr) {
-    text << message.rdbuf();
-    text.clear();
+// The line goes out in one call, so that lines of several threads do not mix.
+void writeToStandardError(const Tracer::Line& line) {
+  std::stringstream whole;
+  whole << line.tag << ' ' << line.file << ':' << line.line << ' ' << line.function << ": "
+        << line.text << '\n';
+  const std::string_view bytes = whole.view();
+  std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+}
+
+// Null for standard error.
+constinit std::atomic<const Tracer::Handler*> s_handler{nullptr};
+
+// What the handler throws must not get in the way of the failure that is traced.
+void handOver(const Tracer::Handler& handler, const Tracer::Line& line) {
+  constinit static thread_local bool s_isTaking = false;
+  if (s_isTaking) {
+    return;
   }
-  text << '\n';
-  const std::string_view whole = text.view();
-  std::fwrite(whole.data(), 1, whole.size(), stderr);
+  s_isTaking = true;
+  try {
+    handler.take(line, handler.context);
+  } catch (...) {
+  }
+  s_isTaking = false;
+}
+
+void pass(Tracer::LogDetail detail, const std::ostream& message, const char* file, long line,
+          const char* tag, const char* function) {
+  const Tracer::Handler* const handler = s_handler.load(std::memory_order_acquire);
+  if (detail > (handler != nullptr ? handler->mostDetail : threshold())) {
+    return;
+  }
+  std::stringstream read;
+  if (message.rdbuf() != nullptr) {
+    read << message.rdbuf();
+  }
+  const std::string text = std::move(read).str();
+  const Tracer::Line whole{detail, text, file, line, tag, function};
+  if (handler != nullptr) {
+    handOver(*handler, whole);
+  } else {
+    writeToStandardError(whole);
+  }
 }
 
 }  // namespace
 
-namespace Tracer::_internal_ {
+namespace Tracer {
+
+const Handler* setHandler(const Handler* handler) noexcept {
+  return s_handler.exchange(handler, std::memory_order_acq_rel);
+}
+
+namespace _internal_ {
 
 void Warning(const std::basic_ostream<char>& message, const char* file, long line, const char* tag,
              const char* function) {
-  if (threshold() > kSilent) {
-    write(message, file, line, tag, function);
-  }
+  pass(kDetailWarning, message, file, line, tag, function);
 }
 
 void Log(Tracer::LogDetail detail, const std::basic_ostream<char>& message, const char* file,
          long line, const char* tag, const char* function) {
-  if (detail <= threshold()) {
-    write(message, file, line, tag, function);
-  }
+  pass(detail, message, file, line, tag, function);
 }
 
-}  // namespace Tracer::_internal_
+}  // namespace _internal_
+}  // namespace Tracer

@@ -1,6 +1,7 @@
 // Each way in which a creation can end: result, text, trace and references.
 #include <stdexcept>
 
+#include "lttracer/tracer.h"
 #include "tests/component/component_fixture.h"
 
 namespace LTLib::Testing {
@@ -109,6 +110,51 @@ TEST_F(CreateInstanceTest, WhatNobodyCatchesPassesThrough) {
   void* out = nullptr;
   EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.ThrowsNumber", &out), int);
   EXPECT_THROW(iqs_CoCreateInstance(nullptr, "Outcome.InitThrows", &out), std::runtime_error);
+}
+
+// Each handler sees a failure that is made and ends, twice, and standard error sees none of it.
+TEST_F(CreateInstanceTest, AHandlerTakesTheLinesThatItAsksFor) {
+  using Take = void (*)(const Tracer::Line& line, void* context);
+  const Take keep = [](const Tracer::Line& line, void* context) {
+    *static_cast<std::string*>(context) +=
+        std::to_string(line.detail) + line.tag + line.text + '\n';
+  };
+  const Take keepAndThrow = [](const Tracer::Line& line, void* context) {
+    *static_cast<std::string*>(context) += std::string(line.function) + '\n';
+    throw std::runtime_error(line.file);
+  };
+  const Take keepAndTrace = [](const Tracer::Line& /*line*/, void* context) {
+    *static_cast<std::string*>(context) += QSException(kFailure, "own\n").what();
+  };
+  const std::string warning =
+      "0QSRESULT:QSException from QSResult : constructed at : No specific file "
+      "info:0\n";
+  struct Case {
+    Take take;
+    Tracer::LogDetail mostDetail;
+    std::string taken;
+  };
+  const Case cases[] = {
+      {keep, Tracer::kDetailNone, ""},
+      {keep, Tracer::kDetailWarning, warning},
+      {keep, Tracer::kDetailAll, warning + "2QSRESULT:QSException destructed\n"},
+      {keepAndThrow, Tracer::kDetailLifecycle, "QSException\n~QSException\n"},
+      {keepAndTrace, Tracer::kDetailWarning, "own\n"},
+  };
+  const auto fail = [] { (void)QSException(kFailure).Line(); };
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.taken);
+    std::string taken;
+    const Tracer::Handler handler{row.take, &taken, row.mostDetail};
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(Tracer::setHandler(&handler), nullptr);
+    fail();
+    fail();
+    EXPECT_EQ(Tracer::setHandler(nullptr), &handler);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(taken, row.taken + row.taken);
+  }
+  EXPECT_NE(create(nullptr, "No.Entry").trace, "") << "standard error is back";
 }
 
 }  // namespace
