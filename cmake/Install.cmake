@@ -2,7 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 # The umbrella headers are the list of the public headers, so that the two never differ.
-foreach(umbrella IN ITEMS ltlib.h settings.h component.h)
+foreach(umbrella IN ITEMS ltlib.h settings.h component.h diagnosis.h)
   set(umbrella ${PROJECT_SOURCE_DIR}/ltlib/${umbrella})
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${umbrella})
   file(STRINGS ${umbrella} included REGEX "^#include \"")
@@ -16,6 +16,12 @@ target_sources(ltlib PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}
 # Of the tracer a program needs the header alone to take its lines; the loader has to find it beside
 # the library.
 install(TARGETS ltlib lttracer EXPORT ltlibTargets FILE_SET HEADERS)
+if(WIN32)
+  set(library_dir ${CMAKE_INSTALL_BINDIR})
+else()
+  set(library_dir ${CMAKE_INSTALL_LIBDIR})
+endif()
+install(FILES $<TARGET_FILE:ltlib>-gdb.py DESTINATION ${library_dir})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ltlib)
 install(EXPORT ltlibTargets NAMESPACE ltlib:: DESTINATION ${package_dir})

@@ -1,5 +1,5 @@
-// The whole public interface of the base library, but for what stands on it alone: ltlib/settings.h and
-// ltlib/component.h, whose standard headers a program may not want.
+// The whole public interface of the base library, but for what stands on it alone: ltlib/settings.h,
+// ltlib/component.h and ltlib/diagnosis.h, whose standard headers a program may not want.
 #ifndef LTLIB_LTLIB_H
 #define LTLIB_LTLIB_H
 

@@ -9,11 +9,11 @@
 #ifndef LTLIB_SETTINGS_ERROR_H
 #define LTLIB_SETTINGS_ERROR_H
 
-#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 
+#include "ltlib/diagnosis.h"
 #include "ltlib/fileregistry/store/store_reload.h"
 #include "ltlib/foundation/kqsresult.h"
 
@@ -116,13 +116,7 @@ class ResultCategory final : public std::error_category {
   [[nodiscard]] const char* name() const noexcept override { return "ltlib"; }
 
   [[nodiscard]] std::string message(int result) const override {
-    constexpr const char* kDigits = "0123456789ABCDEF";
-    std::string text = wordsOf(conditionOf(result));
-    text += " (0x";
-    for (int shift = 28; shift >= 0; shift -= 4) {
-      text += kDigits[(static_cast<std::uint32_t>(result) >> shift) & 0xFu];
-    }
-    return text + ")";
+    return std::string(wordsOf(conditionOf(result))) + " (" + resultDigits(result) + ")";
   }
 
   [[nodiscard]] std::error_condition default_error_condition(int result) const noexcept override {

@@ -6,6 +6,7 @@
 #include <new>
 #include <sstream>
 
+#include "ltlib/diagnosis.h"
 #include "tests/support/recording_tracer.h"
 
 namespace {
@@ -96,6 +97,26 @@ struct Described : QSException {
   std::string DoWhat() const override { return text != nullptr ? text : throw std::bad_alloc(); }
   const char* text = "described";
 };
+
+TEST(QSException, IsShownInALineWithResultTextAndPlace) {
+  struct Case {
+    Described exception;
+    const char* shown;
+  };
+  const Case cases[] = {
+      {{"f", 1, kFailure, "broken"}, "failed (0x80004005): broken [f:1]"},
+      {{LTLib::kNotAvailable, "none"}, "not available (0x8004102F): none"},
+      {LTLib::resultFromSystemError(5), "system error 5 (0x80070005): described"},
+      {LTLib::kInitialised, "initialised (0x00041000): described"},
+      {resultFromBits(0x80070000u), "failed (0x80070000): described"},
+      {7, "succeeded (0x00000007): described"},
+  };
+  for (const Case& row : cases) {
+    std::ostringstream stream;
+    stream << row.exception;
+    EXPECT_EQ(stream.str(), row.shown);
+  }
+}
 
 TEST(QSException, ADescriptionServesWithoutAMessageAndIsKeptByWhat) {
   const Described silent(kFailure);
