@@ -7,7 +7,7 @@ tool_packages=(libcli11-dev nlohmann-json3-dev)
 test_packages=(libgtest-dev)
 windows_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine wine64
   googletest libcli11-dev nlohmann-json3-dev)
-check_packages=(clang-format clang-tidy)
+check_packages=(clang clang-format clang-tidy)
 bench_packages=(python3 libbenchmark-dev pkg-config uuid-dev libglib2.0-dev libboost-dev libabsl-dev
   libpoco-dev qtbase5-dev rapidjson-dev crudini git wine wine64)
 

@@ -1,5 +1,5 @@
-// The face for settings by type, on whichever backend serves. What a mistake would be must not
-// compile; the first part is the table of that.
+// The face for settings by type, on whichever backend serves. tests/project/face.cpp has the table of
+// what must not compile.
 #include "ltlib/settings.h"
 
 #include <array>
@@ -35,31 +35,6 @@ struct LTLib::SettingTraits<Colour> {
 
 namespace LTLib::Testing {
 namespace {
-
-using Literal = const char (&)[5];
-using Buffer = char (&)[4];
-
-template <class... Arguments>
-concept CanSet = requires(const Key& key, Arguments... arguments) {
-  key.set(std::forward<Arguments>(arguments)...);
-};
-template <class T>
-concept CanGet = requires(const Key& key) {
-  key.get<T>("Name");
-};
-
-// Each refusal stands beside what is right.
-static_assert(CanSet<Literal, int> && CanSet<Literal, Literal> && CanSet<std::string, std::string>);
-static_assert(!CanSet<Buffer, unsigned long>, "a buffer and its size are no name and number");
-static_assert(!CanSet<Literal, Buffer> && CanSet<Literal, std::span<const std::byte>>);
-static_assert(!CanSet<Literal, const void*, unsigned long> && !CanSet<Literal, const void*>);
-static_assert(!CanSet<Literal, int*> && CanSet<Literal, bool>, "a pointer is no bool");
-static_assert(!CanSet<Literal, std::nullptr_t> && !CanSet<std::nullptr_t, int>);
-static_assert(!CanSet<Literal, char> && CanSet<Literal, signed char>, "a letter is no number");
-static_assert(!CanSet<Literal, long double> && CanSet<Literal, float>);
-static_assert(!CanGet<const char*> && !CanGet<char*> && !CanGet<std::string_view>, "would dangle");
-static_assert(CanGet<std::uint32_t> && CanGet<std::uint64_t> && CanGet<Level> && CanGet<Colour>);
-static_assert(!CanGet<enumRegRoot>, "an enumeration without a table");
 
 class Settings : public RegistryObjects {
  protected:
