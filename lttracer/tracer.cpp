@@ -33,7 +33,7 @@ int threshold() {
 }
 
 // The line goes out in one call, so that lines of several threads do not mix.
-void writeToStandardError(const Tracer::Line& line) {
+void writeToStandardError(const Tracer::Line& line, void* /*context*/) {
   std::stringstream whole;
   whole << line.tag << ' ' << line.file << ':' << line.line << ' ' << line.function << ": "
         << line.text << '\n';
@@ -41,40 +41,40 @@ void writeToStandardError(const Tracer::Line& line) {
   std::fwrite(bytes.data(), 1, bytes.size(), stderr);
 }
 
-// Null for standard error.
+constexpr Tracer::Handler kStandardError{writeToStandardError, nullptr, Tracer::kDetailAll};
+
+// Null for standard error, as far as the environment asks for it.
 constinit std::atomic<const Tracer::Handler*> s_handler{nullptr};
 
-// What the handler throws must not get in the way of the failure that is traced.
-void handOver(const Tracer::Handler& handler, const Tracer::Line& line) {
+// Null where nobody wants a line of that detail.
+const Tracer::Handler* takerOf(Tracer::LogDetail detail) {
+  const Tracer::Handler* const handler = s_handler.load(std::memory_order_acquire);
+  if (handler == nullptr) {
+    return detail <= threshold() ? &kStandardError : nullptr;
+  }
+  return detail <= handler->mostDetail ? handler : nullptr;
+}
+
+// What the taker throws must not get in the way of the failure that is traced.
+void handOver(const Tracer::Handler& taker, const Tracer::Line& line) {
   constinit static thread_local bool s_isTaking = false;
   if (s_isTaking) {
     return;
   }
   s_isTaking = true;
   try {
-    handler.take(line, handler.context);
+    taker.take(line, taker.context);
   } catch (...) {
   }
   s_isTaking = false;
 }
 
-void pass(Tracer::LogDetail detail, const std::ostream& message, const char* file, long line,
-          const char* tag, const char* function) {
-  const Tracer::Handler* const handler = s_handler.load(std::memory_order_acquire);
-  if (detail > (handler != nullptr ? handler->mostDetail : threshold())) {
-    return;
-  }
-  std::stringstream read;
+std::string textOf(const std::ostream& message) {
+  std::stringstream text;
   if (message.rdbuf() != nullptr) {
-    read << message.rdbuf();
+    text << message.rdbuf();
   }
-  const std::string text = std::move(read).str();
-  const Tracer::Line whole{detail, text, file, line, tag, function};
-  if (handler != nullptr) {
-    handOver(*handler, whole);
-  } else {
-    writeToStandardError(whole);
-  }
+  return std::move(text).str();
 }
 
 }  // namespace
@@ -89,12 +89,16 @@ namespace _internal_ {
 
 void Warning(const std::basic_ostream<char>& message, const char* file, long line, const char* tag,
              const char* function) {
-  pass(kDetailWarning, message, file, line, tag, function);
+  if (const Handler* const taker = takerOf(kDetailWarning); taker != nullptr) {
+    handOver(*taker, {kDetailWarning, textOf(message), file, line, tag, function});
+  }
 }
 
 void Log(Tracer::LogDetail detail, const std::basic_ostream<char>& message, const char* file,
          long line, const char* tag, const char* function) {
-  pass(detail, message, file, line, tag, function);
+  if (const Handler* const taker = takerOf(detail); taker != nullptr) {
+    handOver(*taker, {detail, textOf(message), file, line, tag, function});
+  }
 }
 
 }  // namespace _internal_
