@@ -109,7 +109,7 @@ TEST(QSException, IsShownInALineWithResultTextAndPlace) {
       {LTLib::resultFromSystemError(5), "system error 5 (0x80070005): described"},
       {LTLib::kInitialised, "initialised (0x00041000): described"},
       {resultFromBits(0x80070000u), "failed (0x80070000): described"},
-      {7, "succeeded (0x00000007): described"},
+      {LTLib::kSuccess, "succeeded (0x00000000): described"},
   };
   for (const Case& row : cases) {
     std::ostringstream stream;
