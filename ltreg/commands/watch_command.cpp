@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <sstream>
+#include <thread>
 
 #include "ltlib/platform/tool_process.h"
 #include "ltreg/cli/shown_text.h"
@@ -17,6 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using LTLib::RegistryWatch;
+
+constexpr int kReadAttempts = 100;  // to read a store, a second in all
 
 // A folder for this user alone, there for as long as two versions are compared and no longer: who
 // watches is ended at any moment.
@@ -100,8 +103,18 @@ class Watch {
     }
   }
 
+  // A store that is being put into its place may be gone between two looks, or not to be opened.
   [[nodiscard]] std::string storeText() const {
-    return fs::exists(fileOf(m_store)) ? readTextFile(m_store) : std::string();
+    for (int attempt = 1;; ++attempt) {
+      try {
+        return fs::exists(fileOf(m_store)) ? readTextFile(m_store) : std::string();
+      } catch (const Failure&) {
+        if (attempt == kReadAttempts) {
+          throw;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      }
+    }
   }
 
   [[nodiscard]] std::string exported() const {
