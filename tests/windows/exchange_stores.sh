@@ -26,7 +26,7 @@ same() {
 for side in ours theirs; do
   on $side $side set 'HKLM\Software\Demo' Text --type string $'a "quoted" \xc3\xa4 \xf0\x9f\x98\x80'
   on $side $side set 'HKLM\Software\Demo' Number --type ulong 4294967295
-  on $side $side set 'HKLM\Software\Demo' Bytes --type binary ' x = 1 '
+  on $side $side set 'HKLM\Software\Demo' Bytes --type binary --text ' x = 1 '
   on $side $side set 'HKLM\Software\Demo\Sub' List --type list one two three
   on ours $side tree HKLM --json >"by_ours_of_$side"
   on theirs $side tree HKLM --json >"by_theirs_of_$side"
