@@ -87,7 +87,8 @@ def as_markdown(rows, figures):
 
 
 GROUPS = {'store': 'The registry', 'variables': 'Variables', 'foundation': 'Foundation',
-          'component': 'Components', 'process': 'Processes'}
+          'component': 'Components', 'face': 'Typed settings and components',
+          'process': 'Processes'}
 
 
 def tables(rows, figures):

@@ -287,6 +287,10 @@ def small_rows():
     rows.append(Row('component', 'first load, of dlopen', '',
                     (('first_load', 'ltlib'), 'first_load'),
                     [(('first_load', 'dlopen'), 'first_load')], 1.0, 0.97))
+    for work, operation, goal in (('get<int>, of CQSRegValue', 'readNumber', 1.15),
+                                  ('get<std::string>, of CQSRegValue', 'readText', 1.15),
+                                  ('create, of iqs_CoCreateInstance', 'create', 1.1)):
+        add('face', work, 'face_bench', f'{operation}<Face>', [f'{operation}<Plain>'], goal)
     rows.append(Row('process', 'start with the library, of one without', '',
                     (('start', 'start_linked'), 'cpu'), [(('start', 'start_plain'), 'cpu')], 1.02,
                     None))
