@@ -16,6 +16,7 @@ int main(int count, char** words) {
       std::printf("%s\n", greeter->greet(name).c_str());
     }
     std::printf("%d greetings\n", greeter.query<Counter>()->count());
+    return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "greeter: %s\n", error.what());
     return 1;
