@@ -89,17 +89,19 @@ class Watch {
     if (m_store.empty()) {
       return exported();
     }
-    // Whoever writes without the lock may do so between the reading and the check.
-    for (;;) {
-      std::string text = storeText();
+    // Read under the lock alone: Windows replaces no file that is open, and a save waits for the lock.
+    // Whoever writes without it may do so between the check and the reading.
+    for (std::optional<std::string> seen;;) {
       const GuardedStore held = openStore(m_store, Access::kRead);
       if (!held.report.loads()) {
         complain(whyNotLoaded(m_store, held.report));
         return std::nullopt;
       }
-      if (text == storeText()) {
+      std::string text = storeText();
+      if (seen == text) {
         return text;
       }
+      seen = std::move(text);
     }
   }
 
