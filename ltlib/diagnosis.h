@@ -89,7 +89,7 @@ std::ostream& operator<<(std::ostream& stream, const Exception& exception) {
 }
 
 #ifdef __cpp_lib_format
-/// As LTLib::describe; the specification is that of a text.
+/// As LTLib::describe; laid out as a text is.
 template <std::derived_from<QSException> Exception>
 struct std::formatter<Exception> : std::formatter<std::string_view> {
   template <class Context>
